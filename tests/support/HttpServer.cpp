@@ -1,0 +1,246 @@
+// The test server: one HttpServerConnection per socket reads requests and writes what the routes say, in pieces, so
+// that a body of any length takes no memory.
+#include "HttpServer.h"
+
+#include <QTcpSocket>
+
+namespace {
+
+constexpr qint64 Piece = 64 * 1024;
+constexpr qint64 MostQueued = 1024 * 1024;
+
+} // namespace
+
+HttpAnswer HttpAnswer::raw(const QByteArray &bytes)
+{
+    HttpAnswer answer(bytes);
+    answer.framing = Raw;
+    return answer;
+}
+
+HttpAnswer HttpAnswer::redirect(const QByteArray &location, int status)
+{
+    return HttpAnswer("This page has moved.", status).header("Location", location);
+}
+
+HttpAnswer &HttpAnswer::header(const QByteArray &name, const QByteArray &value)
+{
+    headers.append({ name, value });
+    return *this;
+}
+
+HttpAnswer &HttpAnswer::generate(qint64 bytes)
+{
+    generated = bytes;
+    return *this;
+}
+
+HttpAnswer &HttpAnswer::announce(qint64 bytes)
+{
+    announced = bytes;
+    return *this;
+}
+
+HttpAnswer &HttpAnswer::unannounced()
+{
+    framing = UntilClose;
+    return *this;
+}
+
+HttpAnswer &HttpAnswer::chunked()
+{
+    framing = Chunked;
+    return *this;
+}
+
+HttpAnswer &HttpAnswer::hold()
+{
+    return holdAfter(-1);
+}
+
+HttpAnswer &HttpAnswer::holdAfter(qint64 bodyBytes)
+{
+    heldAt = bodyBytes;
+    return *this;
+}
+
+HttpAnswer &HttpAnswer::dropAfter(qint64 bodyBytes)
+{
+    droppedAt = bodyBytes;
+    return *this;
+}
+
+class HttpServerConnection : public QObject
+{
+public:
+    HttpServerConnection(HttpServer *server, QTcpSocket *socket) : QObject(server), server(server), socket(socket)
+    {
+        socket->setParent(this);
+        connect(socket, &QTcpSocket::readyRead, this, &HttpServerConnection::read);
+        connect(socket, &QTcpSocket::bytesWritten, this, &HttpServerConnection::write);
+        connect(socket, &QTcpSocket::disconnected, this, &QObject::deleteLater);
+        connect(server, &HttpServer::released, this, &HttpServerConnection::write);
+        connect(server, &HttpServer::stopped, socket, &QTcpSocket::abort);
+    }
+
+private:
+    void read()
+    {
+        input += socket->readAll();
+        const auto end = input.indexOf("\r\n\r\n");
+        if (isAnswering || end < 0)
+            return;
+        const QList<QByteArray> lines = input.left(end).split('\n');
+        input.remove(0, end + 4);
+        const QList<QByteArray> first = lines.first().split(' ');
+        HttpTestRequest request { first.value(0), first.value(1), {} };
+        for (const QByteArray &line : lines.mid(1))
+            request.headers.insert(line.left(line.indexOf(':')).toLower(), line.mid(line.indexOf(':') + 1).trimmed());
+        answer = server->answerTo(request);
+        isAnswering = true;
+        isHeadSent = false;
+        isHoldTold = false;
+        sent = 0;
+        server->requests.append(request);
+        emit server->requested(request.target);
+        write();
+    }
+
+    void write()
+    {
+        const qint64 length = answer.body.size() + answer.generated;
+        while (isAnswering && socket->state() == QAbstractSocket::ConnectedState
+               && socket->bytesToWrite() < MostQueued) {
+            if (isHeld(isHeadSent ? sent : -1))
+                return;
+            if (!isHeadSent)
+                writeHead(length);
+            else if (sent == answer.droppedAt || sent == length)
+                finish();
+            else
+                writePiece(length);
+        }
+    }
+
+    bool isHeld(qint64 position)
+    {
+        if (position != answer.heldAt || server->isReleased)
+            return false;
+        if (!isHoldTold)
+            emit server->held();
+        isHoldTold = true;
+        return true;
+    }
+
+    void writeHead(qint64 length)
+    {
+        isHeadSent = true;
+        if (answer.framing == HttpAnswer::Raw)
+            return;
+        QByteArray head = "HTTP/1.1 " + QByteArray::number(answer.status) + " Scripted\r\n";
+        if (answer.framing == HttpAnswer::Counted)
+            head += "Content-Length: " + QByteArray::number(answer.announced < 0 ? length : answer.announced) + "\r\n";
+        else if (answer.framing == HttpAnswer::Chunked)
+            head += "Transfer-Encoding: chunked\r\n";
+        for (const auto &header : std::as_const(answer.headers))
+            head += header.first + ": " + header.second + "\r\n";
+        socket->write(head + "\r\n");
+    }
+
+    void writePiece(qint64 length)
+    {
+        qint64 size = std::min(Piece, length - sent);
+        for (qint64 stop : { answer.heldAt, answer.droppedAt })
+            if (stop > sent)
+                size = std::min(size, stop - sent);
+        QByteArray piece = answer.body.mid(int(std::min<qint64>(sent, answer.body.size())), int(size));
+        piece.append(int(size) - piece.size(), 'x');
+        sent += size;
+        if (answer.framing == HttpAnswer::Chunked)
+            piece = QByteArray::number(size, 16) + "\r\n" + piece + "\r\n";
+        socket->write(piece);
+    }
+
+    void finish()
+    {
+        isAnswering = false;
+        const bool isWhole = sent != answer.droppedAt;
+        if (isWhole && answer.framing == HttpAnswer::Chunked)
+            socket->write("0\r\n\r\n");
+        if (isWhole && (answer.framing == HttpAnswer::Counted || answer.framing == HttpAnswer::Chunked))
+            read();
+        else
+            socket->disconnectFromHost();
+    }
+
+    HttpServer *server;
+    QTcpSocket *socket;
+    QByteArray input;
+    HttpAnswer answer;
+    bool isAnswering = false;
+    bool isHeadSent = false;
+    bool isHoldTold = false;
+    qint64 sent = 0; // of the body
+};
+
+HttpServer::HttpServer(const QHostAddress &address, quint16 port)
+{
+    connect(this, &QTcpServer::newConnection, this, [this] {
+        while (QTcpSocket *socket = nextPendingConnection())
+            new HttpServerConnection(this, socket);
+    });
+    listen(address, port);
+}
+
+QUrl HttpServer::url(const QString &path) const
+{
+    QUrl url(QStringLiteral("http://") + serverAddress().toString() + path);
+    url.setPort(serverPort() == 80 ? -1 : serverPort());
+    return url;
+}
+
+void HttpServer::route(const QByteArray &path, const HttpAnswer &answer)
+{
+    routes.insert(path, [answer](const HttpTestRequest &) { return answer; });
+}
+
+void HttpServer::route(const QByteArray &path, const Script &script)
+{
+    routes.insert(path, script);
+}
+
+void HttpServer::requireProxyLogin(const QByteArray &user, const QByteArray &password)
+{
+    proxyLogin = "Basic " + (user + ':' + password).toBase64();
+}
+
+void HttpServer::release()
+{
+    isReleased = true;
+    emit released();
+}
+
+void HttpServer::stop()
+{
+    close();
+    emit stopped();
+}
+
+QList<QByteArray> HttpServer::targets() const
+{
+    QList<QByteArray> all;
+    for (const HttpTestRequest &request : requests)
+        all.append(request.target);
+    return all;
+}
+
+HttpAnswer HttpServer::answerTo(const HttpTestRequest &request) const
+{
+    if (!proxyLogin.isEmpty() && request.headers.value("proxy-authorization") != proxyLogin)
+        return HttpAnswer("Who are you?", 407).header("Proxy-Authenticate", "Basic realm=\"tests\"");
+    const QByteArray path = QUrl(QString::fromLatin1(request.target)).path().toLatin1();
+    for (const QByteArray &key : { request.target, path })
+        if (const Script script = routes.value(key))
+            return script(request);
+    return HttpAnswer("No such page.", 404);
+}

@@ -1,0 +1,105 @@
+#pragma once
+
+#include <QByteArray>
+#include <QHash>
+#include <QHostAddress>
+#include <QList>
+#include <QPair>
+#include <QTcpServer>
+#include <QUrl>
+
+#include <functional>
+
+/// What the test server answers: a status, headers and a body, and where the answer goes wrong.
+/// @code
+/// HttpAnswer("not here", 404)
+/// HttpAnswer("0123456789").dropAfter(5)
+/// HttpAnswer().generate(100 << 20).holdAfter(1 << 20)
+/// @endcode
+struct HttpAnswer
+{
+    HttpAnswer(const QByteArray &body = QByteArray(), int status = 200) : status(status), body(body) { }
+
+    /// These bytes and nothing else, then the end of the connection.
+    static HttpAnswer raw(const QByteArray &bytes);
+    static HttpAnswer redirect(const QByteArray &location, int status = 302);
+
+    HttpAnswer &header(const QByteArray &name, const QByteArray &value);
+    HttpAnswer &generate(qint64 bytes); ///< so many "x" behind the body, made as they leave
+    HttpAnswer &announce(qint64 bytes); ///< a Content-Length that is not the body's
+    HttpAnswer &unannounced();          ///< no Content-Length: the end of the connection ends the body
+    HttpAnswer &chunked();
+    HttpAnswer &hold();                      ///< nothing leaves before HttpServer::release()
+    HttpAnswer &holdAfter(qint64 bodyBytes); ///< head and so many bytes leave, the rest after HttpServer::release()
+    HttpAnswer &dropAfter(qint64 bodyBytes); ///< the connection ends there
+
+    static constexpr qint64 Endless = Q_INT64_C(1) << 62;
+
+    enum Framing { Counted, Chunked, UntilClose, Raw };
+
+    int status;
+    QByteArray body;
+    QList<QPair<QByteArray, QByteArray>> headers;
+    Framing framing = Counted;
+    qint64 generated = 0;
+    qint64 announced = -1; // the body's own length
+    qint64 heldAt = -2;    // never; -1: before the head
+    qint64 droppedAt = -1; // never
+};
+
+struct HttpTestRequest
+{
+    QByteArray method;
+    QByteArray target;                     ///< as it came: a path, or a whole URL where the server stands as a proxy
+    QHash<QByteArray, QByteArray> headers; ///< names in lower case
+};
+
+/// A scriptable HTTP/1.1 server for tests. It lives in the test's own event loop and keeps connections alive. A target
+/// without a route gets a 404 page. As a proxy it knows its routes by whole URL, or by path alone.
+/// @code
+/// HttpServer server;
+/// server.route("/catalogue.xml", HttpAnswer(xml).header("Set-Cookie", "a=b"));
+/// DownloadManager manager(server.url("/catalogue.xml"));
+/// @endcode
+class HttpServer : public QTcpServer
+{
+    Q_OBJECT
+
+public:
+    using Script = std::function<HttpAnswer(const HttpTestRequest &)>;
+
+    /// Listens at once; port 0 takes a free one. Where the address is refused isListening() is false.
+    explicit HttpServer(const QHostAddress &address = QHostAddress(QHostAddress::LocalHost), quint16 port = 0);
+
+    /// The address of @p path here; port 80 is left out.
+    QUrl url(const QString &path = QStringLiteral("/")) const;
+
+    void route(const QByteArray &path, const HttpAnswer &answer);
+    void route(const QByteArray &path, const Script &script);
+
+    /// From now on answers 407 to requests without these credentials.
+    void requireProxyLogin(const QByteArray &user, const QByteArray &password);
+
+    /// Lets go all answers that are held, and those that get to their hold later.
+    void release();
+
+    /// Ends all connections and listens no more.
+    void stop();
+
+    QList<HttpTestRequest> requests;   ///< in the order they came
+    QList<QByteArray> targets() const; ///< of these
+
+signals:
+    void requested(const QByteArray &target);
+    void held(); ///< an answer got to the point where it is held
+    void released();
+    void stopped();
+
+private:
+    friend class HttpServerConnection;
+    HttpAnswer answerTo(const HttpTestRequest &request) const;
+
+    QHash<QByteArray, Script> routes;
+    QByteArray proxyLogin; // as in the header; empty: everybody may
+    bool isReleased = false;
+};
