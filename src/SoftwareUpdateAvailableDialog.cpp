@@ -36,6 +36,7 @@ protected:
 SoftwareUpdateAvailableDialog::SoftwareUpdateAvailableDialog(QWidget *parent, Qt::WindowFlags flags)
     : QDialog(parent, flags), ui(new Ui_SoftwareUpdateAvailableGui)
 {
+    qRegisterMetaType<SoftUpIndexList>("SoftUpIndexList"); // so that queued connections find the type by this name
     ui->setupUi(this);
     ui->commentText->setDocument(new ClosedDocument(ui->commentText));
 
