@@ -14,8 +14,8 @@ class QV_PLATFORM_EXPORT NetworkProxy
 {
 public:
     NetworkProxy() = default;
-    NetworkProxy(const QString &address, int port, const QString &user = QString(), const QString &password = QString()) :
-        enabled(true), address(address), port(port), user(user), password(password)
+    NetworkProxy(const QString &address, int port, const QString &user = QString(), const QString &password = QString())
+        : enabled(true), address(address), port(port), user(user), password(password)
     {
     }
 

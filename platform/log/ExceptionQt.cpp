@@ -5,10 +5,7 @@
 
 namespace qv {
 
-ExceptionQt::ExceptionQt(const QString &message) :
-    text(message), utf8(message.toUtf8())
-{
-}
+ExceptionQt::ExceptionQt(const QString &message) : text(message), utf8(message.toUtf8()) { }
 
 ExceptionQt::~ExceptionQt() = default;
 IOException::~IOException() = default;

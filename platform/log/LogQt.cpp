@@ -13,7 +13,7 @@ struct Logger
 {
     std::mutex mutex;
     Log::ELevel threshold = Log::Warning;
-    std::array<std::ostream *, Log::Error> streams {&std::cerr, &std::cerr, &std::cerr};
+    std::array<std::ostream *, Log::Error> streams { &std::cerr, &std::cerr, &std::cerr };
 };
 
 Logger &logger()

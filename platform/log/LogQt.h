@@ -13,8 +13,8 @@ struct Log
     /// How grave a line is.
     enum ELevel {
         Progress = 1, ///< what is being done
-        Warning = 2, ///< input that could not be understood
-        Error = 3, ///< what went wrong
+        Warning = 2,  ///< input that could not be understood
+        Error = 3,    ///< what went wrong
     };
 };
 

@@ -1,0 +1,143 @@
+// Guards QXmlStreamReader against documents made to exhaust time or memory. Called by XmlTree, for every catalogue, and
+// by XmlUtils.
+#include "XmlReader.h"
+
+#include "ParseException.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace qv {
+
+namespace {
+
+constexpr qint64 maxBytes = 16 << 20;
+constexpr int maxDepth = 64;
+constexpr int maxElements = 600'000;
+constexpr int maxAttributes = 64;
+constexpr int maxDtdLength = 4096;
+
+[[noreturn]] void refuse(const char *reason)
+{
+    throw ParseException(QStringLiteral("XML refused: ") + QLatin1String(reason));
+}
+
+/// The reader itself takes quadratic time for the attributes of one element, before it reports any of them.
+void refuseEndlessTags(const QByteArray &bytes)
+{
+    constexpr qsizetype suspiciousLength = 40'000;
+    constexpr qsizetype maxEqualsSigns = 8'000;
+    const char *begin = bytes.constData();
+    const char *const end = begin + bytes.size();
+    while (begin != end) {
+        const auto *next = static_cast<const char *>(std::memchr(begin + 1, '<', size_t(end - begin - 1)));
+        if (!next)
+            next = end;
+        if (next - begin > suspiciousLength && std::count(begin, next, '=') > maxEqualsSigns)
+            refuse("too many attributes");
+        begin = next;
+    }
+}
+
+QByteArray declaredEncoding(const QByteArray &bytes)
+{
+    const QByteArray declaration = bytes.startsWith("<?xml") ? bytes.left(bytes.indexOf("?>")) : QByteArray();
+    const auto attribute = declaration.indexOf("encoding");
+    const QByteArray value = attribute < 0 ? QByteArray() : declaration.mid(attribute + int(strlen("encoding")));
+    const auto quote = std::find_if(value.cbegin(), value.cend(), [](char c) { return c == '"' || c == '\''; });
+    if (quote == value.cend())
+        return "utf-8";
+    return QByteArray(quote + 1, int(std::find(quote + 1, value.cend(), *quote) - quote - 1)).toLower();
+}
+
+bool hasUtf16Mark(const QByteArray &bytes)
+{
+    return bytes.startsWith("\xff\xfe") || bytes.startsWith("\xfe\xff");
+}
+
+/// @p bytes as text where they are in an encoding that the two Qts read differently; null for UTF-8.
+QString recode(const QByteArray &bytes)
+{
+    if (hasUtf16Mark(bytes))
+        return QString::fromUtf16(reinterpret_cast<const char16_t *>(bytes.constData()), int(bytes.size() / 2));
+    if (bytes.contains('\0'))
+        refuse("not a text");
+    const QByteArray encoding = declaredEncoding(bytes);
+    if (encoding == "iso-8859-1" || encoding == "us-ascii")
+        return QString::fromLatin1(bytes);
+    if (encoding != "utf-8")
+        refuse("unknown encoding");
+    return QString();
+}
+
+} // namespace
+
+XmlReader::XmlReader(QIODevice *device) : bytes(device->read(maxBytes + 1))
+{
+    if (bytes.size() > maxBytes)
+        refuse("too long");
+    recoded = recode(bytes);
+    if (!recoded.isNull())
+        bytes.clear();
+    refuseEndlessTags(recoded.isNull() ? bytes : recoded.toUtf8());
+    restart(reader);
+}
+
+void XmlReader::restart(QXmlStreamReader &fresh) const
+{
+    fresh.clear();
+    if (recoded.isNull())
+        fresh.addData(bytes);
+    else
+        fresh.addData(recoded);
+    fresh.setNamespaceProcessing(false);
+}
+
+bool XmlReader::readNext()
+{
+    switch (reader.readNext()) {
+    case QXmlStreamReader::Invalid:
+        throw ParseException(QStringLiteral("%1 (line %2)").arg(reader.errorString()).arg(reader.lineNumber()));
+    case QXmlStreamReader::EndDocument:
+        return false;
+    case QXmlStreamReader::DTD:
+        checkDtd();
+        break;
+    case QXmlStreamReader::StartElement:
+        checkElement();
+        break;
+    case QXmlStreamReader::EndElement:
+        --depth;
+        break;
+    default:
+        break;
+    }
+    return true;
+}
+
+bool XmlReader::isText() const
+{
+    return reader.isCharacters() && !reader.isWhitespace() && !reader.text().trimmed().isEmpty();
+}
+
+void XmlReader::checkElement()
+{
+    if (++depth > maxDepth)
+        refuse("too deep");
+    const int attributes = int(reader.attributes().size());
+    if (attributes > maxAttributes)
+        refuse("too many attributes");
+    elements += 1 + attributes;
+    if (elements > maxElements)
+        refuse("too many elements");
+}
+
+void XmlReader::checkDtd() const
+{
+    if (!reader.entityDeclarations().isEmpty())
+        refuse("declares entities");
+    if (reader.text().size() > maxDtdLength)
+        refuse("too long a DTD");
+}
+
+} // namespace qv
