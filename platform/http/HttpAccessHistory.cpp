@@ -1,0 +1,16 @@
+// A short list of accesses, the most recent first.
+#include "HttpAccessHistory.h"
+
+namespace qv {
+
+HttpAccessHistory HttpAccessHistory::proxies;
+
+void HttpAccessHistory::add(const HttpAccess &access)
+{
+    entries.removeAll(access);
+    entries.prepend(access);
+    if (entries.size() > MostEntries)
+        entries.removeLast();
+}
+
+} // namespace qv

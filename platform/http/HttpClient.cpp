@@ -1,0 +1,300 @@
+// One request after the other over QNetworkAccessManager: execute() queues, start() sends, readBody() streams,
+// endRequest() takes stock, report() calls the receiver.
+//
+// No foreign code runs inside a signal of Qt's reply: progress comes from a timer, the end from a queued call. That is
+// what makes it safe for whoever is called to delete the client.
+#include "HttpClient.h"
+
+#include <QMetaMethod>
+#include <QNetworkAccessManager>
+#include <QNetworkProxy>
+#include <QNetworkReply>
+
+#include <algorithm>
+#include <array>
+#include <limits>
+#include <utility>
+
+namespace qv {
+
+namespace {
+
+constexpr int msProgressInterval = 50;
+
+// Bounds what Qt reads ahead, and so the memory and the time of one round. Without it a fast server fills the memory.
+constexpr qint64 ReadBufferSize = 512 * 1024;
+constexpr qint64 PieceSize = 64 * 1024;
+
+QNetworkProxy routeOf(const HttpHost &host)
+{
+    const HttpAccess &proxy = host.proxy;
+    if (host.proxyPreference == HttpHost::NoProxy || proxy.isEmpty())
+        return QNetworkProxy::NoProxy;
+    return QNetworkProxy(QNetworkProxy::HttpProxy, proxy.address(), quint16(proxy.port()), proxy.user(),
+                         proxy.password());
+}
+
+QNetworkRequest networkRequest(const QUrl &url)
+{
+    QNetworkRequest request(url);
+    request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::NoLessSafeRedirectPolicy);
+    request.setMaximumRedirectsAllowed(HttpClient::MostRedirects);
+    request.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
+    request.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
+    // HTTP/2 takes no notice of the read buffer's limit.
+    request.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
+    // Sizes and progress are those of the file; and no bomb is unpacked on the way.
+    request.setRawHeader("Accept-Encoding", "identity");
+    return request;
+}
+
+HttpHeader headerOf(const QNetworkReply &reply)
+{
+    HttpHeader header;
+    for (const auto &line : reply.rawHeaderPairs()) {
+        // Qt joins the lines of one name, cookies with a line end.
+        for (const QByteArray &value : line.second.split('\n'))
+            header.addValue(line.first, value);
+    }
+    return header;
+}
+
+} // namespace
+
+QIODevice *const HttpClient::KeepInRequest = reinterpret_cast<QIODevice *>(~quintptr(0));
+
+HttpClient::HttpClient()
+{
+    qRegisterMetaType<RequestPtr>("RequestPtr");
+    qRegisterMetaType<RequestPtr>("qv::RequestPtr");
+    stallTimer.setSingleShot(true);
+    progressTimer.setSingleShot(true);
+    progressTimer.setInterval(msProgressInterval);
+    connect(&stallTimer, &QTimer::timeout, this, [this] {
+        endRequest();
+        current->status = 0;
+    });
+    connect(&progressTimer, &QTimer::timeout, this, &HttpClient::reportProgress);
+}
+
+HttpClient::HttpClient(const HttpHost &host) : HttpClient()
+{
+    setHost(host);
+}
+
+HttpClient::~HttpClient()
+{
+    dropReply();
+}
+
+void HttpClient::setHost(const HttpHost &host)
+{
+    this->host = host;
+}
+
+void HttpClient::setStallLimit(int msSilence)
+{
+    this->msSilence = msSilence;
+}
+
+RequestPtr HttpClient::prepareGet(const QString &path, const QMap<QString, QVariant> &parameters, QObject *receiver,
+                                  const char *slot, QIODevice *output, const qvb::smart<QIODevice> &outputHandle)
+{
+    const auto request = std::make_shared<RequestData>();
+    request->host = host;
+    request->visited = { QUrl(host.makeURL(path, parameters, true)) };
+    request->host.updateProxy(request->visited.first());
+    if (output && output != KeepInRequest) {
+        request->isKept = false;
+        request->output = output;
+        request->outputHandle = outputHandle;
+        request->maxBodySize = std::numeric_limits<qint64>::max();
+    }
+    if (receiver && slot) {
+        request->receiver = receiver;
+        request->slot = QMetaObject::normalizedSignature(slot + (*slot >= '0' && *slot <= '9'));
+        if (receiver->metaObject()->indexOfMethod(request->slot) < 0)
+            qWarning("HttpClient::prepareGet: no such slot %s::%s", receiver->metaObject()->className(),
+                     request->slot.constData());
+    }
+    return request;
+}
+
+void HttpClient::execute(const RequestPtr &request)
+{
+    if (!request || std::exchange(request->isExecuted, true))
+        return;
+    waiting.append(request);
+    if (phase == Idle)
+        next();
+}
+
+RequestPtr HttpClient::get(const QString &path, const QMap<QString, QVariant> &parameters, QObject *receiver,
+                           const char *slot, QIODevice *output, const qvb::smart<QIODevice> &outputHandle)
+{
+    const RequestPtr request = prepareGet(path, parameters, receiver, slot, output, outputHandle);
+    execute(request);
+    return request;
+}
+
+void HttpClient::next()
+{
+    const RequestPtr past = std::exchange(current, waiting.isEmpty() ? RequestPtr() : waiting.takeFirst());
+    phase = current ? Waiting : Idle;
+    if (current)
+        QMetaObject::invokeMethod(this, &HttpClient::start, Qt::QueuedConnection);
+}
+
+void HttpClient::start()
+{
+    if (phase != Waiting)
+        return;
+    const RequestPtr request = current;
+    if (!request->slot.isEmpty() && !request->receiver) {
+        next();
+        return;
+    }
+    phase = Running;
+    bytesReported = 0;
+    if (request->receiver)
+        receiverDeath = connect(request->receiver, &QObject::destroyed, this, &HttpClient::reset);
+    const QPointer<HttpClient> self(this);
+    emit requestStarted(request);
+    if (self && current == request)
+        send(*request);
+}
+
+void HttpClient::send(const RequestData &request)
+{
+    QUrl url = request.visited.first();
+    if (url.host().isEmpty()) {
+        endRequest();
+        return;
+    }
+    url.setUserName(request.host.server.user(), QUrl::DecodedMode);
+    url.setPassword(request.host.server.password(), QUrl::DecodedMode);
+    if (!network)
+        network = new QNetworkAccessManager(this);
+    network->setProxy(routeOf(request.host));
+    reply = network->get(networkRequest(url));
+    reply->setReadBufferSize(ReadBufferSize);
+    connect(reply, &QNetworkReply::redirected, this, [this](const QUrl &to) { current->visited.append(to); });
+    connect(reply, &QNetworkReply::metaDataChanged, this, &HttpClient::readHead);
+    connect(reply, &QNetworkReply::readyRead, this, &HttpClient::readBody);
+    connect(reply, &QNetworkReply::finished, this, [this] {
+        readBody();
+        endRequest();
+    });
+    stallTimer.start(msSilence);
+}
+
+void HttpClient::readHead()
+{
+    stallTimer.start();
+    const QVariant length = reply->header(QNetworkRequest::ContentLengthHeader);
+    current->announced = length.isValid() ? length.toLongLong() : -1;
+}
+
+void HttpClient::readBody()
+{
+    std::array<char, PieceSize> piece;
+    while (reply) {
+        const qint64 size = reply->read(piece.data(), PieceSize);
+        if (size <= 0)
+            break;
+        stallTimer.start();
+        if (!progressTimer.isActive())
+            progressTimer.start();
+        if (!current->append(piece.data(), size))
+            endRequest();
+    }
+}
+
+void HttpClient::endRequest()
+{
+    if (phase != Running)
+        return;
+    phase = Ended;
+    if (reply) {
+        current->status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+        current->header = headerOf(*reply);
+    }
+    dropReply();
+    current->flush();
+    QMetaObject::invokeMethod(this, &HttpClient::report, Qt::QueuedConnection);
+}
+
+void HttpClient::dropReply()
+{
+    stallTimer.stop();
+    progressTimer.stop();
+    if (QNetworkReply *dropped = std::exchange(reply, nullptr)) {
+        dropped->disconnect(this);
+        dropped->abort();
+        dropped->deleteLater();
+    }
+}
+
+void HttpClient::report()
+{
+    if (phase != Ended)
+        return;
+    const RequestPtr request = current;
+    const QPointer<HttpClient> self(this);
+    reportProgress();
+    if (!self || phase != Ended || current != request)
+        return;
+    phase = Reporting;
+    disconnect(receiverDeath);
+    if (QObject *receiver = request->receiver) {
+        const QMetaObject *meta = receiver->metaObject();
+        meta->method(meta->indexOfMethod(request->slot))
+            .invoke(receiver, Qt::DirectConnection, Q_ARG(RequestPtr, request));
+    }
+    if (self)
+        next();
+}
+
+void HttpClient::reportProgress()
+{
+    if (std::exchange(bytesReported, current->received) == current->received)
+        return;
+    const QPair<int, int> progress = progressOf(current->received, current->announced);
+    emit downloadProgress(progress.first, progress.second);
+}
+
+void HttpClient::reset()
+{
+    if (phase == Idle || phase == Reporting)
+        return;
+    dropReply();
+    disconnect(receiverDeath);
+    next();
+}
+
+QString HttpClient::encodedUrlPath(const QUrl &url)
+{
+    if (url.isEmpty())
+        return QString();
+    const QString path = url.path(QUrl::FullyEncoded);
+    const QString query = url.hasQuery() ? QLatin1Char('?') + url.query(QUrl::FullyEncoded) : QString();
+    return (path.isEmpty() ? QStringLiteral("/") : path) + query;
+}
+
+QString HttpClient::encodedUrlPath(const QString &url)
+{
+    return encodedUrlPath(QUrl(url));
+}
+
+QPair<int, int> HttpClient::progressOf(qint64 bytes, qint64 totalBytes)
+{
+    constexpr qint64 most = std::numeric_limits<int>::max();
+    if (totalBytes < 0)
+        return { int(std::min(bytes, most)), -1 };
+    int shift = 0;
+    while (totalBytes >> shift > most)
+        ++shift;
+    return { int(std::min(bytes, totalBytes) >> shift), int(totalBytes >> shift) };
+}
+
+} // namespace qv

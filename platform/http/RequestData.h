@@ -1,0 +1,78 @@
+#pragma once
+
+#include "HttpHeader.h"
+#include "HttpHost.h"
+#include "SmartHandle.h"
+
+#include <QBuffer>
+#include <QList>
+#include <QPointer>
+
+#include <any>
+
+namespace qv {
+
+/// One request of an HttpClient, from prepareGet() to the slot that gets it back. It holds the way there while it
+/// waits, and the answer when it has ended. Handled through RequestPtr; the last copy frees what it carries.
+class QV_PLATFORM_EXPORT RequestData
+{
+public:
+    RequestData();
+    RequestData(const RequestData &) = delete;
+    RequestData &operator=(const RequestData &) = delete;
+    ~RequestData();
+
+    /// 0 where no answer came, or where the server fell silent in the middle of it.
+    int statusCode() const { return status; }
+    const HttpHeader &responseHeader() const { return header; }
+
+    /// The URL asked for, then those it was redirected to.
+    QList<QUrl> urls() const { return visited; }
+
+    /// Where the body goes: null while it stays in the request, and when the device was deleted.
+    QIODevice *outputDevice() const { return output; }
+
+    /// The body, or what arrived of it, where there is no output device. Owned by the request, open for reading.
+    QBuffer *getResponseBuffer() { return &buffer; }
+
+    /// The same as text: ISO-8859-1 where the answer says so, else UTF-8.
+    QString getResponseText() const;
+
+    /// Bytes of the body so far, in the device or in the request.
+    qint64 bodySize() const { return received; }
+
+    /// A body that is longer ends there, and with it the request. So an endless one fills neither memory nor disk.
+    /// Unless set: MostBytesKept for a body that stays in the request, no limit with an output device.
+    void setMaxBodySize(qint64 bytes) { maxBodySize = bytes; }
+    static constexpr qint64 MostBytesKept = 32 * 1024 * 1024;
+
+    /// For the caller's own use; freed with the request at the latest.
+    std::any userData;
+
+private:
+    friend class HttpClient;
+    bool append(const char *bytes, qint64 size);
+    void flush();
+
+    HttpHost host;
+    QPointer<QObject> receiver;
+    QByteArray slot; // normalized signature, empty: nobody is told
+    bool isExecuted = false;
+    qint64 maxBodySize = MostBytesKept;
+
+    QPointer<QIODevice> output;
+    qvb::smart<QIODevice> outputHandle;
+    bool isKept = true; // the body stays here
+    QBuffer buffer;
+
+    int status = 0;
+    HttpHeader header;
+    QList<QUrl> visited;
+    qint64 received = 0;
+    qint64 announced = -1;
+};
+
+/// The shared handle of one request.
+using RequestPtr = qvb::smart<RequestData>;
+
+} // namespace qv

@@ -1,0 +1,627 @@
+// The HTTP layer: addresses, hosts and their settings as tables, requests against a server on loopback.
+#include "HttpAccessHistory.h"
+#include "HttpClient.h"
+#include "HttpServer.h"
+#include "NodeDB.h"
+
+#include <QFile>
+#include <QSettings>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace qv;
+
+Q_DECLARE_METATYPE(HttpAnswer)
+Q_DECLARE_METATYPE(qv::HttpHost)
+
+namespace {
+
+constexpr qint64 MiB = 1024 * 1024;
+
+class Receiver : public QObject
+{
+    Q_OBJECT
+
+public:
+    RequestPtr wait()
+    {
+        QSignalSpy spy(this, &Receiver::called);
+        if (requests.isEmpty() && !spy.wait(60'000))
+            return std::make_shared<RequestData>();
+        return requests.takeFirst();
+    }
+
+    QList<RequestPtr> requests;
+    std::function<void()> reaction;
+
+signals:
+    void called();
+
+private slots:
+    void done(qv::RequestPtr request)
+    {
+        requests.append(request);
+        if (reaction)
+            reaction();
+        emit called();
+    }
+};
+
+HttpHost hostOf(const HttpServer &server, const QString &path = QString())
+{
+    HttpHost host;
+    host.server.setUrl(server.url());
+    host.path = path;
+    return host;
+}
+
+const char *const Done = SLOT(done(qv::RequestPtr));
+
+} // namespace
+
+class tst_http : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void cleanup() { NodeDB::getDB().setGlobalProxy(NetworkProxy()); }
+
+    void accesses_data()
+    {
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("login");
+
+        QTest::newRow("address and port") << "proxy.example:3128"
+                                          << "http://proxy.example:3128"
+                                          << ":";
+        QTest::newRow("default port") << " proxy.example "
+                                      << "http://proxy.example:8080"
+                                      << ":";
+        QTest::newRow("usual port") << "proxy.example:80"
+                                    << "http://proxy.example"
+                                    << ":";
+        QTest::newRow("URL") << "http://proxy.example:81/x?y"
+                             << "http://proxy.example:81"
+                             << ":";
+        QTest::newRow("secure") << "https://proxy.example:443"
+                                << "https://proxy.example"
+                                << ":";
+        QTest::newRow("login") << "me:a%40b@proxy.example:1"
+                               << "http://proxy.example:1"
+                               << "me:a@b";
+        QTest::newRow("IPv6") << "[::1]:81"
+                              << "http://[::1]:81"
+                              << ":";
+        QTest::newRow("port too high") << "proxy.example:70000"
+                                       << ""
+                                       << ":";
+        QTest::newRow("other scheme") << "file:///etc/passwd"
+                                      << ""
+                                      << ":";
+        QTest::newRow("nonsense") << "a b:c:d"
+                                  << ""
+                                  << ":";
+        QTest::newRow("empty") << ""
+                               << ""
+                               << ":";
+    }
+    void accesses()
+    {
+        QFETCH(QString, typed);
+        HttpAccess access("before", 1, "user", "password");
+        access.parseAddress(typed, 8080);
+        QTEST(QString(access), "text");
+        QTEST(access.user() + ":" + access.password(), "login");
+        QCOMPARE(access.isEmpty(), QString(access).isEmpty());
+    }
+
+    void newAddressForgetsLogin()
+    {
+        HttpAccess access("catalogue.example", 80, "me", "secret");
+        access.setAddress("elsewhere.example", 80, false);
+        QCOMPARE(access, HttpAccess("elsewhere.example", 80));
+    }
+
+    void proxyHistoryHoldsEachOnceLatestFirst()
+    {
+        HttpAccessHistory history;
+        for (int port = 1; port <= HttpAccessHistory::MostEntries + 1; ++port)
+            history.add(HttpAccess("p", port));
+        history.add(HttpAccess("p", 5));
+        QCOMPARE(history.accesses().size(), qsizetype(HttpAccessHistory::MostEntries));
+        QCOMPARE(history.accesses().at(0).port(), 5);
+        QCOMPARE(history.accesses().at(1).port(), HttpAccessHistory::MostEntries + 1);
+        QCOMPARE(history.accesses().last().port(), 2);
+    }
+
+    void urls_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<QVariantMap>("parameters");
+        QTest::addColumn<QString>("url");
+
+        const QVariantMap parameters { { "a", "1 & 2" }, { "ü", 3 } };
+        QTest::newRow("main page") << "" << QVariantMap() << "http://s.example:81/cat.xml?v=1";
+        QTest::newRow("main page with parameters")
+            << "" << parameters << "http://s.example:81/cat.xml?v=1&a=1%20%26%202&%C3%BC=3";
+        QTest::newRow("page") << "/a%20b" << QVariantMap() << "http://s.example:81/a%20b";
+        QTest::newRow("page with parameters") << "p" << parameters << "http://s.example:81/p?a=1%20%26%202&%C3%BC=3";
+        QTest::newRow("authority in disguise")
+            << "//evil.example/x" << QVariantMap() << "http://s.example:81//evil.example/x";
+    }
+    void urls()
+    {
+        QFETCH(QString, path);
+        QFETCH(QVariantMap, parameters);
+        QFETCH(QString, url);
+        HttpHost host(HttpAccess("s.example", 81, "me", "secret"), HttpAccess(), "/cat.xml?v=1");
+        QCOMPARE(host.makeURL(path, parameters, true), url);
+        QCOMPARE(host.makeURL(path, parameters, false), url.mid(int(qstrlen("http://s.example:81"))));
+        QCOMPARE(QUrl(url).host(), QString("s.example"));
+    }
+
+    void encodedPaths_data()
+    {
+        QTest::addColumn<QString>("url");
+        QTest::addColumn<QString>("path");
+
+        QTest::newRow("path") << "http://s.example:81/a b/c%2Fd"
+                              << "/a%20b/c%2Fd";
+        QTest::newRow("query") << "http://s.example/a?b=ü#c"
+                               << "/a?b=%C3%BC";
+        QTest::newRow("no path") << "http://s.example"
+                                 << "/";
+        QTest::newRow("empty") << ""
+                               << "";
+    }
+    void encodedPaths()
+    {
+        QFETCH(QString, url);
+        QTEST(HttpClient::encodedUrlPath(url), "path");
+        QTEST(HttpClient::encodedUrlPath(QUrl(url)), "path");
+    }
+
+    void hostSurvivesSettings()
+    {
+        const QTemporaryDir folder;
+        QSettings settings(folder.filePath("s.ini"), QSettings::IniFormat);
+        const HttpHost stored(HttpAccess("s.example", 81, "me", "x"), HttpAccess("p.example", 3128, "you", "y"),
+                              "/c?v=1");
+        HttpHost loaded;
+        stored.store(settings, true);
+        loaded.load(settings);
+        QCOMPARE(loaded.server, stored.server);
+        QCOMPARE(loaded.proxy, stored.proxy);
+        QCOMPARE(loaded.proxyPreference, HttpHost::OwnProxy);
+        QCOMPARE(loaded.path, stored.path);
+        stored.store(settings, false);
+        loaded.load(settings);
+        QCOMPARE(loaded.server, HttpAccess("s.example", 81, "me"));
+        QCOMPARE(loaded.proxy, HttpAccess("p.example", 3128, "you"));
+    }
+
+    void hostileSettingsGiveDefaults_data()
+    {
+        QTest::addColumn<QVariant>("value");
+        QTest::newRow("missing") << QVariant();
+        QTest::newRow("text") << QVariant("\x01\xff://%%%");
+        QTest::newRow("number") << QVariant(99);
+        QTest::newRow("list") << QVariant(QStringList { "a", "b" });
+        QTest::newRow("bytes") << QVariant(QByteArray(100'000, '\0'));
+    }
+    void hostileSettingsGiveDefaults()
+    {
+        QFETCH(QVariant, value);
+        const QTemporaryDir folder;
+        QSettings settings(folder.filePath("s.ini"), QSettings::IniFormat);
+        for (const char *key : { "server", "proxy", "proxy-preference" })
+            settings.setValue(key, value);
+        HttpHost host(HttpAccess("s", 1), HttpAccess("p", 1), "/x");
+        host.load(settings);
+        QVERIFY(host.server.isEmpty());
+        QVERIFY(host.proxy.isEmpty());
+        QCOMPARE(host.proxyPreference, HttpHost::NoProxy);
+    }
+
+    void globalProxyComesAndGoes()
+    {
+        HttpHost host;
+        host.proxy = HttpAccess("own.example", 1);
+        host.proxyPreference = HttpHost::GlobalProxy;
+        host.updateProxy(QUrl());
+        QCOMPARE(host.proxy, HttpAccess("own.example", 1));
+        NodeDB::getDB().setGlobalProxy(NetworkProxy("global.example", 2, "me", "secret"));
+        host.updateProxy(QUrl());
+        QCOMPARE(host.proxy, HttpAccess("global.example", 2, "me", "secret"));
+        NodeDB::getDB().setGlobalProxy(NetworkProxy());
+        host.updateProxy(QUrl());
+        QVERIFY(host.proxy.isEmpty());
+    }
+
+    void headerNamesCompareWithoutCase()
+    {
+        HttpHeader header;
+        header.addValue("Set-Cookie", "a=1");
+        header.addValue("X-Empty", "");
+        header.addValue("set-cookie", "b=2");
+        QCOMPARE(header.value("SET-COOKIE"), QString("b=2"));
+        QVERIFY(header.hasKey("x-empty"));
+        QVERIFY(!header.hasKey("Cookie"));
+    }
+
+    void progress_data()
+    {
+        QTest::addColumn<qint64>("bytes");
+        QTest::addColumn<qint64>("total");
+        QTest::addColumn<int>("shownBytes");
+        QTest::addColumn<int>("shownTotal");
+
+        constexpr qint64 most = std::numeric_limits<int>::max();
+        QTest::newRow("small") << qint64(5) << qint64(10) << 5 << 10;
+        QTest::newRow("largest as it is") << most << most << int(most) << int(most);
+        QTest::newRow("one more") << most + 1 << most + 1 << 1073741824 << 1073741824;
+        QTest::newRow("half of 6 GiB") << 3072 * MiB << 6144 * MiB << 805306368 << 1610612736;
+        QTest::newRow("unknown total") << qint64(5) << qint64(-1) << 5 << -1;
+        QTest::newRow("unknown and beyond") << 3 * most << qint64(-1) << int(most) << -1;
+        QTest::newRow("absurd total") << qint64(1) << std::numeric_limits<qint64>::max() << 0 << int(most);
+    }
+    void progress()
+    {
+        QFETCH(qint64, bytes);
+        QFETCH(qint64, total);
+        QTEST(HttpClient::progressOf(bytes, total).first, "shownBytes");
+        QTEST(HttpClient::progressOf(bytes, total).second, "shownTotal");
+    }
+
+    void answers_data()
+    {
+        QTest::addColumn<HttpAnswer>("answer");
+        QTest::addColumn<int>("status");
+        QTest::addColumn<qint64>("size");
+
+        const HttpAnswer ten("0123456789");
+        const auto row = [](const char *name, HttpAnswer answer, int status, qint64 size) {
+            QTest::newRow(name) << answer << status << size;
+        };
+        row("counted", ten, 200, 10);
+        row("empty", HttpAnswer(), 200, 0);
+        row("chunked", HttpAnswer("ab").generate(MiB).chunked(), 200, MiB + 2);
+        row("until close", HttpAnswer("ab").generate(MiB).unannounced(), 200, MiB + 2);
+        row("error page", HttpAnswer("no such page", 404), 404, 12);
+        row("server error", HttpAnswer("sorry", 503), 503, 5);
+        row("wants a login", HttpAnswer("who?", 401).header("WWW-Authenticate", "Basic realm=\"x\""), 401, 4);
+        row("dropped", HttpAnswer(ten).dropAfter(5), 200, 5);
+        row("dropped late", HttpAnswer().generate(MiB).dropAfter(400'000), 200, 400'000);
+        row("dropped before the body", HttpAnswer(ten).dropAfter(0), 200, 0);
+        row("announces more", HttpAnswer(ten).announce(20).dropAfter(10), 200, 10);
+        row("announces less", HttpAnswer(ten).announce(5), 200, 5);
+        row("announces nonsense", HttpAnswer::raw("HTTP/1.1 200 OK\r\nContent-Length: -7x\r\n\r\nabc"), 200, 3);
+        row("dropped chunks", HttpAnswer("abc").generate(MiB).chunked().dropAfter(70'000), 200, 70'000);
+        row("bad chunks",
+            HttpAnswer::raw("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n3\r\nabc\r\nZZ\r\nabc\r\n"), 200, 3);
+        row("compressed without being asked", HttpAnswer(ten).header("Content-Encoding", "gzip"), 200, 10);
+        row("not HTTP", HttpAnswer::raw("220 mail.example ESMTP\r\n\r\n"), 0, 0);
+        row("nothing", HttpAnswer::raw(""), 0, 0);
+        row("silent", HttpAnswer(ten).hold(), 0, 0);
+        row("silent in the body", HttpAnswer(ten).holdAfter(5), 0, 5);
+        row("endless", HttpAnswer().generate(HttpAnswer::Endless), 200, RequestData::MostBytesKept);
+    }
+    void answers()
+    {
+        QFETCH(HttpAnswer, answer);
+        QFETCH(qint64, size);
+        HttpServer server;
+        server.route("/x", answer);
+        HttpClient client(hostOf(server, "/x"));
+        client.setStallLimit(answer.heldAt > -2 ? 300 : 30'000);
+        Receiver receiver;
+        client.get("", {}, &receiver, Done, HttpClient::KeepInRequest, nullptr);
+        QVERIFY(client.isExecutingRequest());
+        const RequestPtr request = receiver.wait();
+        QTEST(request->statusCode(), "status");
+        QCOMPARE(request->bodySize(), size);
+        QCOMPARE(request->getResponseBuffer()->size(), size);
+        QCOMPARE(request->urls(), QList<QUrl> { server.url("/x") });
+        QVERIFY(QTest::qWaitFor([&] { return !client.isExecutingRequest(); }));
+        QCOMPARE(server.requests.at(0).headers.value("accept-encoding"), QByteArray("identity"));
+    }
+
+    void texts_data()
+    {
+        QTest::addColumn<QByteArray>("type");
+        QTest::addColumn<QByteArray>("body");
+        QTest::newRow("unsaid") << QByteArray("text/html")
+                                << QByteArray("Gr\xc3\xbc\xc3\x9f"
+                                              "e");
+        QTest::newRow("UTF-8") << QByteArray("text/html; charset=utf-8")
+                               << QByteArray("Gr\xc3\xbc\xc3\x9f"
+                                             "e");
+        QTest::newRow("Latin-1") << QByteArray("text/html; Charset=ISO-8859-1")
+                                 << QByteArray("Gr\xfc\xdf"
+                                               "e");
+    }
+    void texts()
+    {
+        QFETCH(QByteArray, type);
+        QFETCH(QByteArray, body);
+        HttpServer server;
+        server.route("/x", HttpAnswer(body).header("Content-Type", type));
+        HttpClient client(hostOf(server));
+        Receiver receiver;
+        client.get("/x", {}, &receiver, Done, nullptr, nullptr);
+        QCOMPARE(receiver.wait()->getResponseText(), QString::fromUtf8("Grüße"));
+    }
+
+    void redirects_data()
+    {
+        QTest::addColumn<QByteArray>("path");
+        QTest::addColumn<int>("status");
+        QTest::addColumn<int>("visited");
+        QTest::newRow("most") << QByteArray("/10") << 200 << 11;
+        QTest::newRow("one too many") << QByteArray("/11") << 302 << 11;
+        QTest::newRow("to itself") << QByteArray("/loop") << 302 << 11;
+        QTest::newRow("to a file") << QByteArray("/file") << 302 << 1;
+        QTest::newRow("to nowhere") << QByteArray("/nowhere") << 302 << 1;
+    }
+    void redirects()
+    {
+        QFETCH(QByteArray, path);
+        QFETCH(int, visited);
+        HttpServer server;
+        server.route("/0", HttpAnswer("here"));
+        for (int i = 1; i <= 11; ++i)
+            server.route("/" + QByteArray::number(i), HttpAnswer::redirect("/" + QByteArray::number(i - 1), 302));
+        server.route("/loop", HttpAnswer::redirect("/loop"));
+        server.route("/file", HttpAnswer::redirect("file:///etc/passwd"));
+        server.route("/nowhere", HttpAnswer("", 302));
+        HttpClient client(hostOf(server));
+        Receiver receiver;
+        client.get(path, {}, &receiver, Done, nullptr, nullptr);
+        const RequestPtr request = receiver.wait();
+        QTEST(request->statusCode(), "status");
+        QCOMPARE(request->urls().size(), qsizetype(visited));
+        QCOMPARE(request->urls().first(), server.url(path));
+        if (request->statusCode() == 200)
+            QCOMPARE(request->getResponseBuffer()->data(), QByteArray("here"));
+    }
+
+    void unreachable_data()
+    {
+        QTest::addColumn<HttpHost>("host");
+        QTest::newRow("no server") << HttpHost();
+        QTest::newRow("nobody listens") << HttpHost(HttpAccess("127.0.0.1", 1), HttpAccess(), "/");
+        QTest::newRow("no port") << HttpHost(HttpAccess("127.0.0.1", 0), HttpAccess(), "/");
+        QTest::newRow("no proxy there") << HttpHost(HttpAccess("127.0.0.1", 80), HttpAccess("127.0.0.1", 1), "/");
+    }
+    void unreachable()
+    {
+        QFETCH(HttpHost, host);
+        HttpClient client(host);
+        Receiver receiver;
+        client.get("/x", {}, &receiver, Done, nullptr, nullptr);
+        const RequestPtr request = receiver.wait();
+        QCOMPARE(request->statusCode(), 0);
+        QCOMPARE(request->urls().size(), qsizetype(1));
+    }
+
+    void requestsRunInTurnEachAtItsHost()
+    {
+        HttpServer first;
+        HttpServer second(QHostAddress("127.0.0.2"));
+        for (HttpServer *server : { &first, &second })
+            server->route("/x", HttpAnswer(server->url().host().toLatin1()).header("Set-Cookie", "a=b"));
+        HttpClient client;
+        Receiver receiver;
+        QSignalSpy started(&client, &HttpClient::requestStarted);
+        client.setHost(hostOf(first));
+        const RequestPtr early = client.prepareGet("/x", {}, &receiver, Done, nullptr, nullptr);
+        client.setHost(hostOf(second));
+        const RequestPtr late = client.prepareGet("/x", {}, &receiver, Done, nullptr, nullptr);
+        client.execute(late);
+        client.execute(early);
+        client.execute(early);
+        client.get("/x", {}, &receiver, Done, nullptr, nullptr);
+        QCOMPARE(started.count(), 0);
+        QStringList order;
+        for (int i = 0; i < 3; ++i)
+            order += receiver.wait()->getResponseText();
+        QCOMPARE(order, QStringList({ "127.0.0.2", "127.0.0.1", "127.0.0.2" }));
+        QCOMPARE(started.count(), 3);
+        QVERIFY(QTest::qWaitFor([&] { return !client.isExecutingRequest(); }));
+        QVERIFY(!second.requests.at(1).headers.contains("cookie"));
+    }
+
+    void proxies_data()
+    {
+        QTest::addColumn<QString>("route");
+        QTest::addColumn<int>("status");
+        QTest::newRow("own") << "own" << 200;
+        QTest::newRow("global") << "global" << 200;
+        QTest::newRow("login") << "login" << 200;
+        QTest::newRow("wrong login") << "wrong" << 407;
+        QTest::newRow("login missing") << "missing" << 407;
+    }
+    void proxies()
+    {
+        QFETCH(QString, route);
+        HttpServer server;
+        server.route("http://s.example/x", HttpAnswer("over the proxy"));
+        HttpAccess proxy("127.0.0.1", server.serverPort());
+        if (route == "login" || route == "wrong")
+            proxy = HttpAccess("127.0.0.1", server.serverPort(), "me", route);
+        HttpHost host(HttpAccess("s.example", 80), proxy, QString());
+        if (route == "global") {
+            host.proxyPreference = HttpHost::GlobalProxy;
+            host.proxy = HttpAccess();
+            NodeDB::getDB().setGlobalProxy(NetworkProxy("127.0.0.1", server.serverPort()));
+        } else if (route != "own") {
+            server.requireProxyLogin("me", "login");
+        }
+        HttpClient client(host);
+        Receiver receiver;
+        client.get("/x", {}, &receiver, Done, nullptr, nullptr);
+        const RequestPtr request = receiver.wait();
+        QTEST(request->statusCode(), "status");
+        QCOMPARE(request->getResponseText(), QString(request->statusCode() == 200 ? "over the proxy" : "Who are you?"));
+        QVERIFY(server.requests.size() <= 2);
+    }
+
+    void systemProxyIsNotAsked()
+    {
+        qputenv("http_proxy", "http://127.0.0.1:1");
+        HttpServer server;
+        server.route("/x", HttpAnswer("direct"));
+        HttpClient client(hostOf(server));
+        Receiver receiver;
+        client.get("/x", {}, &receiver, Done, nullptr, nullptr);
+        QCOMPARE(receiver.wait()->getResponseText(), QString("direct"));
+        qunsetenv("http_proxy");
+    }
+
+    void bodyStreamsIntoFile()
+    {
+        HttpServer server;
+        server.route("/x", HttpAnswer("start").generate(40 * MiB));
+        HttpClient client(hostOf(server));
+        Receiver receiver;
+        const QTemporaryDir folder;
+        QFile file(folder.filePath("x"));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        qint64 sizeSeenBySlot = 0;
+        receiver.reaction = [&] { sizeSeenBySlot = QFileInfo(file.fileName()).size(); };
+        QSignalSpy progress(&client, &HttpClient::downloadProgress);
+        client.get("/x", {}, &receiver, Done, &file, nullptr);
+        const RequestPtr request = receiver.wait();
+        QCOMPARE(sizeSeenBySlot, 40 * MiB + 5);
+        QCOMPARE(request->outputDevice(), &file);
+        QCOMPARE(request->getResponseBuffer()->size(), qint64(0));
+        int last = 0;
+        for (const auto &one : progress) {
+            QVERIFY(one.at(0).toInt() > last);
+            last = one.at(0).toInt();
+            QCOMPARE(one.at(1).toInt(), int(40 * MiB + 5));
+        }
+        QCOMPARE(last, int(40 * MiB + 5));
+    }
+
+    void badTargetsEndTheRequest_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<bool>("isGone");
+        QTest::newRow("disk full") << "/dev/full" << false;
+        QTest::newRow("never opened") << "/" << false;
+        QTest::newRow("deleted in the middle") << "/dev/null" << true;
+    }
+    void badTargetsEndTheRequest()
+    {
+        QFETCH(QString, path);
+        QFETCH(bool, isGone);
+        HttpServer server;
+        server.route("/x", HttpAnswer().generate(HttpAnswer::Endless).holdAfter(isGone ? 100 : -2));
+        HttpClient client(hostOf(server));
+        Receiver receiver;
+        auto file = std::make_unique<QFile>(path);
+        file->open(QIODevice::WriteOnly);
+        connect(&server, &HttpServer::held, this, [&] {
+            file.reset();
+            server.release();
+        });
+        client.get("/x", {}, &receiver, Done, file.get(), nullptr);
+        QCOMPARE(receiver.wait()->statusCode(), 200);
+    }
+
+    void resetDropsTheExecutingRequestOnly()
+    {
+        HttpServer server;
+        server.route("/held", HttpAnswer("0123456789").holdAfter(5));
+        server.route("/next", HttpAnswer("next"));
+        HttpClient client(hostOf(server));
+        Receiver receiver;
+        RequestPtr dropped = client.prepareGet("/held", {}, &receiver, Done, nullptr, nullptr);
+        const auto luggage = std::make_shared<int>();
+        dropped->userData = luggage;
+        client.execute(dropped);
+        dropped.reset();
+        client.get("/next", {}, &receiver, Done, nullptr, nullptr);
+        QVERIFY(QSignalSpy(&server, &HttpServer::held).wait());
+        client.reset();
+        QCOMPARE(luggage.use_count(), 1L);
+        QCOMPARE(receiver.wait()->getResponseText(), QString("next"));
+        QVERIFY(receiver.requests.isEmpty());
+        client.reset();
+        QVERIFY(!client.isExecutingRequest());
+    }
+
+    void resetWhileTheSlotRunsChangesNothing()
+    {
+        HttpServer server;
+        server.route("/x", HttpAnswer("x"));
+        HttpClient client(hostOf(server));
+        Receiver receiver;
+        receiver.reaction = [&] { client.reset(); };
+        for (int i = 0; i < 2; ++i)
+            client.get("/x", {}, &receiver, Done, nullptr, nullptr);
+        receiver.wait();
+        QCOMPARE(receiver.wait()->getResponseText(), QString("x"));
+    }
+
+    void anybodyMayBeDeletedAtAnyTime_data()
+    {
+        QTest::addColumn<QString>("when");
+        for (const char *when : { "executed", "started", "held", "progress", "slot", "receiver", "receiver executed" })
+            QTest::newRow(when) << when;
+    }
+    void anybodyMayBeDeletedAtAnyTime()
+    {
+        QFETCH(QString, when);
+        HttpServer server;
+        server.route("/x", HttpAnswer("0123456789").generate(MiB).holdAfter(when == "slot" ? -2 : MiB / 2));
+        server.route("/y", HttpAnswer("y"));
+        auto client = std::make_unique<HttpClient>(hostOf(server));
+        auto receiver = std::make_unique<Receiver>();
+        Receiver other;
+        bool isCalled = false;
+        receiver->reaction = [&] {
+            isCalled = true;
+            client.reset();
+        };
+        client->get("/x", {}, receiver.get(), Done, nullptr, nullptr);
+        client->get("/y", {}, &other, Done, nullptr, nullptr);
+        connect(client.get(), &HttpClient::requestStarted, this, [&] {
+            if (when == "started")
+                client.reset();
+        });
+        connect(client.get(), &HttpClient::downloadProgress, this, [&] {
+            if (when == "progress")
+                client.reset();
+        });
+        connect(&server, &HttpServer::held, this, [&] {
+            if (when == "held")
+                client.reset();
+            if (when == "receiver")
+                receiver.reset();
+        });
+        if (when == "executed")
+            client.reset();
+        if (when == "receiver executed")
+            receiver.reset();
+        if (when.startsWith("receiver"))
+            QCOMPARE(other.wait()->getResponseText(), QString("y"));
+        else
+            QVERIFY(QTest::qWaitFor([&] { return !client; }));
+        QCOMPARE(isCalled, when == "slot");
+    }
+
+    void unknownSlotIsToldAtOnce()
+    {
+        HttpClient client;
+        QTest::ignoreMessage(QtWarningMsg, "HttpClient::prepareGet: no such slot Receiver::nowhere(RequestPtr)");
+        Receiver receiver;
+        client.prepareGet("/x", {}, &receiver, SLOT(nowhere(RequestPtr)), nullptr, nullptr);
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_http)
+#include "tst_http.moc"
