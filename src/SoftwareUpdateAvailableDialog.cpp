@@ -6,6 +6,8 @@
 
 #include "ui_SoftwareUpdateAvailableGui.h"
 
+#include <QScreen>
+#include <QScrollBar>
 #include <QSet>
 #include <QSignalBlocker>
 #include <QTextDocument>
@@ -92,8 +94,16 @@ void SoftwareUpdateAvailableDialog::setTableEntries(const QList<QStringList> &ro
 
 void SoftwareUpdateAvailableDialog::setTableHeaders(const QStringList &headers)
 {
-    ui->tableWidget->setHorizontalHeaderLabels(headers);
-    ui->tableWidget->resizeColumnsToContents();
+    QTableWidget &table = *ui->tableWidget;
+    table.setHorizontalHeaderLabels(headers);
+    table.resizeColumnsToContents();
+    if (isVisible())
+        return;
+    const QMargins around = layout()->contentsMargins();
+    const int scrollBar = table.verticalScrollBar()->sizeHint().width();
+    const int wanted =
+        table.horizontalHeader()->length() + scrollBar + 2 * table.frameWidth() + around.left() + around.right();
+    resize(qMax(width(), qMin(wanted, screen()->availableGeometry().width())), height());
 }
 
 void SoftwareUpdateAvailableDialog::setHiddenEntries(const SoftUpIndexList &rows)

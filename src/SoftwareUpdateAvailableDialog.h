@@ -36,7 +36,8 @@ public:
     /// the comment go too. currentItemsChangedSig() follows, unless @p rows is empty: that is logged as an error.
     void setTableEntries(const QList<QStringList> &rows);
 
-    /// Names the columns, from the left. To be called after setTableEntries().
+    /// Names the columns, from the left. To be called after setTableEntries(). A dialog not shown yet grows until all
+    /// columns fit, as far as the screen allows.
     void setTableHeaders(const QStringList &headers);
 
     /// Hides exactly the rows in @p rows and shows all others.

@@ -19,7 +19,7 @@ namespace qv {
 
 namespace {
 
-constexpr int msRequestTimeout = 15'000;
+constexpr int msRequestTimeout = 15000;
 constexpr qint64 maxBufferedBytes = 17 << 20; // more than any catalogue that would be read
 
 bool isRedirect(int status)

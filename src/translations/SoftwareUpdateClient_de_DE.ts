@@ -47,8 +47,8 @@
         <translation>Paket installieren</translation>
     </message>
     <message>
-        <source>For more information and updates visit &lt;a href=&quot;@QV_SUPPORT_URL_EN@&quot;&gt;@QV_SUPPORT_URL_EN@&lt;/a&gt;</source>
-        <translation>Weitere Informationen und Updates finden Sie unter &lt;a href=&quot;@QV_SUPPORT_URL_DE@&quot;&gt;@QV_SUPPORT_URL_DE@&lt;/a&gt;</translation>
+        <source>For more information and updates visit &lt;a href=&quot;@QV_SUPPORT_URL_EN@&quot;&gt;@QV_SUPPORT_NAME_EN@&lt;/a&gt;</source>
+        <translation>Weitere Informationen und Updates finden Sie unter &lt;a href=&quot;@QV_SUPPORT_URL_DE@&quot;&gt;@QV_SUPPORT_NAME_DE@&lt;/a&gt;</translation>
     </message>
     <message>
         <source>Update Settings...</source>

@@ -47,8 +47,8 @@
         <translation>Installer package</translation>
     </message>
     <message>
-        <source>For more information and updates visit &lt;a href=&quot;@QV_SUPPORT_URL_EN@&quot;&gt;@QV_SUPPORT_URL_EN@&lt;/a&gt;</source>
-        <translation>Pour plus d&apos;informations et pour les mises à jour, consultez &lt;a href=&quot;@QV_SUPPORT_URL_FR@&quot;&gt;@QV_SUPPORT_URL_FR@&lt;/a&gt;</translation>
+        <source>For more information and updates visit &lt;a href=&quot;@QV_SUPPORT_URL_EN@&quot;&gt;@QV_SUPPORT_NAME_EN@&lt;/a&gt;</source>
+        <translation>Pour plus d&apos;informations et pour les mises à jour, consultez &lt;a href=&quot;@QV_SUPPORT_URL_FR@&quot;&gt;@QV_SUPPORT_NAME_FR@&lt;/a&gt;</translation>
     </message>
     <message>
         <source>Update Settings...</source>
