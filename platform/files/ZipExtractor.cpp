@@ -1,0 +1,360 @@
+// Writes what an archive holds: libarchive reads and checks it, we decide where it goes. Called by ZipReader and by
+// Unzipper's thread; leaves a whole folder or an empty one.
+//
+// Not archive_write_disk: that changes the umask of the whole process, and its working directory, while hosts' other
+// threads run. Files and folders come first and links last, so that no file is ever written through a link.
+#include "ZipExtractor.h"
+#include "IOException.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QHash>
+#include <QSet>
+
+#include <archive.h>
+#include <archive_entry.h>
+#include <fcntl.h>
+#include <locale.h>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <memory>
+
+namespace qv {
+
+namespace {
+
+constexpr size_t READ_BLOCK = 64 * 1024;
+constexpr quint64 DISK_RESERVE = 64 * 1024 * 1024;
+// Text deflates to a tenth, logs to a fiftieth; only long runs of one value come near deflate's own limit of 1030.
+constexpr quint64 MAX_RATIO = 250;
+constexpr quint64 ALWAYS_ALLOWED = 32 * 1024 * 1024;
+constexpr mode_t KEPT_MODE = 0755;
+
+struct Cancelled
+{
+};
+
+/// libarchive reads names in the thread's locale, and gives none at all in "C".
+class Utf8Locale
+{
+public:
+    Utf8Locale() : utf8(newlocale(LC_CTYPE_MASK, "C.UTF-8", locale_t())), before(uselocale(utf8)) { }
+    ~Utf8Locale()
+    {
+        uselocale(before);
+        if (utf8)
+            freelocale(utf8);
+    }
+    Q_DISABLE_COPY(Utf8Locale)
+
+private:
+    locale_t utf8;
+    locale_t before;
+};
+
+class Descriptor
+{
+public:
+    explicit Descriptor(int descriptor) : fd(descriptor) { }
+    ~Descriptor() { close(); }
+    Q_DISABLE_COPY(Descriptor)
+
+    operator int() const { return fd; }
+    bool close() { return fd < 0 || ::close(std::exchange(fd, -1)) == 0; }
+
+private:
+    int fd;
+};
+
+/// What is set last: the permission bits and the times of access and modification.
+struct Attributes
+{
+    explicit Attributes(archive_entry *header) : mode(archive_entry_perm(header) & KEPT_MODE)
+    {
+        if (archive_entry_mtime_is_set(header)) {
+            times[0] = times[1] = { archive_entry_mtime(header), archive_entry_mtime_nsec(header) };
+        }
+    }
+
+    mode_t mode;
+    std::array<timespec, 2> times { timespec { 0, UTIME_NOW }, timespec { 0, UTIME_NOW } };
+};
+
+QByteArray parentOf(const QByteArray &path)
+{
+    return path.left(std::max(path.lastIndexOf('/'), decltype(path.size())(0)));
+}
+
+/// Tells whether a link in an archive with these @p links leads to a place below the target folder. Behind a link a
+/// ".." would start from wherever that link leads, so none is allowed there; then no chain of links can add up to a way
+/// out.
+bool staysInside(const QByteArray &link, const QByteArray &target, const QHash<QByteArray, QByteArray> &links)
+{
+    if (target.isEmpty() || target.startsWith('/'))
+        return false;
+    QByteArray place = parentOf(link);
+    bool passedLink = false;
+    for (const QByteArray &component : target.split('/')) {
+        if (component.isEmpty() || component == ".")
+            continue;
+        if (component == "..") {
+            if (passedLink || place.isEmpty())
+                return false;
+            place = parentOf(place);
+        } else {
+            place += place.isEmpty() ? component : '/' + component;
+            passedLink = passedLink || links.contains(place);
+        }
+    }
+    return true;
+}
+
+class Extraction
+{
+public:
+    Extraction(QFile &file, const QString &folder, const ZipProgress &callback);
+
+    void run(const std::vector<ZipEntry> &entries);
+
+private:
+    struct Late
+    {
+        const ZipEntry *entry;
+        Attributes attributes;
+    };
+
+    void checkLimits(const std::vector<ZipEntry> &entries);
+    void unpack(const ZipEntry &entry, archive_entry *header);
+    void writeFile(const ZipEntry &entry, const Attributes &attributes);
+    void writeBlock(const ZipEntry &entry, int file, const char *bytes, size_t size);
+    void makeFolders(const ZipEntry &entry, const QByteArray &path);
+    void makeLinks();
+    void setFolderAttributes();
+    void step();
+
+    [[noreturn]] void refuse(const QString &reason) const;
+    [[noreturn]] void refuse(const ZipEntry &entry, const QString &reason) const;
+    [[noreturn]] void refuseBySystem(const ZipEntry &entry) const;
+    [[noreturn]] void refuseByReader(const ZipEntry &entry) const;
+
+    const Utf8Locale locale;
+    QFile &archive;
+    const Descriptor root;
+    const std::unique_ptr<struct archive, decltype(&archive_read_free)> reader;
+    const ZipProgress &progress;
+    QSet<QByteArray> made; // folders
+    std::vector<Late> folders;
+    std::vector<Late> links;
+    QHash<QByteArray, QByteArray> targets; // of the links
+    quint64 written = 0;
+    quint64 total = 0;
+};
+
+Extraction::Extraction(QFile &file, const QString &folder, const ZipProgress &callback)
+    : archive(file), root(open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)),
+      reader(archive_read_new(), &archive_read_free), progress(callback)
+{
+    if (root < 0)
+        refuse(QStringLiteral("cannot unpack into '%1': %2").arg(folder, QString::fromLocal8Bit(strerror(errno))));
+}
+
+void Extraction::run(const std::vector<ZipEntry> &entries)
+{
+    checkLimits(entries);
+    if (entries.empty()) // libarchive takes an archive without entries for something else
+        return;
+    // The seekable reader alone: the streaming one unpacks half of a truncated archive before it notices.
+    archive_read_support_format_zip_seekable(reader.get());
+    if (lseek(archive.handle(), 0, SEEK_SET) != 0
+        || archive_read_open_fd(reader.get(), archive.handle(), READ_BLOCK) != ARCHIVE_OK)
+        refuse(QString::fromUtf8(archive_error_string(reader.get())));
+
+    for (const ZipEntry &entry : entries) {
+        archive_entry *header = nullptr;
+        if (archive_read_next_header(reader.get(), &header) != ARCHIVE_OK)
+            refuseByReader(entry);
+        if (entry.wanted)
+            unpack(entry, header);
+    }
+    makeLinks();
+    setFolderAttributes();
+}
+
+void Extraction::checkLimits(const std::vector<ZipEntry> &entries)
+{
+    for (const ZipEntry &entry : entries) {
+        if (!entry.wanted)
+            continue;
+        if (entry.size > std::numeric_limits<quint64>::max() / 2 - total)
+            refuse(entry, QStringLiteral("cannot be as large as it says"));
+        total += entry.size;
+    }
+    if (total > std::max(ALWAYS_ALLOWED, quint64(archive.size()) * MAX_RATIO))
+        refuse(QStringLiteral("would unpack to %1 times its size").arg(total / quint64(archive.size())));
+    struct statvfs disk;
+    if (fstatvfs(root, &disk) == 0 && total + DISK_RESERVE > quint64(disk.f_bavail) * disk.f_frsize)
+        refuse(QStringLiteral("would unpack to %1 bytes, and the disk is too full for that").arg(total));
+}
+
+void Extraction::unpack(const ZipEntry &entry, archive_entry *header)
+{
+    const Attributes attributes(header);
+    const auto type = archive_entry_filetype(header);
+    if (type == AE_IFDIR ? entry.size > 0 : entry.isFolder())
+        refuse(entry, QStringLiteral("is a folder and something else at once"));
+    if (type == AE_IFDIR) {
+        makeFolders(entry, entry.path);
+        if (!entry.path.isEmpty())
+            folders.push_back({ &entry, attributes });
+    } else if (type == AE_IFREG) {
+        makeFolders(entry, parentOf(entry.path));
+        writeFile(entry, attributes);
+    } else if (type == AE_IFLNK) {
+        makeFolders(entry, parentOf(entry.path));
+        targets.insert(entry.path, archive_entry_symlink(header));
+        links.push_back({ &entry, attributes });
+    } else {
+        refuse(entry, QStringLiteral("is neither file, folder nor link"));
+    }
+    step();
+}
+
+void Extraction::writeFile(const ZipEntry &entry, const Attributes &attributes)
+{
+    Descriptor file(openat(root, entry.path.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
+    if (file < 0)
+        refuseBySystem(entry);
+    quint64 size = 0;
+    const void *block = nullptr;
+    size_t blockSize = 0;
+    la_int64_t offset = 0;
+    int result = ARCHIVE_OK;
+    while ((result = archive_read_data_block(reader.get(), &block, &blockSize, &offset)) == ARCHIVE_OK) {
+        size += blockSize;
+        if (size > entry.size)
+            refuse(entry, QStringLiteral("is larger than it says"));
+        writeBlock(entry, file, static_cast<const char *>(block), blockSize);
+        step();
+    }
+    if (result != ARCHIVE_EOF)
+        refuseByReader(entry);
+    if (size != entry.size)
+        refuse(entry, QStringLiteral("is smaller than it says"));
+    if (fchmod(file, attributes.mode | 0600) != 0 || futimens(file, attributes.times.data()) != 0 || !file.close())
+        refuseBySystem(entry);
+}
+
+void Extraction::writeBlock(const ZipEntry &entry, int file, const char *bytes, size_t size)
+{
+    while (size > 0) {
+        const ssize_t count = write(file, bytes, size);
+        if (count < 0 && errno != EINTR)
+            refuseBySystem(entry);
+        if (count <= 0)
+            continue;
+        bytes += count;
+        size -= size_t(count);
+        written += quint64(count);
+    }
+}
+
+void Extraction::makeFolders(const ZipEntry &entry, const QByteArray &path)
+{
+    if (path.isEmpty() || made.contains(path))
+        return;
+    makeFolders(entry, parentOf(path));
+    if (mkdirat(root, path.constData(), 0755) != 0)
+        refuseBySystem(entry);
+    made.insert(path);
+}
+
+void Extraction::makeLinks()
+{
+    for (const Late &link : links) {
+        const QByteArray &path = link.entry->path;
+        const QByteArray target = targets.value(path);
+        if (!staysInside(path, target, targets))
+            refuse(*link.entry, QStringLiteral("is a link that leads out of its folder"));
+        if (symlinkat(target.constData(), root, path.constData()) != 0
+            || utimensat(root, path.constData(), link.attributes.times.data(), AT_SYMLINK_NOFOLLOW) != 0)
+            refuseBySystem(*link.entry);
+        step();
+    }
+}
+
+void Extraction::setFolderAttributes()
+{
+    for (const Late &folder : folders) {
+        const char *path = folder.entry->path.constData();
+        if (fchmodat(root, path, folder.attributes.mode | 0700, 0) != 0
+            || utimensat(root, path, folder.attributes.times.data(), 0) != 0)
+            refuseBySystem(*folder.entry);
+    }
+}
+
+void Extraction::step()
+{
+    if (!progress(written, total))
+        throw Cancelled();
+}
+
+void Extraction::refuse(const QString &reason) const
+{
+    throw IOException(QStringLiteral("%1: %2").arg(printableZipName(QFileInfo(archive).fileName().toUtf8()), reason));
+}
+
+void Extraction::refuse(const ZipEntry &entry, const QString &reason) const
+{
+    refuse(QStringLiteral("the entry '%1' %2").arg(entry.printableName(), reason));
+}
+
+void Extraction::refuseBySystem(const ZipEntry &entry) const
+{
+    const int error = errno;
+    refuse(entry, QStringLiteral("cannot be written: %1").arg(QString::fromLocal8Bit(strerror(error))));
+}
+
+void Extraction::refuseByReader(const ZipEntry &entry) const
+{
+    const char *reason = archive_error_string(reader.get());
+    refuse(entry,
+           QStringLiteral("cannot be read: %1").arg(QString::fromUtf8(reason ? reason : "the archive ends early")));
+}
+
+void removeContents(const QString &folder)
+{
+    namespace fs = std::filesystem;
+    std::error_code error, ignored;
+    for (fs::directory_iterator item(QFile::encodeName(folder).constData(), error), end; !error && item != end;
+         item.increment(error))
+        fs::remove_all(item->path(), ignored);
+}
+
+} // namespace
+
+bool extractZip(QFile &archive, const std::vector<ZipEntry> &entries, const QString &folder,
+                const ZipProgress &progress)
+{
+    if (folder.isEmpty() || !QDir().mkpath(folder)
+        || !QDir(folder).isEmpty(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System))
+        throw IOException(QStringLiteral("cannot unpack into '%1': it must be a folder without content").arg(folder));
+    try {
+        Extraction(archive, folder, progress).run(entries);
+        return true;
+    } catch (const Cancelled &) {
+        removeContents(folder);
+        return false;
+    } catch (...) {
+        removeContents(folder);
+        throw;
+    }
+}
+
+} // namespace qv

@@ -1,0 +1,351 @@
+// Archives: what unpacking keeps, what it refuses, and that a refusal or a cancellation leaves nothing behind.
+#include "FileUtils.h"
+#include "IOException.h"
+#include "Unzipper.h"
+#include "ZipBuilder.h"
+#include "ZipReader.h"
+
+#include <QDir>
+#include <QDirIterator>
+#include <QProgressDialog>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTimer>
+#include <QtTest>
+
+#include <clocale>
+#include <filesystem>
+#include <random>
+
+using qv::FileUtils;
+using qv::Unzipper;
+using qv::ZipReader;
+
+namespace {
+
+const unsigned Folder = S_IFDIR | 0755;
+const unsigned Link = S_IFLNK | 0777;
+
+struct stat statusOf(const QString &path)
+{
+    struct stat status = {};
+    lstat(path.toUtf8().constData(), &status);
+    return status;
+}
+
+QByteArray noise(int size)
+{
+    std::mt19937 generator(size);
+    QByteArray bytes(size, Qt::Uninitialized);
+    for (char &byte : bytes)
+        byte = char(generator());
+    return bytes;
+}
+
+} // namespace
+
+class TestArchives : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        scratch = std::make_unique<QTemporaryDir>();
+        QVERIFY(scratch->isValid());
+        QVERIFY(QDir(scratch->path()).mkdir(QStringLiteral("out")));
+    }
+
+    void keeps_data()
+    {
+        QTest::addColumn<bool>("inBackground");
+        QTest::newRow("reader") << false;
+        QTest::newRow("unzipper") << true;
+    }
+    void keeps()
+    {
+        QFETCH(bool, inBackground);
+        const QByteArray name = "sub/\xc3\xbc \xe6\x97\xa5 e\xcc\x81.txt"; // the accent stays a character of its own
+        const QByteArray large = noise(700000);
+        write({ ZipItem("./", "", Folder), ZipItem("sub/", "", S_IFDIR | 07777).at(1111111111), //
+                ZipItem(name, "text", S_IFREG | 04755).at(1234567890), ZipItem("empty", "", S_IFREG | 0640),
+                ZipItem("readonly", large, S_IFREG | 0444).deflate(), ZipItem("wide", large, S_IFREG | 0666).wide(),
+                ZipItem("sub/link", "../empty", Link).at(1222222222), ZipItem("here", "sub/./../sub", Link),
+                ZipItem("dos\\deep\\file", "x", 0).by(0) });
+        QVERIFY(setlocale(LC_ALL, "C")); // as under LC_ALL=C, where libarchive sees no names
+        const QString message = inBackground ? unzip() : read();
+        setlocale(LC_ALL, "");
+        QCOMPARE(message, QString());
+
+        QCOMPARE(FileUtils::readBytes(out(name)), QByteArray("text"));
+        QCOMPARE(FileUtils::readBytes(out("readonly")), large);
+        QCOMPARE(FileUtils::readBytes(out("wide")), large);
+        QCOMPARE(FileUtils::readBytes(out("dos/deep/file")), QByteArray("x"));
+        QCOMPARE(QFileInfo(out("empty")).size(), qint64(0));
+        QCOMPARE(QFile(out("sub/link")).symLinkTarget(), out("empty"));
+        QCOMPARE(FileUtils::readBytes(out("here/link")), QByteArray());
+        QVERIFY(QFileInfo(out("here")).isSymLink());
+
+        QCOMPARE(statusOf(out(name)).st_mode, mode_t(S_IFREG | 0755));
+        QCOMPARE(statusOf(out("empty")).st_mode, mode_t(S_IFREG | 0640));
+        QCOMPARE(statusOf(out("readonly")).st_mode, mode_t(S_IFREG | 0644));
+        QCOMPARE(statusOf(out("wide")).st_mode, mode_t(S_IFREG | 0644));
+        QCOMPARE(statusOf(out("sub")).st_mode, mode_t(S_IFDIR | 0755));
+        QCOMPARE(statusOf(out(name)).st_mtime, time_t(1234567890));
+        QCOMPARE(statusOf(out("sub")).st_mtime, time_t(1111111111));
+        QCOMPARE(statusOf(out("sub/link")).st_mtime, time_t(1222222222));
+    }
+
+    void refuses_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QString>("reason");
+        const auto row = [](const char *name, const QList<ZipItem> &items, const char *reason) {
+            QTest::newRow(name) << ZipBuilder::archive(items) << QString::fromUtf8(reason);
+        };
+        const ZipItem sound("sound", "text");
+        const QByteArray zeros(33 * 1024 * 1024, '\0');
+        row("parent", { sound, { "../evil", "x" } }, "'../evil' leads out of its folder");
+        row("parent in the middle", { sound, { "a/../../evil", "x" } }, "'a/../../evil' leads out of its folder");
+        row("parent, backslash", { sound, { "a\\..\\..\\evil", "x" } }, "leads out of its folder");
+        row("parent, DOS", { sound, ZipItem("..\\evil", "x", 0).by(0) }, "'../evil' leads out of its folder");
+        row("absolute", { sound, { "/tmp/evil", "x" } }, "'/tmp/evil' has an absolute path");
+        row("drive", { sound, { "C:evil", "x" } }, "'C:evil' has an absolute path");
+        row("NUL in a name", { sound, { QByteArray("evil\0.txt", 9), "x" } }, "'evil?.txt' has a NUL in its name");
+        row("no name", { sound, { "", "x" } }, "an entry has no name");
+        row("no name but dots", { sound, { "./.", "x" } }, "'./.' has no name");
+        row("long name", { sound, { QByteArray(256, 'n'), "x" } }, "has too long a name");
+        row("long path", { sound, { QByteArray(2100, 'n').replace("nn", "n/"), "x" } }, nullptr);
+        row("markup in a name", { sound, { "../<img src='x'>", "x" } }, "'../?img src='x'>' leads out");
+        row("name is not UTF-8", { sound, { "\xff", "x" } }, "cannot be read");
+        row("link to an absolute path", { sound, { "l", "/etc", Link } }, "'l' is a link that leads out of its folder");
+        row("link to the parent", { sound, { "d/l", "../../d", Link } },
+            "'d/l' is a link that leads out of its folder");
+        row("links that add up", { sound, { "a/b/up", "../..", Link }, { "l", "a/b/up/..", Link } }, "'l' is a link");
+        row("links that hide",
+            { sound, { "l", "m", Link }, { "m", "a/b", Link }, { "a/b/x", "../..", Link }, { "out", "l/x/..", Link } },
+            "'out' is a link that leads out of its folder");
+        row("link to nothing", { sound, { "l", "", Link } }, "'l' is");
+        row("through a link", { { "l", ".", Link }, { "l/evil", "x" } }, "'l' cannot be written");
+        row("through a link, link last", { { "l/evil", "x" }, { "l", "/tmp", Link } }, "'l' is a link");
+        row("file twice", { sound, sound }, "'sound' cannot be written");
+        row("file as folder", { sound, { "sound/evil", "x" } }, "'sound/evil' cannot be written");
+        row("folder as file", { { "d/", "", Folder }, { "d", "x" } }, "'d' cannot be written");
+        row("folder with content", { sound, { "d/", "x", Folder } }, "'d/' is a folder and something else");
+        row("device", { sound, { "null", "", S_IFCHR | 0666 } }, "'null' is neither file, folder nor link");
+        row("pipe", { sound, { "pipe", "", S_IFIFO | 0666 } }, "'pipe' is neither file, folder nor link");
+        row("encrypted", { sound, ZipItem("secret", "x").flag(1) }, "'secret' is encrypted");
+        row("wrong checksum", { sound, ZipItem("bad", "x").checksum(1) }, "'bad' cannot be read");
+        row("smaller than it says", { sound, ZipItem("bad", "x").announce(2) }, "'bad'");
+        row("larger than it says", { sound, ZipItem("bad", noise(999)).deflate().announce(2) }, "'bad'");
+        row("bomb", { sound, ZipItem("zeros", zeros).deflate() }, "times its size");
+        row("bomb that lies", { sound, ZipItem("zeros", zeros).deflate().announce(10) }, "'zeros'");
+        row("bomb of overlaps", { sound, { "a", noise(99999) }, ZipItem("b", noise(99999)).sameDataAs(1) }, "overlaps");
+        row("beyond the disk", { ZipItem("huge", noise(999)).deflate().announce(Q_UINT64_C(1) << 50) },
+            "times its size");
+        row("beyond all numbers", { ZipItem("a", "x").announce(~0ull >> 1), ZipItem("b", "x").announce(~0ull >> 1) },
+            "'b' cannot be as large as it says");
+    }
+    void refuses()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(QString, reason);
+        FileUtils::writeBytes(bytes, package());
+        const QString fromReader = read();
+        QVERIFY2(fromReader.contains(reason) && fromReader.startsWith(QLatin1String("package.zip: ")),
+                 qPrintable(fromReader));
+        QVERIFY(QDir(out("")).isEmpty(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System));
+        QCOMPARE(unzip(), fromReader);
+        QCOMPARE(everything(), QStringList { QStringLiteral("package.zip") });
+    }
+
+    void refusesWhatItCannotOpen_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        const QByteArray zip = ZipBuilder::archive({ { "a", "text" }, { "b", noise(99) } });
+        QTest::newRow("nothing") << QByteArray();
+        QTest::newRow("noise") << noise(100000);
+        QTest::newRow("other format") << QByteArray("\x1f\x8b\x08\0", 4) + noise(999);
+        QTest::newRow("no beginning") << zip.mid(50);
+        QTest::newRow("entry missing from the table")
+            << QByteArray(zip).replace(QByteArray("\2\0\2\0", 4), QByteArray("\3\0\3\0", 4));
+        for (int size : { 1, 60, 200, int(zip.size()) - 1 })
+            QTest::addRow("cut at %d", size) << zip.left(size);
+    }
+    void refusesWhatItCannotOpen()
+    {
+        QFETCH(QByteArray, bytes);
+        FileUtils::writeBytes(bytes, package());
+        QVERIFY(read().startsWith(QLatin1String("package.zip: ")));
+        QVERIFY(unzip().startsWith(QLatin1String("package.zip: ")));
+        QCOMPARE(everything(), QStringList { QStringLiteral("package.zip") });
+    }
+
+    void everyDamageEndsWell()
+    {
+        const QByteArray zip = ZipBuilder::archive({ { "d/", "", Folder },
+                                                     ZipItem("d/a", QByteArray(5000, 'a') + noise(50)).deflate(),
+                                                     { "d/b", noise(20) },
+                                                     { "l", "d/a", Link } });
+        std::mt19937 random(1);
+        for (int i = 0; i < zip.size() * 2; ++i) {
+            QByteArray bytes = zip;
+            if (i < zip.size())
+                bytes[i] = char(bytes[i] ^ (1 << random() % 8));
+            else
+                bytes.replace(int(random() % unsigned(zip.size())), 8, noise(i).right(8));
+            FileUtils::writeBytes(bytes, package());
+            if (read().isEmpty())
+                std::filesystem::remove_all(qPrintable(out(""))); // Qt cannot remove names that are not UTF-8
+            QDir().rmdir(out(""));
+            QCOMPARE(everything(), QStringList { QStringLiteral("package.zip") });
+        }
+    }
+
+    void lists_data()
+    {
+        QTest::addColumn<QString>("pattern");
+        QTest::addColumn<QStringList>("names");
+        QTest::newRow("all") << QString() << QStringList { "d/", "d/a.txt", "d/b.bin" };
+        QTest::newRow("some") << QStringLiteral("\\.txt$") << QStringList { "d/a.txt" };
+        QTest::newRow("none") << QStringLiteral("X") << QStringList();
+    }
+    void lists()
+    {
+        QFETCH(QString, pattern);
+        QFETCH(QStringList, names);
+        write({ { "d/", "", Folder }, { "d/a.txt", "a" }, { "d/b.bin", "b" } });
+        ZipReader reader(package());
+        QVERIFY(!reader.open(QIODevice::ReadWrite));
+        QVERIFY(reader.open(QIODevice::ReadOnly));
+        QCOMPARE(reader.fileList(QRegularExpression(pattern)), names);
+    }
+
+    void extractsWhatIsAskedFor()
+    {
+        write({ { "d/", "", Folder }, { "d/a.txt", "a" }, { "d/b.bin", "b" }, { "c", "c" } });
+        ZipReader reader(package());
+        reader.open(QIODevice::ReadOnly);
+        QVERIFY_EXCEPTION_THROWN(reader.extractFiles({ "c", "x" }, out(""), false), qv::IOException);
+        reader.extractFiles({ "d/b.bin" }, out(""), false);
+        QCOMPARE(everything(), (QStringList { "out", "out/d", "out/d/b.bin", "package.zip" }));
+        QVERIFY_EXCEPTION_THROWN(reader.extractFiles({ "c" }, out(""), false), qv::IOException); // no longer empty
+        QVERIFY_EXCEPTION_THROWN(reader.extractFiles({ "c" }, QString(), false), qv::IOException);
+        reader.extractFiles(reader.fileList(), out("new/flat"), true);
+        QCOMPARE(QDir(out("new/flat")).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+                 (QStringList { "a.txt", "b.bin", "c" }));
+    }
+
+    void zip64WithManyEntries()
+    {
+        QList<ZipItem> items;
+        for (int i = 0; i < 66000; ++i)
+            items << ZipItem(QByteArray::number(i / 1000) + "/", "", Folder);
+        items << ZipItem("last", "x");
+        write(items);
+        QCOMPARE(read(), QString());
+        QCOMPARE(QDir(out("")).count(), 2u + 66u + 1u);
+    }
+
+    void emptyArchiveIsAnEmptyFolder()
+    {
+        write({});
+        QCOMPARE(unzip(), QString());
+        QVERIFY(QDir(out("")).isEmpty());
+    }
+
+    void readerCancels()
+    {
+        write(manyFiles());
+        QProgressDialog dialog;
+        ZipReader reader(package());
+        reader.attachProgressDialog(&dialog);
+        reader.open(QIODevice::ReadOnly);
+        QTimer::singleShot(0, &dialog, &QProgressDialog::cancel);
+        reader.extractFiles(reader.fileList(), out(""), false);
+        QVERIFY(reader.wasCanceled());
+        QCOMPARE(everything(), (QStringList { "out", "package.zip" }));
+        dialog.reset();
+        reader.extractFiles({ "0" }, out(""), false);
+        QVERIFY(!reader.wasCanceled() && QFile::exists(out("0")));
+    }
+
+    void unzipperStopsWhenDestroyed()
+    {
+        write(manyFiles());
+        {
+            Unzipper unzipper(package(), out(""), false);
+            QTRY_VERIFY(QFile::exists(out("0")));
+        }
+        // Either it was stopped or, on a machine that was busy elsewhere, it was quicker: never something in between.
+        QVERIFY(!QFile::exists(out("")) || QDir(out("")).count() == uint(manyFiles().size()) + 2);
+    }
+
+    void unzipperReportsInItsOwnThread()
+    {
+        write({ { "d/a", "a" } });
+        Unzipper unzipper(package(), out(""), true);
+        QSignalSpy done(&unzipper, &Unzipper::unzippingDone);
+        connect(&unzipper, &Unzipper::unzippingDone, [] { QCOMPARE(QThread::currentThread(), qApp->thread()); });
+        QVERIFY(done.wait());
+        QCOMPARE(done.constFirst().constFirst().toString(), out(""));
+        QCOMPARE(FileUtils::readBytes(out("a")), QByteArray("a"));
+        QVERIFY(unzipper.removeZipFile());
+        QVERIFY(!unzipper.removeZipFile() && !QFile::exists(package()));
+    }
+
+private:
+    QString package() const { return scratch->filePath(QStringLiteral("package.zip")); }
+    QString out(const QByteArray &name) const
+    {
+        return scratch->filePath(QStringLiteral("out") + (name.isEmpty() ? "" : "/") + QString::fromUtf8(name));
+    }
+    void write(const QList<ZipItem> &items) const { FileUtils::writeBytes(ZipBuilder::archive(items), package()); }
+
+    static QList<ZipItem> manyFiles()
+    {
+        QList<ZipItem> items;
+        for (int i = 0; i < 3000; ++i)
+            items << ZipItem(QByteArray::number(i), "x");
+        return items;
+    }
+
+    /// Unpacks the package into "out"; returns the message of a failure.
+    QString read() const
+    {
+        try {
+            ZipReader reader(package());
+            reader.open(QIODevice::ReadOnly);
+            reader.extractFiles(reader.fileList(), out(""), false);
+            return QString();
+        } catch (const qv::IOException &exception) {
+            return exception.message();
+        }
+    }
+    QString unzip() const
+    {
+        Unzipper unzipper(package(), out(""), false);
+        QSignalSpy done(&unzipper, &Unzipper::unzippingDone), failed(&unzipper, &Unzipper::unzippingFailed);
+        QEventLoop loop;
+        connect(&unzipper, &Unzipper::unzippingDone, &loop, &QEventLoop::quit);
+        connect(&unzipper, &Unzipper::unzippingFailed, &loop, &QEventLoop::quit);
+        loop.exec();
+        return done.isEmpty() ? failed.constFirst().constFirst().toString() : QString();
+    }
+
+    QStringList everything() const
+    {
+        QStringList paths;
+        QDirIterator entries(scratch->path(), QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System,
+                             QDirIterator::Subdirectories);
+        while (entries.hasNext())
+            paths << QDir(scratch->path()).relativeFilePath(entries.next());
+        paths.sort();
+        return paths;
+    }
+
+    std::unique_ptr<QTemporaryDir> scratch;
+};
+
+QTEST_MAIN(TestArchives)
+#include "tst_archives.moc"
