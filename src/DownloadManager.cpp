@@ -1,7 +1,13 @@
-// What exists from the loading of the library on: the words of the catalogue and the types that travel in signals.
+// Construction, server and proxy; and what exists from the loading of the library on: the words of the catalogue and
+// the types that travel in signals.
 #include "DownloadManager.h"
 
+#include "ConnectHelpers.h"
+#include "HttpAccessHistory.h"
+
 namespace qv {
+
+const QString DownloadManager::UPDATE_URL = QStringLiteral(QV_UPDATE_URL);
 
 const QString DownloadManager::DOCUMENT_TAG = QStringLiteral("softwareList");
 const QString DownloadManager::PACKAGE_SET = QStringLiteral("package-set");
@@ -29,6 +35,8 @@ int registerMetaTypes()
 {
     qRegisterMetaType<PackageInfo>("qv::PackageInfo");
     qRegisterMetaType<PackageInfo>("PackageInfo");
+    qRegisterMetaType<QStringSet>("qv::QStringSet");
+    qRegisterMetaType<QStringSet>("QStringSet");
     qRegisterMetaType<PackageInfoList>("PackageInfoList"); // slots in this namespace spell it so
     return qRegisterMetaType<PackageInfoList>("qv::PackageInfoList");
 }
@@ -36,5 +44,61 @@ int registerMetaTypes()
 } // namespace
 
 const int DownloadManager::qMetaTypes = registerMetaTypes();
+
+DownloadManager::DownloadManager(const HttpHost &host, const QString &path)
+    : httpClient(host), host(host), regularCheck(true)
+{
+    this->host.path = path;
+    connectRelays();
+}
+
+DownloadManager::DownloadManager(const QUrl &server) : regularCheck(true)
+{
+    setServer(server);
+    httpClient.setHost(host);
+    connectRelays();
+}
+
+DownloadManager::DownloadManager(QSettings &settings, const QString &cacheFile)
+{
+    loadHistory(settings, cacheFile);
+    connectRelays();
+}
+
+DownloadManager::DownloadManager() = default;
+
+DownloadManager::~DownloadManager() = default;
+
+void DownloadManager::connectRelays()
+{
+    qv::connect(&httpClient, SIGNAL(requestStarted(RequestPtr)), this, SLOT(downloadStarting(RequestPtr)));
+    qv::connect(&httpClient, SIGNAL(downloadProgress(int, int)), this, SIGNAL(downloadProgress(int, int)));
+}
+
+void DownloadManager::setServer(const QUrl &url)
+{
+    host.server.setUrl(url);
+    host.path = HttpClient::encodedUrlPath(url);
+    host.proxyPreference = HttpHost::GlobalProxy;
+}
+
+void DownloadManager::setProxy(HttpHost::ProxyPreference preference, const QString &address)
+{
+    host.proxyPreference = preference;
+    host.proxy.parseAddress(address, 80);
+    noteProxyInUse();
+}
+
+void DownloadManager::noteProxyInUse()
+{
+    host.updateProxy(QUrl());
+    if (host.proxyPreference != HttpHost::NoProxy && !host.proxy.isEmpty())
+        HttpAccessHistory::proxies.add(host.proxy);
+}
+
+QString DownloadManager::queryUrl() const
+{
+    return host.makeURL(QString(), {}, true);
+}
 
 } // namespace qv

@@ -1,22 +1,82 @@
 #pragma once
 
+#include "HttpClient.h"
 #include "PackageInfo.h"
 
 #include <QDomElement>
+#include <QHash>
 #include <QIODevice>
 #include <QObject>
+#include <QPointer>
+#include <QSettings>
 #include <QStringList>
 
 namespace qv {
 
 class PackageIndex;
 
-/// Reads update catalogues and picks from them what concerns the installed products.
+/// Asks an update server for its catalogue, remembers across runs which packages it has seen, and downloads packages
+/// and release notes. Its static members read catalogues and pick from them what concerns the installed products.
+///
+/// Lives on the GUI thread and belongs to whoever creates it; it may be deleted at any time, in a slot of its own
+/// signals too. Requests run one at a time, in the order of the calls. Nothing throws.
+/// @code
+/// DownloadManager manager(settings, cacheFile);
+/// connect(&manager, &DownloadManager::packageFound, this, [](const PackageInfoList &packages) {
+///     showNews(DownloadManager::countNew(packages));
+/// });
+/// manager.queryUpdate();
+/// ...
+/// manager.storeHistory(settings, cacheFile);
+/// @endcode
 class SOFTWAREUPDATE_EXPORT DownloadManager : public QObject
 {
     Q_OBJECT
 
 public:
+    /// The update server of the build; what hosts store with versions before the third gives way to it.
+    static const QString UPDATE_URL;
+
+    /// Asks the server of @p host for @p path, and goes its way: direct or through its proxy.
+    DownloadManager(const HttpHost &host, const QString &path);
+
+    /// Asks for @p server, through the host application's global proxy where there is one.
+    explicit DownloadManager(const QUrl &server);
+
+    /// Goes on where storeHistory() left off. @p cacheFile is the path of the file that holds the last catalogue;
+    /// empty: none is kept.
+    DownloadManager(QSettings &settings, const QString &cacheFile);
+
+    /// For the operations that need no server. Deliberate: without one it emits neither downloadStarted() nor
+    /// downloadProgress().
+    DownloadManager();
+
+    ~DownloadManager() override;
+
+    HttpHost &server() { return host; }
+    const HttpHost &server() const { return host; }
+
+    /// The address of the catalogue. Deliberate: every change of it returns to the global proxy.
+    void setServer(const QUrl &url);
+
+    /// @p address is "[user[:password]@]host[:port]", port 80 unless said. One that is used joins
+    /// HttpAccessHistory::proxies.
+    void setProxy(HttpHost::ProxyPreference preference, const QString &address);
+
+    /// True while a query or a download runs.
+    bool isQueryBusy() const { return httpClient.isExecutingRequest(); }
+
+    /// Whether the user asked for regular checks: remembered here, acted on by the host.
+    bool isRegularCheck() const { return regularCheck; }
+    void setRegularCheck(bool isRegular) { regularCheck = isRegular; }
+
+    /// The full address of the catalogue.
+    QString queryUrl() const;
+
+    /// Writes what is remembered into the group "Download" of @p settings, and the last catalogue into @p cacheFile,
+    /// which is replaced in one step. What cannot be written is lost without notice.
+    void storeHistory(QSettings &settings, const QString &cacheFile) const;
+
     // The words of a catalogue: its elements, and the values that stand in them as child elements or attributes.
     static const QString DOCUMENT_TAG; ///< "softwareList", the usual root; any other is read too
     static const QString PACKAGE_SET;
@@ -88,6 +148,97 @@ public:
 
     /// How many packages no earlier query has listed.
     static int countNew(const PackageInfoList &packages);
+
+public slots:
+    /// Fetches the catalogue and reports all its packages, those that earlier answers listed marked with
+    /// PackageInfo::PackageKnown: emits queryStarted(), packageFound() or noPackageFound(), and queryFinished(). A
+    /// server that cannot be reached, and an answer that is no catalogue, count as an empty one.
+    ///
+    /// @p callbackSlot of @p callbackReceiver, plain name or SLOT() form, is called with the same PackageInfoList from
+    /// the receiver's event loop. Callers look at isQueryBusy() first.
+    ///
+    /// Deliberate: the filter does not narrow what is delivered.
+    void queryUpdate(QString filterTypes = QString(), QString filterNames = QString(),
+                     QString filterReleaseVersion = QString(), QString filterReleaseStatus = QString(),
+                     QDateTime filterTime = QDateTime(), QStringSet filterPlatform = QStringSet(),
+                     QStringSet filterLanguages = QStringSet(), QObject *callbackReceiver = nullptr,
+                     const char *callbackSlot = nullptr);
+    void queryUpdate(PackageInfo filter, QObject *callbackReceiver = nullptr, const char *callbackSlot = nullptr);
+
+    /// A query for packages of the type "system". Deliberate: @p filterLanguages stand in its filter as platforms.
+    void queryCameraFirmwareUpdate(QString filterVersion = QString(), QString filterRelease = QString(),
+                                   QStringSet filterLanguages = QStringSet());
+
+    /// All packages of the last catalogue, each marked as known; an empty list before the first. Deliberate: the filter
+    /// is not used.
+    PackageInfoList recentPackages(const PackageInfo &filter);
+    PackageInfoList recentPackages(QString type, QString name, QString release, QString status, QDateTime releaseDate,
+                                   QStringSet platforms, QStringSet languages);
+
+    /// Fetches @p package into the file @p path, which is overwritten. Emits downloadStarted(), then downloadSuccess()
+    /// or downloadFailure(), two of each; a package that announces no size stays silent throughout. The file is never
+    /// removed here.
+    ///
+    /// Success is a file at least as long as announced, whatever the server's status; the download ends when it has got
+    /// MostSurplusBytes longer. Deliberate: it leaves for port 80 over plain HTTP whatever the URL says.
+    void startDownload(const PackageInfo &package, const QString &path);
+
+    /// Drops whatever runs, a query too: it emits nothing any more. Emits downloadAborted() in any case. What came of a
+    /// file stays on the disk.
+    void abortDownload();
+
+    /// Fetches a page as text; releaseNotesDownloaded() follows in any case, for an empty URL before this returns.
+    /// Deliberate: from port 80 over plain HTTP, as packages.
+    void downloadReleaseNotes(const QUrl &url);
+
+signals:
+    void queryStarted(QString url); ///< the server, without the path
+    void packageFound(PackageInfoList allPackages);
+    void noPackageFound();
+    void queryFinished();
+
+    void downloadStarted(PackageInfo pack, QString fileName);
+    void downloadProgress(int bytes, int totalBytes);         ///< as HttpClient::downloadProgress(), of queries too
+    void downloadSuccess(PackageInfo pack, QString fileName); ///< PackageInfo::localFile is set
+    void downloadSuccess();
+    void downloadFailure(PackageInfo pack, QString fileName);
+    void downloadFailure(int httpStatusCode); ///< 0 where no answer came
+    void downloadAborted();
+
+    /// @p url as it was asked for, without a port; @p text is empty unless the server's status was 200.
+    void releaseNotesDownloaded(QUrl url, QString text);
+
+public:
+    static constexpr qint64 MostSurplusBytes = 16 * 1024 * 1024;
+
+    /// What a running query carries.
+    struct RequestData
+    {
+        PackageInfo filter;
+        QPointer<QObject> callbackReceiver;
+        QByteArray callbackSlot; // null: nobody is called
+    };
+
+private slots:
+    void queryResult(RequestPtr resp);
+    void queryResult(QIODevice *input, RequestData *data);
+    void downloadStarting(RequestPtr request);
+    void downloadResult(RequestPtr request);
+    void releaseNotesResult(RequestPtr request);
+
+private:
+    void connectRelays();
+    void noteProxyInUse();
+    void aimAt(const QUrl &url);
+    void loadHistory(QSettings &settings, const QString &cacheFile);
+
+    HttpClient httpClient;
+    HttpHost host;
+    QDateTime lastCheck; // when the last answer was handled, local time
+    bool regularCheck = false;
+    QByteArray lastAnswer;
+    QHash<QString, QDateTime> history; // by PackageInfo::stringID(): when the package was first seen
+    QString cookie;                    // kept, read by nothing
 };
 
 } // namespace qv

@@ -4,6 +4,7 @@
 #include "PackageIndex.h"
 #include "VersionNumber.h"
 
+#include <QBuffer>
 #include <QMap>
 
 #include <algorithm>
@@ -96,6 +97,25 @@ PackageInfoList DownloadManager::findBestMatches(const PackageInfoList &packages
         listed.insert(position);
     }
     return result;
+}
+
+PackageInfoList DownloadManager::recentPackages(const PackageInfo &)
+{
+    if (lastAnswer.isEmpty())
+        return PackageInfoList();
+    QBuffer input(&lastAnswer);
+    input.open(QIODevice::ReadOnly);
+    PackageInfoList packages = parseXML(&input);
+    for (PackageInfo &package : packages)
+        package.flags |= PackageInfo::PackageKnown;
+    return packages;
+}
+
+PackageInfoList DownloadManager::recentPackages(QString type, QString name, QString release, QString status,
+                                                QDateTime releaseDate, QStringSet platforms, QStringSet languages)
+{
+    return recentPackages(
+        PackageInfo(type, name, release, status, releaseDate, platforms, languages, QString(), QString()));
 }
 
 int DownloadManager::countNew(const PackageInfoList &packages)

@@ -1,0 +1,86 @@
+// One catalogue query, from the host's call to queryFinished(). Leaves behind the answer's bytes, the time of the check
+// and the packages that count as seen from now on.
+#include "DownloadManager.h"
+
+#include "ConnectHelpers.h"
+#include "LogQt.h"
+
+namespace qv {
+
+namespace {
+
+const QString SetCookie = QStringLiteral("set-cookie");
+
+} // namespace
+
+void DownloadManager::queryUpdate(QString filterTypes, QString filterNames, QString filterReleaseVersion,
+                                  QString filterReleaseStatus, QDateTime filterTime, QStringSet filterPlatform,
+                                  QStringSet filterLanguages, QObject *callbackReceiver, const char *callbackSlot)
+{
+    const PackageInfo filter(filterTypes, filterNames, filterReleaseVersion, filterReleaseStatus, filterTime,
+                             filterPlatform, filterLanguages, QString(), QString());
+    queryUpdate(filter, callbackReceiver, callbackSlot);
+}
+
+void DownloadManager::queryCameraFirmwareUpdate(QString filterVersion, QString filterRelease,
+                                                QStringSet filterLanguages)
+{
+    // Deliberate: the languages stand where the platforms belong.
+    queryUpdate(QStringLiteral("system"), QString(), filterVersion, filterRelease, QDateTime(), filterLanguages);
+}
+
+void DownloadManager::queryUpdate(PackageInfo filter, QObject *callbackReceiver, const char *callbackSlot)
+{
+    noteProxyInUse();
+    httpClient.setHost(host);
+    const RequestPtr request =
+        httpClient.prepareGet(QString(), {}, this, SLOT(queryResult(RequestPtr)), nullptr, nullptr);
+    request->userData = RequestData { filter, callbackReceiver, callbackSlot };
+    const QPointer<DownloadManager> self(this);
+    emit queryStarted(host.server);
+    if (self)
+        httpClient.execute(request);
+}
+
+void DownloadManager::queryResult(RequestPtr resp)
+{
+    const HttpHeader &header = resp->responseHeader();
+    if (header.hasKey(SetCookie))
+        cookie = header.value(SetCookie);
+    QBuffer *answer = resp->getResponseBuffer();
+    answer->seek(0);
+    const QPointer<DownloadManager> self(this);
+    queryResult(answer, std::any_cast<RequestData>(&resp->userData));
+    if (!self)
+        return;
+    lastAnswer = answer->data();
+    resp->userData.reset();
+    emit queryFinished();
+}
+
+void DownloadManager::queryResult(QIODevice *input, RequestData *data)
+{
+    PackageInfoList packages = parseXML(input);
+    lastCheck = QDateTime::currentDateTime();
+    for (PackageInfo &package : packages) {
+        const QString id = package.stringID();
+        if (history.contains(id))
+            package.flags |= PackageInfo::PackageKnown;
+        else
+            history.insert(id, lastCheck);
+    }
+    // Deliberate: the filter's matches are told to the log alone; everybody else gets the whole catalogue.
+    LogQt::write(Log::Progress,
+                 QStringLiteral("DownloadManager::queryResult() -> %1 packages, %2 new, %3 match best")
+                     .arg(packages.size())
+                     .arg(countNew(packages))
+                     .arg(findBestMatches(packages, data->filter).size()));
+    if (!data->callbackSlot.isNull())
+        invokeQueued(data->callbackReceiver, data->callbackSlot.constData(), Q_ARG(qv::PackageInfoList, packages));
+    if (packages.isEmpty())
+        emit noPackageFound();
+    else
+        emit packageFound(packages);
+}
+
+} // namespace qv
