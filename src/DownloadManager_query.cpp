@@ -75,7 +75,7 @@ void DownloadManager::queryResult(QIODevice *input, RequestData *data)
                      .arg(packages.size())
                      .arg(countNew(packages))
                      .arg(findBestMatches(packages, data->filter).size()));
-    if (!data->callbackSlot.isNull())
+    if (data->callbackReceiver && !data->callbackSlot.isNull())
         invokeQueued(data->callbackReceiver, data->callbackSlot.constData(), Q_ARG(qv::PackageInfoList, packages));
     if (packages.isEmpty())
         emit noPackageFound();

@@ -1,0 +1,451 @@
+// Catalogue queries against a server on loopback, and what a manager remembers between runs.
+#include "DownloadManager.h"
+#include "HttpAccessHistory.h"
+#include "HttpServer.h"
+#include "LogQt.h"
+#include "NodeDB.h"
+
+#include <QDir>
+#include <QFile>
+#include <QSettings>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <sstream>
+
+using namespace qv;
+
+using Asking = std::function<void(DownloadManager &)>;
+
+Q_DECLARE_METATYPE(HttpAnswer)
+Q_DECLARE_METATYPE(Asking)
+
+namespace {
+
+QByteArray package(const QByteArray &date, const QByteArray &more = QByteArray())
+{
+    return "<package><url>http://s.example/p.zip</url><release>3.1</release><status>BETA</status><platform>p</"
+           "platform><release-date>"
+        + date + "</release-date><file-size>7</file-size>" + more + "</package>";
+}
+
+QByteArray catalogue(const QByteArray &packages)
+{
+    return "<softwareList>" + packages + "</softwareList>";
+}
+
+const QByteArray TwoPackages = catalogue(package("2024-05-01") + package("2024-06-01", "<language>de</language>"));
+
+class Host : public QObject
+{
+    Q_OBJECT
+
+public:
+    PackageInfoList packages;
+
+public slots:
+    void take(const qv::PackageInfoList &found)
+    {
+        packages = found;
+        emit taken();
+    }
+
+signals:
+    void taken();
+};
+
+struct Query
+{
+    explicit Query(DownloadManager &manager)
+        : found(&manager, SIGNAL(packageFound(PackageInfoList))), nothing(&manager, &DownloadManager::noPackageFound),
+          finished(&manager, &DownloadManager::queryFinished)
+    {
+    }
+
+    bool wait() { return finished.wait(30'000); }
+    PackageInfoList packages() const
+    {
+        return found.isEmpty() ? PackageInfoList() : qvariant_cast<PackageInfoList>(found.last().first());
+    }
+
+    QSignalSpy found, nothing, finished;
+};
+
+/// The packages that a query of @p manager calls new.
+int newIn(DownloadManager &manager)
+{
+    Query query(manager);
+    manager.queryUpdate();
+    return query.wait() ? DownloadManager::countNew(query.packages()) : -1;
+}
+
+} // namespace
+
+class tst_query : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        folder = std::make_unique<QTemporaryDir>();
+        settings = std::make_unique<QSettings>(folder->filePath("s.ini"), QSettings::IniFormat);
+        cacheFile = folder->filePath("last.xml");
+        server = std::make_unique<HttpServer>();
+        server->route("/c", HttpAnswer(TwoPackages));
+    }
+    void cleanup()
+    {
+        NodeDB::getDB().setGlobalProxy(NetworkProxy());
+        LogQt::setLevel(Log::Warning);
+        LogQt::setStream(Log::Progress, nullptr);
+    }
+
+    void packagesAreNewOnce()
+    {
+        DownloadManager manager(server->url("/c"));
+        Query query(manager);
+        QSignalSpy started(&manager, &DownloadManager::queryStarted);
+        QVERIFY(!manager.isQueryBusy());
+        manager.queryUpdate();
+        QVERIFY(manager.isQueryBusy());
+        QCOMPARE(started.value(0).value(0).toString() + "/c", server->url("/c").toString());
+        QVERIFY(query.wait());
+        QVERIFY(!manager.isQueryBusy());
+        QCOMPARE(query.packages().size(), qsizetype(2));
+        QCOMPARE(DownloadManager::countNew(query.packages()), 2);
+        QCOMPARE(newIn(manager), 0);
+        server->route("/c", HttpAnswer(catalogue(package("2024-05-01") + package("2024-07-01"))));
+        QCOMPARE(newIn(manager), 1);
+        const PackageInfoList recent = manager.recentPackages(PackageInfo());
+        QCOMPARE(recent.size(), qsizetype(2));
+        QCOMPARE(DownloadManager::countNew(recent), 0);
+    }
+
+    void answers_data()
+    {
+        QTest::addColumn<HttpAnswer>("answer");
+        QTest::addColumn<int>("count");
+
+        const auto row = [](const char *name, const HttpAnswer &answer, int count) {
+            QTest::newRow(name) << answer << count;
+        };
+        row("catalogue", HttpAnswer(TwoPackages), 2);
+        row("chunked", HttpAnswer(TwoPackages).chunked(), 2);
+        row("catalogue with an error status", HttpAnswer(TwoPackages, 500), 2);
+        row("no packages", HttpAnswer(catalogue("")), 0);
+        row("empty", HttpAnswer(), 0);
+        row("no XML", HttpAnswer("404 means not found", 404), 0);
+        row("cut off", HttpAnswer(TwoPackages).dropAfter(100), 0);
+        row("compressed without being asked", HttpAnswer("\x1f\x8b\x08").header("Content-Encoding", "gzip"), 0);
+        row("endless", HttpAnswer("<softwareList>").generate(HttpAnswer::Endless), 0);
+        row("not HTTP", HttpAnswer::raw("hello"), 0);
+    }
+    void answers()
+    {
+        QFETCH(HttpAnswer, answer);
+        QFETCH(int, count);
+        DownloadManager manager(server->url("/c"));
+        QCOMPARE(newIn(manager), 2);
+        server->route("/c", answer);
+        Query query(manager);
+        manager.queryUpdate();
+        QVERIFY(query.wait());
+        QCOMPARE(query.found.count(), count ? 1 : 0);
+        QCOMPARE(query.nothing.count(), count ? 0 : 1);
+        QCOMPARE(query.packages().size(), qsizetype(count));
+        QCOMPARE(manager.recentPackages("t", "n", "r", "s", QDateTime(), {}, {}).size(), qsizetype(count));
+    }
+
+    void unreachableServerIsAnEmptyCatalogue()
+    {
+        DownloadManager manager(QUrl("http://127.0.0.1:1/c"));
+        Query query(manager);
+        manager.queryUpdate();
+        QVERIFY(query.wait());
+        QCOMPARE(query.nothing.count(), 1);
+    }
+
+    void callbackGetsTheWholeCatalogue_data()
+    {
+        QTest::addColumn<QByteArray>("slot");
+        QTest::newRow("plain name") << QByteArray("take");
+        QTest::newRow("SLOT") << QByteArray(SLOT(take(qv::PackageInfoList)));
+    }
+    void callbackGetsTheWholeCatalogue()
+    {
+        QFETCH(QByteArray, slot);
+        DownloadManager manager(server->url("/c"));
+        Host host;
+        QSignalSpy taken(&host, &Host::taken);
+        manager.queryUpdate("x", "x", "9", "A", QDateTime::currentDateTime(), { "x" }, { "de" }, &host, slot);
+        slot.fill('x');
+        QVERIFY(taken.wait());
+        QCOMPARE(host.packages.size(), qsizetype(2));
+        QCOMPARE(DownloadManager::countNew(host.packages), 2);
+    }
+
+    void callbackReceiverMayDie()
+    {
+        DownloadManager manager(server->url("/c"));
+        Query query(manager);
+        auto host = std::make_unique<Host>();
+        manager.queryUpdate(PackageInfo(), host.get(), "take");
+        host.reset();
+        QVERIFY(query.wait());
+        QCOMPARE(query.packages().size(), qsizetype(2));
+    }
+
+    // What the filters select is told to the log alone.
+    void filters_data()
+    {
+        QTest::addColumn<Asking>("ask");
+        QTest::addColumn<QString>("told");
+
+        const auto row = [](const char *name, Asking ask, const char *told) { QTest::newRow(name) << ask << told; };
+        row(
+            "none", [](auto &m) { m.queryUpdate(); }, "2 new, 1 match best");
+        row(
+            "newer release", [](auto &m) { m.queryUpdate("", "", "3.1"); }, "2 new, 0 match best");
+        row(
+            "unwanted language", [](auto &m) { m.queryUpdate("", "", "", "", QDateTime(), {}, { "de" }); },
+            "2 new, 1 match best");
+        row(
+            "firmware: languages count as platforms",
+            [](auto &m) { m.queryCameraFirmwareUpdate("3.0", "STABLE", { "de" }); }, "2 new, 1 match best");
+        row(
+            "firmware up to date", [](auto &m) { m.queryCameraFirmwareUpdate("3.1"); }, "2 new, 0 match best");
+    }
+    void filters()
+    {
+        QFETCH(Asking, ask);
+        QFETCH(QString, told);
+        std::ostringstream log;
+        LogQt::setStream(Log::Progress, &log);
+        LogQt::setLevel(Log::Progress);
+        server->route("/c",
+                      HttpAnswer(catalogue(package("2024-05-01", "<language>de</language>") + package("2024-04-01"))));
+        DownloadManager manager(server->url("/c"));
+        Query query(manager);
+        ask(manager);
+        QVERIFY(query.wait());
+        LogQt::setStream(Log::Progress, nullptr);
+        QCOMPARE(query.packages().size(), qsizetype(2));
+        QVERIFY2(QString::fromStdString(log.str()).contains(told), log.str().c_str());
+    }
+
+    void managerMayBeDeletedInItsSignals_data()
+    {
+        QTest::addColumn<QByteArray>("name");
+        for (const char *name : { SIGNAL(queryStarted(QString)), SIGNAL(packageFound(PackageInfoList)),
+                                  SIGNAL(downloadProgress(int, int)), SIGNAL(queryFinished()) })
+            QTest::newRow(name) << QByteArray(name);
+    }
+    void managerMayBeDeletedInItsSignals()
+    {
+        QFETCH(QByteArray, name);
+        auto manager = std::make_unique<DownloadManager>(server->url("/c"));
+        doomed = manager.get();
+        connect(manager.release(), name, this, SLOT(deleteDoomed()));
+        doomed->queryUpdate();
+        QVERIFY(QTest::qWaitFor([&] { return !doomed; }));
+    }
+
+    void abortDropsAQuery()
+    {
+        server->route("/c", HttpAnswer(TwoPackages).holdAfter(10));
+        DownloadManager manager(server->url("/c"));
+        Query query(manager);
+        QSignalSpy aborted(&manager, &DownloadManager::downloadAborted);
+        manager.queryUpdate();
+        QVERIFY(QSignalSpy(server.get(), &HttpServer::held).wait());
+        manager.abortDownload();
+        QCOMPARE(aborted.count(), 1);
+        QVERIFY(!manager.isQueryBusy());
+        server->release();
+        QCOMPARE(newIn(manager), 2);
+        QCOMPARE(query.finished.count(), 1);
+    }
+
+    void serverAndProxy()
+    {
+        const HttpAccess proxy("p.example", 80);
+        const auto known = [&] { return HttpAccessHistory::proxies.accesses().count(proxy); };
+        DownloadManager manager;
+        QVERIFY(!manager.isRegularCheck());
+        manager.setProxy(HttpHost::NoProxy, "p.example");
+        QCOMPARE(known(), qsizetype(0));
+        manager.setProxy(HttpHost::OwnProxy, "p.example");
+        QCOMPARE(known(), qsizetype(1));
+        QCOMPARE(manager.server().proxy, proxy);
+        manager.setServer(QUrl("http://s.example:81/a b.xml?c=d#e"));
+        QCOMPARE(manager.server().proxyPreference, HttpHost::GlobalProxy);
+        QCOMPARE(int(manager.server().proxyPreference), 2);
+        QCOMPARE(manager.queryUrl(), QString("http://s.example:81/a%20b.xml?c=d"));
+    }
+
+    void queryGoesThroughTheGlobalProxy()
+    {
+        NodeDB::getDB().setGlobalProxy(NetworkProxy("127.0.0.1", server->serverPort()));
+        DownloadManager manager(QUrl("http://s.example/c"));
+        QCOMPARE(newIn(manager), 2);
+        QCOMPARE(server->targets(), QList<QByteArray> { "http://s.example/c" });
+        QCOMPARE(HttpAccessHistory::proxies.accesses().value(0), HttpAccess("127.0.0.1", server->serverPort()));
+    }
+
+    void memorySurvivesTheRun()
+    {
+        {
+            DownloadManager first(server->url("/c?v=1"));
+            QVERIFY(first.isRegularCheck());
+            QCOMPARE(newIn(first), 2);
+            settings->setValue("Download/regular-check", true);
+            first.storeHistory(*settings, cacheFile);
+        }
+        QCOMPARE(settings->value("Download/ver").toInt(), 3);
+        QCOMPARE(settings->value("Download/hist/size").toInt(), 2);
+        QVERIFY(settings->contains("Download/last-check"));
+        QVERIFY(!settings->contains("Download/regular-check"));
+        QVERIFY(settings->group().isEmpty());
+        DownloadManager second(*settings, cacheFile);
+        QVERIFY(second.isRegularCheck());
+        QCOMPARE(second.queryUrl(), server->url("/c?v=1").toString());
+        QCOMPARE(second.recentPackages(PackageInfo()).size(), qsizetype(2));
+        QCOMPARE(newIn(second), 0);
+    }
+
+    void oldSettingsMoveToTheBuiltInServer_data()
+    {
+        QTest::addColumn<QVariant>("version");
+        QTest::addColumn<bool>("moves");
+        QTest::newRow("none") << QVariant() << true;
+        QTest::newRow("2") << QVariant(2) << true;
+        QTest::newRow("3") << QVariant(3) << false;
+        QTest::newRow("nonsense") << QVariant("three") << true;
+    }
+    void oldSettingsMoveToTheBuiltInServer()
+    {
+        QFETCH(QVariant, version);
+        QFETCH(bool, moves);
+        DownloadManager earlier(QUrl("http://s.example/c"));
+        earlier.setProxy(HttpHost::OwnProxy, "p.example:3128");
+        earlier.storeHistory(*settings, QString());
+        settings->setValue("Download/ver", version);
+        DownloadManager manager(*settings, QString());
+        QCOMPARE(manager.queryUrl(), moves ? DownloadManager::UPDATE_URL : QString("http://s.example/c"));
+        QCOMPARE(manager.server().proxyPreference, moves ? HttpHost::GlobalProxy : HttpHost::OwnProxy);
+        manager.storeHistory(*settings, QString());
+        QCOMPARE(DownloadManager(*settings, QString()).queryUrl(), manager.queryUrl());
+    }
+
+    void ages_data()
+    {
+        QTest::addColumn<QVariant>("time");
+        QTest::addColumn<bool>("isKnown");
+        const QDateTime now = QDateTime::currentDateTime();
+        const auto text = [](const QDateTime &time) { return QVariant(time.toString(Qt::ISODate)); };
+        QTest::newRow("today") << text(now) << true;
+        QTest::newRow("almost two years") << text(now.addYears(-2).addDays(1)) << true;
+        QTest::newRow("more than two years") << text(now.addYears(-2).addDays(-1)) << false;
+        QTest::newRow("no time") << QVariant() << false;
+        QTest::newRow("nonsense") << QVariant("yesterday") << false;
+    }
+    void ages()
+    {
+        QFETCH(QVariant, time);
+        QFETCH(bool, isKnown);
+        DownloadManager(server->url("/c")).storeHistory(*settings, QString());
+        settings->beginWriteArray("Download/hist", 2);
+        for (int i = 0; i < 2; ++i) {
+            settings->setArrayIndex(i);
+            settings->setValue("version", i ? "1-2024-05-01T00:00:00-7" : "something else");
+            settings->setValue("time", time);
+        }
+        settings->endArray();
+        DownloadManager manager(*settings, QString());
+        QCOMPARE(newIn(manager), isKnown ? 1 : 2);
+    }
+
+    void laterEntryOfAPackageCounts()
+    {
+        const QDateTime now = QDateTime::currentDateTimeUtc();
+        settings->beginWriteArray("Download/hist", 2);
+        for (int i = 0; i < 2; ++i) {
+            settings->setArrayIndex(i);
+            settings->setValue("version", "twice");
+            settings->setValue("time", now.addDays(i - 10).toString(Qt::ISODate));
+        }
+        settings->endArray();
+        DownloadManager(*settings, QString()).storeHistory(*settings, QString());
+        QCOMPARE(settings->value("Download/hist/size").toInt(), 1);
+        QVERIFY(settings->value("Download/hist/1/time")
+                    .toString()
+                    .startsWith(now.addDays(-9).date().toString(Qt::ISODate)));
+        QVERIFY(!settings->contains("Download/hist/2/time"));
+    }
+
+    void cacheIsReplacedByAnAnswerOnly()
+    {
+        QFile cache(cacheFile);
+        QVERIFY(cache.open(QIODevice::WriteOnly));
+        cache.write("before");
+        cache.close();
+        DownloadManager manager(server->url("/c"));
+        manager.storeHistory(*settings, cacheFile);
+        QVERIFY(cache.open(QIODevice::ReadOnly));
+        QCOMPARE(cache.readAll(), QByteArray("before"));
+        cache.close();
+        QCOMPARE(newIn(manager), 2);
+        manager.storeHistory(*settings, QString());
+        manager.storeHistory(*settings, cacheFile);
+        QVERIFY(cache.open(QIODevice::ReadOnly));
+        QCOMPARE(cache.readAll(), TwoPackages);
+        QCOMPARE(QDir(folder->path()).entryList({ "last*" }), QStringList({ "last.xml" }));
+    }
+
+    void hostileStores_data()
+    {
+        QTest::addColumn<QByteArray>("text");
+        QTest::addColumn<QString>("cache");
+        const QByteArray good = "[Download]\nver=3\n";
+        QTest::newRow("no settings syntax") << QByteArray("\0\xff[[[=\n%%=;[Down", 16) << QString();
+        QTest::newRow("endless history") << good + "hist\\size=2147483647\nhist\\1\\version=a\n" << QString();
+        QTest::newRow("negative history") << good + "hist\\size=-5\nhist\\1\\version=a\n" << QString();
+        QTest::newRow("history is a value") << good + "hist=@Invalid()\nlast-check=@Rect(1 2 3 4)\n" << QString();
+        QTest::newRow("truncated values") << good + "server=@Variant(\\0\\0\\0\\xff\nreg-check=@ByteArray(\n"
+                                          << QString();
+        QTest::newRow("cache without end") << good << "/dev/zero";
+        QTest::newRow("cache is a folder") << good << "/";
+    }
+    void hostileStores()
+    {
+        QFETCH(QByteArray, text);
+        QFETCH(QString, cache);
+        QFile file(folder->filePath("hostile.ini"));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(text);
+        file.close();
+        QSettings hostile(file.fileName(), QSettings::IniFormat);
+        DownloadManager manager(hostile, cache);
+        QVERIFY(!manager.isRegularCheck());
+        QVERIFY(manager.recentPackages(PackageInfo()).isEmpty());
+        manager.setServer(server->url("/c"));
+        QCOMPARE(newIn(manager), 2);
+        manager.storeHistory(hostile, "/nowhere/at/all");
+        QCOMPARE(newIn(*std::make_unique<DownloadManager>(hostile, QString())), 0);
+    }
+
+public slots:
+    void deleteDoomed() { delete doomed.data(); }
+
+private:
+    QPointer<DownloadManager> doomed;
+    std::unique_ptr<QTemporaryDir> folder;
+    std::unique_ptr<QSettings> settings;
+    std::unique_ptr<HttpServer> server;
+    QString cacheFile;
+};
+
+QTEST_GUILESS_MAIN(tst_query)
+#include "tst_query.moc"
