@@ -204,7 +204,7 @@ private slots:
         using Rows = QList<QStringList>;
         QTest::newRow("even") << Rows { { "a", "b" }, { "c", "d" } } << QStringList { "a", "b", "c", "d" };
         QTest::newRow("short row") << Rows { { "a", "b" }, { "c" } } << QStringList { "a", "b", "c", "-" };
-        QTest::newRow("long row") << Rows { { "a" }, { "b", "c" } } << QStringList { "a", "b" };
+        QTest::newRow("long row") << Rows { { "a" }, { "b", "c" }, {} } << QStringList { "a", "b", "-" };
         QTest::newRow("nothing") << Rows {} << QStringList {};
     }
 
