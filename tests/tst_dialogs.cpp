@@ -94,19 +94,13 @@ private slots:
         QTest::addColumn<QString>("lastCheck");
         QTest::addColumn<QString>("versionAfter");
         QTest::addColumn<QString>("lastCheckAfter");
-        QTest::newRow("texts") << "2.1"
-                               << "today"
-                               << "2.1"
-                               << "today";
-        QTest::newRow("empty texts show the captions") << ""
-                                                       << ""
-                                                       << ""
-                                                       << "";
-        QTest::newRow("null version keeps the old text") << QString() << "today"
-                                                         << "1.0"
-                                                         << "today";
-        QTest::newRow("null check keeps the old text") << "2.1" << QString() << "2.1"
-                                                       << "long ago";
+        const auto row = [](const char *name, const QStringList &given, const QStringList &after) {
+            QTest::newRow(name) << given.first() << given.last() << after.first() << after.last();
+        };
+        row("texts", { "2.1", "today" }, { "2.1", "today" });
+        row("empty texts show the captions", { "", "" }, { "", "" });
+        row("null version keeps the old text", { QString(), "today" }, { "1.0", "today" });
+        row("null check keeps the old text", { "2.1", QString() }, { "2.1", "long ago" });
     }
 
     void settingsPassThrough()

@@ -128,18 +128,14 @@ private slots:
         QTest::addColumn<QString>("title");
         QTest::addColumn<QString>("checkNow");
         QTest::addColumn<QString>("support");
-        QTest::newRow("none") << ""
-                              << "Update Available"
-                              << "Check Now"
-                              << "For more information and updates visit <a href=\"";
-        QTest::newRow("German") << "de_DE"
-                                << "Update verfügbar"
-                                << "Jetzt suchen"
-                                << "Weitere Informationen und Updates finden Sie unter <a href=\"";
-        QTest::newRow("French") << "fr_FR"
-                                << "Mise à jour disponible"
-                                << "Rechercher maintenant"
-                                << "Pour plus d'informations et pour les mises à jour, consultez <a href=\"";
+        const auto row = [](const char *language, const char *title, const char *checkNow, const char *support) {
+            QTest::newRow(language) << QString(language) << QString(title) << QString(checkNow) << QString(support);
+        };
+        row("", "Update Available", "Check Now", "For more information and updates visit <a href=\"");
+        row("de_DE", "Update verfügbar", "Jetzt suchen",
+            "Weitere Informationen und Updates finden Sie unter <a href=\"");
+        row("fr_FR", "Mise à jour disponible", "Rechercher maintenant",
+            "Pour plus d'informations et pour les mises à jour, consultez <a href=\"");
     }
 
     void dialogs()
