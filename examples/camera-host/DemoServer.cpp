@@ -1,0 +1,69 @@
+// Requests in, files out: one request a connection. Called by the network; what is no plain GET of a file inside the
+// folder gets a 404 or worse.
+#include "DemoServer.h"
+
+#include <QFileInfo>
+#include <QMimeDatabase>
+#include <QTcpSocket>
+
+namespace {
+
+constexpr int maxRequestBytes = 16 * 1024;
+const QByteArray addressInFiles = "http://127.0.0.1/";
+
+QByteArray answer(const QByteArray &status, const QByteArray &type, const QByteArray &body)
+{
+    return "HTTP/1.1 " + status + "\r\nContent-Type: " + type + "\r\nContent-Length: " + QByteArray::number(body.size())
+        + "\r\nConnection: close\r\n\r\n" + body;
+}
+
+} // namespace
+
+DemoServer::DemoServer(const QString &folder) : root(QFileInfo(folder).canonicalFilePath())
+{
+    connect(this, &QTcpServer::newConnection, this, [this] {
+        QTcpSocket *client = nextPendingConnection();
+        connect(client, &QTcpSocket::readyRead, this, [this, client] { receive(client); });
+        connect(client, &QTcpSocket::disconnected, client, &QObject::deleteLater);
+    });
+    listen(QHostAddress::LocalHost);
+}
+
+QUrl DemoServer::url(const QString &path) const
+{
+    return QStringLiteral("http://127.0.0.1:%1/%2").arg(serverPort()).arg(path);
+}
+
+void DemoServer::receive(QTcpSocket *client)
+{
+    const QByteArray request = client->peek(maxRequestBytes);
+    if (!request.contains("\r\n\r\n")) {
+        if (request.size() == maxRequestBytes)
+            client->abort();
+        return;
+    }
+    client->readAll();
+    client->write(answerTo(request.left(request.indexOf("\r\n"))));
+    client->disconnectFromHost();
+}
+
+QByteArray DemoServer::answerTo(const QByteArray &requestLine) const
+{
+    const QList<QByteArray> words = requestLine.split(' ');
+    if (words.size() != 3 || words.at(0) != "GET")
+        return answer("405 Method Not Allowed", "text/plain", "GET only\n");
+
+    // As a proxy it is asked for whole URLs: the path is all that counts.
+    const QString path = QUrl::fromEncoded(words.at(1)).path(QUrl::FullyDecoded);
+    const QString file = QFileInfo(root.path() + QLatin1Char('/') + path).canonicalFilePath();
+    QFile body(file);
+    // What leads out of the folder, through ".." or a link, does not exist.
+    if (!file.startsWith(root.path() + QLatin1Char('/')) || !QFileInfo(file).isFile()
+        || !body.open(QIODevice::ReadOnly))
+        return answer("404 Not Found", "text/html", "<h1>404 Not Found</h1>\n");
+
+    QByteArray content = body.readAll();
+    if (file.endsWith(QLatin1String(".xml")))
+        content.replace(addressInFiles, url(QString()).toEncoded());
+    return answer("200 OK", QMimeDatabase().mimeTypeForFile(file).name().toLatin1(), content);
+}

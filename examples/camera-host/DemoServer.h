@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QDir>
+#include <QTcpServer>
+#include <QUrl>
+
+/// The demo's update server: serves the files of a folder on a loopback port, in the demo's own event loop. Any web
+/// server does the same (docs/catalogue.md); this one saves starting one.
+///
+/// Catalogues on disk say "http://127.0.0.1/" for the address of their server, so that a server on port 80 may serve
+/// them as they are. This one puts its own address there.
+///
+/// It also stands in as the proxy of the demo: packages are asked for at port 80, where only root may listen. A proxy
+/// gets those requests whatever the port.
+class DemoServer : public QTcpServer
+{
+    Q_OBJECT
+
+public:
+    /// Listens at once; isListening() tells whether it worked.
+    explicit DemoServer(const QString &folder);
+
+    /// The address of the file @p path here.
+    QUrl url(const QString &path) const;
+
+private:
+    void receive(QTcpSocket *client);
+    QByteArray answerTo(const QByteArray &requestLine) const;
+
+    const QDir root;
+};

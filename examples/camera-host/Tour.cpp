@@ -1,0 +1,300 @@
+// The road of one update, step by step: what a human would do, and what has to happen then. Called by main(); leaves
+// pictures of all windows.
+#include "Tour.h"
+
+#include "SoftwareUpdateAvailableDialog.h"
+#include "SoftwareUpdateDialog.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QCheckBox>
+#include <QDesktopServices>
+#include <QDialogButtonBox>
+#include <QElapsedTimer>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QTableWidget>
+#include <QTest>
+#include <QTextBrowser>
+#include <QTimer>
+#include <QTreeWidget>
+
+#include <cstdio>
+#include <stdexcept>
+
+namespace {
+
+constexpr int msForOneStep = 30'000; // twice what a check may take
+
+template<class Widget>
+Widget *find(const QWidget *window, const char *name)
+{
+    Widget *found = window ? window->findChild<Widget *>(name) : nullptr;
+    if (!found)
+        throw std::runtime_error(std::string("there is no ") + name);
+    return found;
+}
+
+QPushButton *button(const QWidget *window, const char *name)
+{
+    return find<QPushButton>(window, name);
+}
+
+} // namespace
+
+Tour::Tour(QWidget &mainWindow, const QUrl &catalogue, const QString &folder)
+    : mainWindow(mainWindow), catalogue(catalogue), pictures(folder)
+{
+    pictures.mkpath(".");
+    QDesktopServices::setUrlHandler("http", this, "openUrl");
+    qApp->installEventFilter(this);
+}
+
+Tour::~Tour()
+{
+    QDesktopServices::unsetUrlHandler("http");
+}
+
+bool Tour::run()
+{
+    try {
+        seeMainWindow();
+        checkAtStart();
+        openSettings();
+        checkNow();
+        selectPackages();
+        showAllLanguages();
+        followLinks();
+        closeTable();
+        seeOtherOutcomes();
+        seeExpertSettings();
+    } catch (const std::runtime_error &error) {
+        fprintf(stderr, "The tour ends here: %s\n", error.what());
+        return false;
+    }
+    printf("The tour is over. Its %d pictures are in %s\n", pictureCount, qPrintable(pictures.absolutePath()));
+    return true;
+}
+
+void Tour::seeMainWindow()
+{
+    step(
+        "The main window lists the cameras",
+        [this] { return mainWindow.isVisible() && find<QTreeWidget>(&mainWindow, "")->topLevelItemCount() == 8; },
+        "main-window", &mainWindow);
+    boxName = "about";
+    QTimer::singleShot(0, find<QAction>(&mainWindow, "about"), &QAction::trigger);
+    step("About tells the version", [this] { return boxName.isEmpty(); });
+}
+
+void Tour::checkAtStart()
+{
+    step("The check at application start finds updates by itself", [this] {
+        available = mainWindow.findChild<qv::SoftwareUpdateAvailableDialog *>();
+        return available && available->isVisible();
+    });
+    available->close();
+    step("The table closes", [this] { return !available; });
+}
+
+void Tour::openSettings()
+{
+    find<QAction>(&mainWindow, "checkForUpdates")->trigger();
+    settings = mainWindow.findChild<qv::SoftwareUpdateDialog *>();
+    step(
+        "The menu opens the settings, without what is for experts",
+        [this] {
+            return settings && settings->isVisible() && !find<QLineEdit>(settings, "updateServerLineEdit")->isVisible()
+                && find<QLabel>(settings, "lastCheckLabel")->isVisible();
+        },
+        "settings", settings);
+}
+
+void Tour::checkNow()
+{
+    button(settings, "updatePushButton")->click();
+    step(
+        "Check Now starts a check",
+        [this] {
+            return find<QProgressBar>(settings, "progressBar")->isVisible()
+                && !button(settings, "updatePushButton")->isEnabled();
+        },
+        "checking", settings);
+    step("The check finds updates", [this] {
+        available = mainWindow.findChild<qv::SoftwareUpdateAvailableDialog *>();
+        return available && available->isVisible() && button(settings, "updatePushButton")->isEnabled();
+    });
+    table = find<QTableWidget>(available, "tableWidget");
+    step(
+        "The table shows them",
+        [this] { return visibleRows() > 0 && !button(available, "downloadPushButton")->isEnabled(); },
+        "update-available", available);
+}
+
+void Tour::selectPackages()
+{
+    table->selectRow(0);
+    step(
+        "A package of the application has a link and release notes",
+        [this] {
+            return find<QTextBrowser>(available, "commentText")->isVisible()
+                && button(available, "downloadPushButton")->isEnabled()
+                && button(available, "releaseNotesPushButton")->isEnabled();
+        },
+        "application-selected", available);
+
+    int firmware = table->rowCount() - 1;
+    while (firmware > 0 && table->isRowHidden(firmware))
+        --firmware;
+    table->selectRow(firmware);
+    step(
+        "So has a camera's firmware",
+        [this, firmware] {
+            return find<QTextBrowser>(available, "commentText")
+                ->toPlainText()
+                .contains(table->item(firmware, 0)->text());
+        },
+        "firmware-selected", available);
+
+    table->setSelectionMode(QAbstractItemView::MultiSelection);
+    table->selectRow(0);
+    table->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    step(
+        "Two packages can only be downloaded",
+        [this] {
+            return button(available, "downloadPushButton")->isEnabled()
+                && !button(available, "installPushButton")->isEnabled()
+                && !button(available, "releaseNotesPushButton")->isEnabled()
+                && !find<QTextBrowser>(available, "commentText")->isVisible();
+        },
+        "two-selected", available);
+}
+
+void Tour::showAllLanguages()
+{
+    auto *all = find<QCheckBox>(available, "showAllLanguagesCheckBox");
+    step("Firmware in foreign languages is hidden", [this] { return visibleRows() < table->rowCount(); });
+    all->click();
+    step(
+        "Show all languages shows it", [this] { return visibleRows() == table->rowCount(); }, "all-languages",
+        available);
+    all->click();
+    step("and hides it again", [this] { return visibleRows() < table->rowCount(); });
+}
+
+void Tour::followLinks()
+{
+    table->selectRow(0);
+    button(available, "releaseNotesPushButton")->click();
+    step("Release Notes opens a page in the browser",
+         [this] { return openedUrls.size() == 1 && openedUrls.last().path().endsWith(".html"); });
+    button(available, "downloadPushButton")->click();
+    step("Download Package opens its link",
+         [this] { return openedUrls.size() == 2 && openedUrls.last().path().endsWith(table->item(0, 2)->text()); });
+}
+
+void Tour::closeTable()
+{
+    button(available, "updateSettingsPushButton")->click();
+    step("Update Settings leads back to the one settings dialog",
+         [this] { return mainWindow.findChildren<qv::SoftwareUpdateDialog *>().size() == 1 && settings->isVisible(); });
+    available->close();
+    step("The table closes", [this] { return !available; });
+}
+
+void Tour::seeOtherOutcomes()
+{
+    const auto check = [this](const QString &document, const QString &text, const QString &name) {
+        find<QLineEdit>(settings, "updateServerLineEdit")->setText(catalogue.resolved(document).toString());
+        button(settings, "updatePushButton")->click();
+        auto *notification = find<QLabel>(settings, "updateNotificationLabel");
+        step(
+            text, [notification] { return !notification->text().isEmpty(); }, name, settings);
+    };
+    check("old.xml", "A catalogue of nothing newer: up to date", "up-to-date");
+    check("empty.xml", "A catalogue of nothing: no update", "no-update");
+    check("missing.xml", "No catalogue: the error is told", "error");
+    settings->reject();
+    step("Cancel closes the settings", [this] { return !settings; });
+}
+
+void Tour::seeExpertSettings()
+{
+    QTest::keyPress(&mainWindow, Qt::Key_Shift, Qt::ShiftModifier);
+    find<QAction>(&mainWindow, "checkForUpdates")->trigger();
+    QTest::keyRelease(&mainWindow, Qt::Key_Shift);
+    settings = mainWindow.findChild<qv::SoftwareUpdateDialog *>();
+    step(
+        "With Shift held the settings show what is for experts",
+        [this] { return settings && find<QLineEdit>(settings, "updateServerLineEdit")->isVisible(); },
+        "expert-settings", settings);
+    find<QCheckBox>(settings, "checkForBetaCheckBox")->setChecked(true);
+    button(settings, "updatePushButton")->click();
+    step("With beta versions there are others", [this] {
+        available = mainWindow.findChild<qv::SoftwareUpdateAvailableDialog *>();
+        return available && available->isVisible()
+            && find<QTableWidget>(available, "tableWidget")->item(0, 0)->text().endsWith(" BETA");
+    });
+    find<QTableWidget>(available, "tableWidget")->selectRow(0);
+    step(
+        "of which a beta is one", [] { return true; }, "beta", available);
+    available->close();
+    step("The table closes", [this] { return !available; });
+    find<QDialogButtonBox>(settings, "buttonBox")->button(QDialogButtonBox::Ok)->click();
+    step("OK closes the settings", [this] { return !settings; });
+}
+
+void Tour::step(const QString &text, const std::function<bool()> &happened, const QString &name, QWidget *window)
+{
+    QElapsedTimer elapsed;
+    elapsed.start();
+    QTimer wakeUp; // the loop below waits for events, and there may be none
+    wakeUp.start(msForOneStep);
+    while (!happened()) {
+        if (elapsed.hasExpired(msForOneStep))
+            throw std::runtime_error("this did not happen: " + text.toStdString());
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        // What has been released with deleteLater() goes in the outermost loop only.
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+    if (window)
+        savePicture(window, name);
+    printf("%s\n", qPrintable(text));
+    fflush(stdout);
+}
+
+void Tour::savePicture(QWidget *window, const QString &name)
+{
+    QCoreApplication::processEvents(); // what has just been shown finds its place
+    const QString file = QStringLiteral("%1-%2.png").arg(++pictureCount, 2, 10, QLatin1Char('0')).arg(name);
+    if (!window->grab().save(pictures.filePath(file)))
+        throw std::runtime_error("cannot write " + file.toStdString());
+}
+
+bool Tour::eventFilter(QObject *object, QEvent *event)
+{
+    auto *box = qobject_cast<QMessageBox *>(object);
+    if (box && event->type() == QEvent::Show && !boxName.isEmpty())
+        QTimer::singleShot(0, box, [this, box] {
+            savePicture(box, boxName);
+            boxName.clear();
+            box->button(QMessageBox::Ok)->click();
+        });
+    return QObject::eventFilter(object, event);
+}
+
+void Tour::openUrl(const QUrl &url)
+{
+    openedUrls << url;
+}
+
+int Tour::visibleRows() const
+{
+    int visible = 0;
+    for (int row = 0; row < table->rowCount(); ++row)
+        visible += table->isRowHidden(row) ? 0 : 1;
+    return visible;
+}
