@@ -5,10 +5,13 @@
 #include <QFileInfo>
 #include <QMimeDatabase>
 #include <QTcpSocket>
+#include <QTimer>
 
 namespace {
 
 constexpr int maxRequestBytes = 16 * 1024;
+constexpr int maxBytesAtOnce = 64 * 1024;
+constexpr int msBetweenPortions = 40;
 const QByteArray addressInFiles = "http://127.0.0.1/";
 
 QByteArray answer(const QByteArray &status, const QByteArray &type, const QByteArray &body)
@@ -43,8 +46,27 @@ void DemoServer::receive(QTcpSocket *client)
         return;
     }
     client->readAll();
-    client->write(answerTo(request.left(request.indexOf("\r\n"))));
-    client->disconnectFromHost();
+    send(client, answerTo(request.left(request.indexOf("\r\n"))));
+}
+
+void DemoServer::send(QTcpSocket *client, const QByteArray &answer)
+{
+    if (answer.size() <= maxBytesAtOnce) {
+        client->write(answer);
+        client->disconnectFromHost();
+        return;
+    }
+    // Packages take about a second: over loopback nobody would see the progress of a download, nor could cancel it.
+    auto *pace = new QTimer(client);
+    connect(pace, &QTimer::timeout, client,
+            [pace, client, answer, portion = answer.size() / 20, sent = qint64(0)]() mutable {
+                sent += client->write(answer.mid(int(sent), portion));
+                if (sent < answer.size())
+                    return;
+                pace->stop();
+                client->disconnectFromHost();
+            });
+    pace->start(msBetweenPortions);
 }
 
 QByteArray DemoServer::answerTo(const QByteArray &requestLine) const

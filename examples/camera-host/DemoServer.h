@@ -25,6 +25,7 @@ public:
 
 private:
     void receive(QTcpSocket *client);
+    static void send(QTcpSocket *client, const QByteArray &answer);
     QByteArray answerTo(const QByteArray &requestLine) const;
 
     const QDir root;

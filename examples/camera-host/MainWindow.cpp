@@ -2,13 +2,14 @@
 // cameras told, a check at start, and a menu entry.
 #include "MainWindow.h"
 
+#include "CatalogueWindow.h"
+
 #include <QAction>
 #include <QCoreApplication>
 #include <QHeaderView>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QTreeWidget>
-#include <QUrl>
 
 namespace {
 
@@ -32,13 +33,17 @@ constexpr int msBeforeInitialCheck = 500; // first the window, then the network
 } // namespace
 
 MainWindow::MainWindow(const QUrl &updateServer)
-    : updates(QCoreApplication::applicationName(),
+    : updateServer(updateServer),
+      updates(QCoreApplication::applicationName(),
               qv::VersionNumber(QCoreApplication::applicationVersion().toStdString()), updateServer.toString(), this)
 {
-    // The store keeps the first address it was given, while the demo's server has another one at each start.
+    // What the client has written is the host's to change: the types of packages that it knows how to handle, and the
+    // address. The store keeps the first one it was given, while the demo's server has another one at each start.
     qv::SoftwareUpdateSettings settings;
     updates.getCurrentSettings(&settings);
     settings.serverURL = updateServer.toString();
+    settings.supportedPackageTypes = QStringList { "deb", "tar.gz", "zip", "exe", "mpkg" };
+    settings.installablePackageTypes = QStringList { "zip", "exe", "mpkg" };
     updates.setCurrentSettings(&settings);
 
     qv::SoftUpCurrentCameraVersions versions;
@@ -74,8 +79,15 @@ void MainWindow::buildMenus()
     QAction *check = help->addAction(tr("Check for &Updates..."));
     check->setObjectName("checkForUpdates");
     connect(check, &QAction::triggered, &updates, [this] { updates.queryForUpdate(); });
+    help->addAction(tr("&Catalogue..."), this, &MainWindow::showCatalogue)->setObjectName("catalogue");
     help->addSeparator();
     help->addAction(tr("&About"), this, &MainWindow::about)->setObjectName("about");
+}
+
+void MainWindow::showCatalogue()
+{
+    auto *window = new CatalogueWindow(updateServer, this);
+    window->show();
 }
 
 void MainWindow::about()

@@ -2,6 +2,7 @@
 // pictures of all windows.
 #include "Tour.h"
 
+#include "CatalogueWindow.h"
 #include "SoftwareUpdateAvailableDialog.h"
 #include "SoftwareUpdateDialog.h"
 
@@ -11,6 +12,7 @@
 #include <QDesktopServices>
 #include <QDialogButtonBox>
 #include <QElapsedTimer>
+#include <QFileInfo>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
@@ -71,6 +73,9 @@ bool Tour::run()
         closeTable();
         seeOtherOutcomes();
         seeExpertSettings();
+        queryCatalogue();
+        downloadFromCatalogue();
+        queryAgain();
     } catch (const std::runtime_error &error) {
         fprintf(stderr, "The tour ends here: %s\n", error.what());
         return false;
@@ -247,6 +252,67 @@ void Tour::seeExpertSettings()
     step("OK closes the settings", [this] { return !settings; });
 }
 
+void Tour::openCatalogue()
+{
+    find<QAction>(&mainWindow, "catalogue")->trigger();
+    catalogueWindow = mainWindow.findChild<CatalogueWindow *>();
+}
+
+void Tour::queryCatalogue()
+{
+    openCatalogue();
+    auto *list = find<QTreeWidget>(catalogueWindow, "");
+    const bool firstRun = list->topLevelItemCount() == 0;
+    button(catalogueWindow, "query")->click();
+    step("The catalogue is queried; in the first run all packages are new", [this, list, firstRun] {
+        return button(catalogueWindow, "query")->isEnabled() && list->topLevelItemCount() > 0
+            && (!firstRun || newPackages() == list->topLevelItemCount());
+    });
+    printf("  %s\n", qPrintable(find<QLabel>(catalogueWindow, "status")->text()));
+
+    list->setCurrentItem(list->findItems("1.2", Qt::MatchExactly, 1).value(0));
+    step(
+        "A selected package shows its release notes",
+        [this] { return !find<QTextBrowser>(catalogueWindow, "")->toPlainText().isEmpty(); }, "catalogue",
+        catalogueWindow);
+}
+
+void Tour::downloadFromCatalogue()
+{
+    auto *status = find<QLabel>(catalogueWindow, "status");
+    auto *progress = find<QProgressBar>(catalogueWindow, "");
+    button(catalogueWindow, "download")->click();
+    step(
+        "It is downloaded",
+        [progress] { return progress->value() > progress->maximum() / 3 && progress->value() < progress->maximum(); },
+        "downloading", catalogueWindow);
+    button(catalogueWindow, "cancel")->click();
+    step(
+        "Cancel ends the download", [this] { return button(catalogueWindow, "download")->isEnabled(); }, "cancelled",
+        catalogueWindow);
+    button(catalogueWindow, "download")->click();
+    step("The next one is complete", [this, status] {
+        const QString path = status->text().section(' ', -1);
+        return button(catalogueWindow, "download")->isEnabled() && QFileInfo(path).size() > 0
+            && QDir(QFileInfo(path).path()).removeRecursively();
+    });
+}
+
+void Tour::queryAgain()
+{
+    catalogueWindow->close();
+    step("The catalogue closes", [this] { return !catalogueWindow; });
+    openCatalogue();
+    step("It remembers the packages",
+         [this] { return find<QTreeWidget>(catalogueWindow, "")->topLevelItemCount() > 0; });
+    button(catalogueWindow, "query")->click();
+    step(
+        "Nothing is new any more",
+        [this] { return button(catalogueWindow, "query")->isEnabled() && newPackages() == 0; }, "nothing-new",
+        catalogueWindow);
+    catalogueWindow->close();
+}
+
 void Tour::step(const QString &text, const std::function<bool()> &happened, const QString &name, QWidget *window)
 {
     QElapsedTimer elapsed;
@@ -289,6 +355,15 @@ bool Tour::eventFilter(QObject *object, QEvent *event)
 void Tour::openUrl(const QUrl &url)
 {
     openedUrls << url;
+}
+
+int Tour::newPackages() const
+{
+    const auto *list = find<QTreeWidget>(catalogueWindow, "");
+    int count = 0;
+    for (int row = 0; row < list->topLevelItemCount(); ++row)
+        count += list->topLevelItem(row)->text(list->columnCount() - 1).isEmpty() ? 0 : 1;
+    return count;
 }
 
 int Tour::visibleRows() const

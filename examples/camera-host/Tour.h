@@ -7,7 +7,7 @@
 
 #include <functional>
 
-class QMessageBox;
+class CatalogueWindow;
 class QTableWidget;
 class QWidget;
 
@@ -47,12 +47,17 @@ private:
     void closeTable();
     void seeOtherOutcomes();
     void seeExpertSettings();
+    void queryCatalogue();
+    void downloadFromCatalogue();
+    void queryAgain();
 
     /// Waits until @p happened, then saves the picture of @p window, if there is one, as @p name.
     void step(const QString &text, const std::function<bool()> &happened, const QString &name = QString(),
               QWidget *window = nullptr);
     void savePicture(QWidget *window, const QString &name);
+    void openCatalogue();
     int visibleRows() const;
+    int newPackages() const;
 
     QWidget &mainWindow;
     const QUrl catalogue;
@@ -63,4 +68,5 @@ private:
     QPointer<qv::SoftwareUpdateDialog> settings;
     QPointer<qv::SoftwareUpdateAvailableDialog> available;
     QPointer<QTableWidget> table; // of the latter
+    QPointer<CatalogueWindow> catalogueWindow;
 };
