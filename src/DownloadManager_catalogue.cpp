@@ -334,16 +334,17 @@ bool readDigits(const QString &text, const QString &shape, std::initializer_list
     return true;
 }
 
-/// The two usual shapes read by hand: QDateTime::fromString() takes ten times as long.
+/// The two usual shapes read by hand: QDateTime::fromString() takes ten times as long. Null for anything else.
 QDateTime plainReleaseDate(const QString &text)
 {
     static const QString dateShape = QStringLiteral("0000-00-00");
     static const QString dateTimeShape = QStringLiteral("0000-00-00 00:00:00");
     int century = 0, year = 0, month = 0, day = 0, hours = 0, minutes = 0, seconds = 0;
-    if (readDigits(text, dateTimeShape, { &century, &year, &month, &day, &hours, &minutes, &seconds })
-        || readDigits(text, dateShape, { &century, &year, &month, &day }))
-        return QDateTime(QDate(century * 100 + year, month, day), QTime(hours, minutes, seconds));
-    return QDateTime();
+    if (!readDigits(text, dateTimeShape, { &century, &year, &month, &day, &hours, &minutes, &seconds })
+        && !readDigits(text, dateShape, { &century, &year, &month, &day }))
+        return QDateTime();
+    const QTime time(hours, minutes, seconds);
+    return time.isValid() ? QDateTime(QDate(century * 100 + year, month, day), time) : QDateTime();
 }
 
 } // namespace
@@ -418,8 +419,12 @@ QDateTime DownloadManager::parseReleaseDate(const QString &text)
     const QDateTime plain = plainReleaseDate(text);
     if (plain.isValid())
         return plain;
-    const QDateTime dateTime = QDateTime::fromString(text, QStringLiteral("yyyy-MM-dd hh:mm:ss"));
-    return dateTime.isValid() ? dateTime : QDateTime::fromString(text, QStringLiteral("yyyy-MM-dd"));
+    for (const auto &format : { QStringLiteral("yyyy-MM-dd hh:mm:ss"), QStringLiteral("yyyy-MM-dd") }) {
+        const QDateTime dateTime = QDateTime::fromString(text, format);
+        if (dateTime.isValid())
+            return dateTime;
+    }
+    return QDateTime();
 }
 
 QString DownloadManager::parsePackageSuffix(const QString &urlText)

@@ -1,0 +1,347 @@
+// Catalogues as servers write them: which package gets which value, and what becomes of bad ones.
+#include "DownloadManager.h"
+#include "LogCapture.h"
+#include "XmlUtils.h"
+
+#include <QBuffer>
+#include <QRandomGenerator>
+#include <QtTest>
+
+#include <memory>
+
+using namespace qv;
+
+namespace {
+
+PackageInfoList parse(const QByteArray &xml)
+{
+    QByteArray bytes = xml;
+    QBuffer device(&bytes);
+    device.open(QIODevice::ReadOnly);
+    return DownloadManager::parseXML(&device);
+}
+
+/// The value of one field as text, sets sorted.
+QString field(const PackageInfo &package, const QString &name)
+{
+    const auto sorted = [](const QStringSet &set) {
+        QStringList words = set.values();
+        words.sort();
+        return words.join(' ');
+    };
+    const auto links = [](const UrlMap &map) {
+        QStringList texts;
+        for (auto link = map.cbegin(); link != map.cend(); ++link)
+            texts << link.key() + '=' + link.value().toString();
+        return texts.join(' ');
+    };
+    if (name == "name")
+        return package.name;
+    if (name == "status")
+        return package.status;
+    if (name == "comment")
+        return package.comment;
+    if (name == "url")
+        return package.url.toString();
+    if (name == "platforms")
+        return sorted(package.platforms);
+    if (name == "languages")
+        return sorted(package.languages);
+    if (name == "releaseNotes")
+        return links(package.releaseNotes);
+    qFatal("no field %s", qPrintable(name));
+}
+
+/// A random piece of catalogue. Small alphabets, so that everything meets everything.
+QByteArray randomElement(QRandomGenerator &random, const QByteArray &name, int depth)
+{
+    static const QList<QByteArray> values { "name", "status",   "platform",      "language",
+                                            "url",  "base-url", "release-notes", "readme" };
+    QByteArray attributes, content;
+    for (const QByteArray &value : values) {
+        const QByteArray text = value + QByteArray::number(random.bounded(9));
+        if (random.bounded(5) == 0)
+            attributes += ' ' + value + "='" + text + "'";
+        for (int count = random.bounded(8) - 5; count > 0; --count) {
+            const bool isLink = value == "release-notes" || value == "readme";
+            content +=
+                isLink && depth < 9 ? randomElement(random, value, 9) : '<' + value + '>' + text + "</" + value + '>';
+        }
+    }
+    if (random.bounded(3) == 0 && depth < 10)
+        content += randomElement(random, "file", 10);
+    for (int count = depth < 3 ? random.bounded(4) : 0; count > 0; --count)
+        content +=
+            randomElement(random, random.bounded(2) ? "package" : "package-set", name == "package" ? 9 : depth + 1);
+    return '<' + name + attributes + '>' + content + "</" + name + '>';
+}
+
+} // namespace
+
+class CatalogueTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void values_data()
+    {
+        QTest::addColumn<QByteArray>("xml");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("value");
+        const auto row = [](const char *title, const QByteArray &xml, const char *name, const char *value) {
+            QTest::newRow(title) << xml << name << value;
+        };
+        row("any root", "<list><package name='a'/></list>", "name", "a");
+        row("child before attribute", "<s><package name='a'><name>b</name></package></s>", "name", "b");
+        row("first child", "<s><package><name>a</name><name>b</name></package></s>", "name", "a");
+        row("empty child counts", "<s name='x'><package><name/></package></s>", "name", "");
+        row("file before package", "<s><package><status>a</status><file status='b'/></package></s>", "status", "b");
+        row("package before set", "<s status='a'><package><status>b</status></package></s>", "status", "b");
+        row("only the first file", "<s><package><file/><file name='b'/></package></s>", "name", "");
+        row("set after its package", "<s><package/><name>a</name></s>", "name", "a");
+        row("nearest set", "<s name='a'><package-set name='b'><package-set><package/></package-set></package-set></s>",
+            "name", "b");
+        row("root named like a value", "<comment>x<package><name>a</name></package>y</comment>", "comment", "xay");
+        row("markup in a value", "<s><package><name>a<b>b</b>c</name></package></s>", "name", "abc");
+        row("base and url", "<s base-url='http://h/d'><package url='/a.zip'/></s>", "url", "http://h/d/a.zip");
+        row("base alone", "<s base-url='http://h/d.zip'><package/></s>", "url", "http://h/d.zip");
+        row("platforms add up", "<s platform='a,b'><package><platform>c d</platform><file platform='e'/></package></s>",
+            "platforms", "a b c d e");
+        row("languages from child and attribute", "<s><package language='de'><language>en</language></package></s>",
+            "languages", "de en");
+        row("notes without language", "<s><package><release-notes url='n'/></package></s>", "releaseNotes", "en=n");
+        row("notes take the raw language", "<s><package language='de en'><release-notes url='n'/></package></s>",
+            "releaseNotes", "de en=n");
+        row("notes take the package's url", "<s><package url='p.zip'><release-notes language='de'/></package></s>",
+            "releaseNotes", "de=p.zip");
+        row("notes as attribute", "<s><package release-notes='n'><language>fr</language></package></s>", "releaseNotes",
+            "fr=n");
+        row("attribute looks into file",
+            "<s><package release-notes='n' language='a'><file language='b'/></package></s>", "releaseNotes", "b=n");
+        row("child does not", "<s><package language='a'><file language='b'/><release-notes url='n'/></package></s>",
+            "releaseNotes", "a=n");
+        row("outer notes first",
+            "<s><release-notes url='o1'/><release-notes url='o2'/><package><release-notes url='i'/></package></s>",
+            "releaseNotes", "en=o2 en=o1 en=i");
+    }
+    void values()
+    {
+        QFETCH(QByteArray, xml);
+        QFETCH(QString, name);
+        LogCapture quiet;
+        const PackageInfoList packages = parse(xml);
+        QCOMPARE(packages.size(), 1);
+        QTEST(field(packages.first(), name), "value");
+    }
+
+    void order()
+    {
+        LogCapture quiet;
+        QStringList names;
+        for (const PackageInfo &package :
+             parse("<s><package-set><package name='3'/><package-set><package name='4'/></package-set></package-set>"
+                   "<package name='1'/><other><package name='x'/></other>"
+                   "<package-set><package name='5'/></package-set><package name='2'/></s>"))
+            names << package.name;
+        QCOMPARE(names.join(""), QStringLiteral("12345"));
+    }
+
+    void oneRuleForTreeAndNodes()
+    {
+        LogCapture quiet;
+        QRandomGenerator random(7);
+        int seen = 0;
+        for (int round = 0; round < 200; ++round) {
+            QByteArray xml = randomElement(random, random.bounded(5) ? "softwareList" : "name", 0);
+            QBuffer device(&xml);
+            device.open(QIODevice::ReadOnly);
+            const std::unique_ptr<QDomDocument> document(XmlUtils::parseXml(&device, nullptr));
+            PackageInfoList fromNodes;
+            DownloadManager::parseSet(document->documentElement(), fromNodes);
+            const PackageInfoList packages = parse(xml);
+            QCOMPARE(packages.size(), fromNodes.size());
+
+            QList<QDomElement> nodes;
+            collect(document->documentElement(), nodes);
+            QCOMPARE(packages.size(), nodes.size());
+            for (int i = 0; i < packages.size(); ++i, ++seen) {
+                const QDomElement &node = nodes.at(i);
+                QCOMPARE(packages[i].name, DownloadManager::findString(node, "name"));
+                QCOMPARE(packages[i].status, DownloadManager::findString(node, "status"));
+                QCOMPARE(
+                    packages[i].url,
+                    QUrl(DownloadManager::findString(node, "base-url") + DownloadManager::findString(node, "url")));
+                QStringSet platforms;
+                DownloadManager::findAllStrings(node, "platform", platforms);
+                QCOMPARE(packages[i].platforms, platforms);
+                UrlMap notes, readme;
+                QCOMPARE(DownloadManager::findAllTranslatedUrls(node, "release-notes", notes),
+                         packages[i].releaseNotes.size());
+                DownloadManager::findAllTranslatedUrls(node, "readme", readme);
+                QCOMPARE(packages[i].releaseNotes, notes);
+                QCOMPARE(packages[i].readme, readme);
+                PackageInfo single;
+                DownloadManager::parsePackage(node, single);
+                QCOMPARE(single.releaseNotes, notes);
+                QCOMPARE(single.languages, packages[i].languages);
+            }
+        }
+        QVERIFY(seen > 100);
+    }
+
+    void sizes_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<qint64>("bytes");
+        const auto row = [](const char *text, qint64 bytes) { QTest::newRow(text) << text << bytes; };
+        row("2048", 2048);
+        row(" 2048 ", 2048);
+        row("4kB", 4096);
+        row("4KB", 4096);
+        row("1.5MB", 1 << 20);
+        row("12.9mb", 12 << 20);
+        row("12 MB", 12 << 20);
+        row("1e3kB", 1024000);
+        row("abc", 0);
+        row("MB", 0);
+        row("5GB", 0);
+        row("-5", 0);
+        row("-5MB", 0);
+        row("infMB", 0);
+        row("nanMB", 0);
+        row("1e300MB", 0);
+        row("8796093022207MB", 8796093022207 << 20);
+        row("8796093022208MB", 0);
+        row("9223372036854775807", std::numeric_limits<qint64>::max());
+        row("9223372036854775808", 0);
+        row("", 0);
+    }
+    void sizes()
+    {
+        QFETCH(QString, text);
+        QTEST(DownloadManager::parseFileSize(text), "bytes");
+    }
+
+    void dates_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QDateTime>("date");
+        QTest::newRow("time") << "2011-04-05 13:45:59" << QDateTime(QDate(2011, 4, 5), QTime(13, 45, 59));
+        QTest::newRow("day") << "2011-04-05" << QDateTime(QDate(2011, 4, 5), QTime(0, 0));
+        for (const char *text : { "05.04.2011", "2011-02-30", "2011-04-05 24:00:00", "2011-04-05T13:45:59",
+                                  "2011-04-05 ", "0000-01-01", "2011-0a-05", "" })
+            QTest::newRow(text) << text << QDateTime();
+    }
+    void dates()
+    {
+        QFETCH(QString, text);
+        const QDateTime date = DownloadManager::parseReleaseDate(text);
+        QTEST(date, "date");
+        QCOMPARE(date.isNull(), !date.isValid());
+        // Whatever is read by hand is what Qt reads.
+        const QDateTime asDateTime = QDateTime::fromString(text, "yyyy-MM-dd hh:mm:ss");
+        const QDateTime asDate = QDateTime::fromString(text, "yyyy-MM-dd");
+        QCOMPARE(date, asDateTime.isValid() ? asDateTime : asDate.isValid() ? asDate : QDateTime());
+    }
+
+    void suffixes_data()
+    {
+        QTest::addColumn<QString>("url");
+        QTest::addColumn<QString>("suffix");
+        QTest::addColumn<bool>("suspicious");
+        const auto row = [](const char *url, const char *suffix, bool suspicious = false) {
+            QTest::newRow(url) << url << suffix << suspicious;
+        };
+        row("http://h/setup.exe", "exe");
+        row("pkg.tar.gz", "tar.gz");
+        row("pkg.tar..bz2", "tar.bz2");
+        row("Tool.mpkg.zip", "mpkg");
+        row("a.zip", "zip");
+        row("a.ZIP", "ZIP");
+        row("Tool.mpkg.ZIP", "ZIP");
+        row("file.gz", "gz", true);
+        row("archive.jpeg2000", "jpeg2000", true);
+        row("http://h.example/file", "example/file", true);
+        row("", "", true);
+    }
+    void suffixes()
+    {
+        QFETCH(QString, url);
+        QFETCH(bool, suspicious);
+        LogCapture log;
+        const QString suffix = DownloadManager::parsePackageSuffix(url);
+        QTEST(suffix, "suffix");
+        const QStringList warning { "DownloadManager::parsePackageType() -> parsed suspicious package suffix '" + suffix
+                                    + "' in " + url };
+        QCOMPARE(log.take(), suspicious ? warning : QStringList());
+    }
+
+    void wholePackage()
+    {
+        const PackageInfo package =
+            parse(
+                "<softwareList base-url='http://h/'><package type='t' public-name='P' release='1' public-release='1.0'"
+                " comment='c' readme='r'><file url='a.zip' file-size='2kB' "
+                "release-date='2020-01-02'/></package></softwareList>")
+                .value(0);
+        QCOMPARE(package.type, QStringLiteral("t"));
+        QCOMPARE(package.publicName, QStringLiteral("P"));
+        QCOMPARE(package.release + package.publicRelease + package.comment, QStringLiteral("11.0c"));
+        QCOMPARE(package.readme.value("en"), QUrl("r"));
+        QCOMPARE(package.stringID(), QStringLiteral("1-2020-01-02T00:00:00-2048"));
+        QCOMPARE(package.suffix, QStringLiteral("zip"));
+        QCOMPARE(package.flags, 0);
+    }
+
+    void refused_data()
+    {
+        QTest::addColumn<QByteArray>("xml");
+        const QByteArray manyPackages =
+            QByteArray("<package platform='x'><readme url='y'/></package>").repeated(50'000);
+        QByteArray words;
+        for (int i = 0; i < 50'000; ++i)
+            words += QByteArray::number(i) + ' ';
+        QTest::newRow("no XML") << QByteArray("404 not found");
+        QTest::newRow("broken") << QByteArray("<s><package>");
+        QTest::newRow("words times packages") << "<s platform='" + words + "'>" + manyPackages + "</s>";
+        QTest::newRow("links times packages")
+            << "<s>" + QByteArray("<readme url='a'/>").repeated(50'000) + manyPackages + "</s>";
+        QTest::newRow("long base times packages")
+            << "<s base-url='" + QByteArray(1 << 20, 'b') + "'>" + manyPackages + "</s>";
+        QTest::newRow("long url times links") << "<s><url>" + QByteArray(1 << 20, 'u') + "</url>"
+                + QByteArray("<readme/>").repeated(50'000) + "<package/></s>";
+        QTest::newRow("long size times packages")
+            << "<s><file-size>" + QByteArray(1 << 20, '9') + "</file-size>" + manyPackages + "</s>";
+    }
+    void refused()
+    {
+        QFETCH(QByteArray, xml);
+        LogCapture log;
+        LogQt::setLevel(Log::Warning);
+        QVERIFY(parse(xml).isEmpty());
+        QVERIFY(log.take().contains("XML parser error"));
+    }
+
+    void sharedValues()
+    {
+        // Large, and still no more than one copy of each value: 20,000 packages times a comment of a megabyte.
+        const PackageInfoList packages = parse("<s base-url='a.zip'><comment>" + QByteArray(1 << 20, 'c') + "</comment>"
+                                               + QByteArray("<readme url='a'/>").repeated(2000)
+                                               + QByteArray("<package/>").repeated(20'000) + "</s>");
+        QCOMPARE(packages.size(), 20'000);
+        QVERIFY(packages.first().comment.isSharedWith(packages.last().comment));
+        QVERIFY(packages.first().readme.isSharedWith(packages.last().readme));
+    }
+
+private:
+    static void collect(const QDomElement &set, QList<QDomElement> &packages)
+    {
+        for (QDomElement e = set.firstChildElement("package"); !e.isNull(); e = e.nextSiblingElement("package"))
+            packages << e;
+        for (QDomElement e = set.firstChildElement("package-set"); !e.isNull(); e = e.nextSiblingElement("package-set"))
+            collect(e, packages);
+    }
+};
+
+QTEST_MAIN(CatalogueTest)
+#include "tst_catalogue.moc"

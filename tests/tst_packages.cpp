@@ -1,0 +1,291 @@
+// The package record, and which packages are picked for what is installed.
+#include "DownloadManager.h"
+#include "PackageIndex.h"
+
+#include <QRandomGenerator>
+#include <QTranslator>
+#include <QtTest>
+
+using namespace qv;
+
+namespace {
+
+PackageInfo package(const QString &release, const QString &status = "STABLE", const QStringSet &platforms = { "linux" })
+{
+    return PackageInfo("t", "Host", release, status, QDateTime(), platforms, {}, "zip", "");
+}
+
+QString releases(const PackageInfoList &packages)
+{
+    QStringList texts;
+    for (const PackageInfo &package : packages)
+        texts << package.release;
+    return texts.join(' ');
+}
+
+PackageInfoList listOf(const QString &releases)
+{
+    PackageInfoList packages;
+    for (const QString &release : releases.split(' '))
+        packages << package(release == "-" ? QString() : release);
+    return packages;
+}
+
+class Shouting : public QTranslator
+{
+public:
+    QString translate(const char *context, const char *text, const char *, int) const override
+    {
+        return qstrcmp(context, "Download") == 0 ? QString::fromUtf8(text).toUpper() : QString();
+    }
+    bool isEmpty() const override { return false; }
+};
+
+} // namespace
+
+class PackagesTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void identity()
+    {
+        PackageInfo a = package("1"), b("u", "Other", "2", "BETA", QDateTime(), {}, {}, "exe", "c");
+        QVERIFY(a == b);
+        a.releaseDate = b.releaseDate = QDateTime(QDate(2011, 4, 5), QTime(10, 30));
+        a.fileSize = b.fileSize = 5242880;
+        QVERIFY(a == b);
+        QCOMPARE(a.stringID(), QStringLiteral("1-2011-04-05T10:30:00-5242880"));
+        ++b.fileSize;
+        QVERIFY(a != b);
+        QVERIFY(PackageInfo().matchesPackage("", "x"));
+        QVERIFY(DownloadManager::qMetaTypes != 0);
+#if QT_VERSION_MAJOR >= 6
+        QCOMPARE(QMetaType::fromName("qv::PackageInfoList").id(), DownloadManager::qMetaTypes);
+        QCOMPARE(QMetaType::fromName("PackageInfoList").id(), DownloadManager::qMetaTypes);
+#else
+        QCOMPARE(QMetaType::type("qv::PackageInfoList"), DownloadManager::qMetaTypes);
+        QCOMPARE(QMetaType::type("PackageInfoList"), DownloadManager::qMetaTypes);
+#endif
+    }
+
+    void display()
+    {
+        PackageInfo p = package("4.4.2");
+        QCOMPARE(p.publicRelease + p.publicName, QStringLiteral("4.4.2Host"));
+        p.publicName = "Public";
+        p.publicRelease = "2026";
+        QCOMPARE(p.displayName(true) + p.displayName(false), QStringLiteral("PublicHost"));
+        QCOMPARE(p.displayReleaseVersion(true) + ' ' + p.displayReleaseVersion(false), QStringLiteral("2026 4.4.2"));
+        p.release.clear();
+        p.publicName.clear();
+        QCOMPARE(p.displayName(true) + p.displayReleaseVersion(false), QStringLiteral("Host2026"));
+        p.url = QUrl("http://h/a/b%20c.zip?x=1/2");
+        QCOMPARE(p.fileName(), QStringLiteral("b c.zip"));
+        p.releaseDate = QDateTime(QDate(2011, 4, 5), QTime(0, 0));
+        QCOMPARE(p.timeToString(Qt::ISODate), QStringLiteral("2011-04-05"));
+        p.releaseDate = p.releaseDate.addSecs(1);
+        QCOMPARE(p.timeToString(Qt::ISODate), QStringLiteral("2011-04-05T00:00:01"));
+        for (const char *suffix : { "ZIP", "Rpm", "zip" })
+            QVERIFY(PackageInfo::isInstallable(suffix));
+        for (const char *suffix : { "tar.gz", "msi", "" })
+            QVERIFY(!PackageInfo::isInstallable(suffix));
+    }
+
+    void languageFallback_data()
+    {
+        QTest::addColumn<QString>("language");
+        QTest::addColumn<QString>("fallback");
+        QTest::addColumn<QString>("found");
+        QTest::newRow("exact") << "de_DE"
+                               << "en"
+                               << "exact";
+        QTest::newRow("two letters") << "de_CH"
+                                     << "en_US"
+                                     << "newer";
+        QTest::newRow("fallback") << "fr_FR"
+                                  << "en"
+                                  << "english";
+        QTest::newRow("two letters of fallback") << "fr_FR"
+                                                 << "en_US"
+                                                 << "english";
+        QTest::newRow("none") << "fr"
+                              << "it"
+                              << "";
+    }
+    void languageFallback()
+    {
+        QFETCH(QString, language);
+        QFETCH(QString, fallback);
+        PackageInfo p;
+        p.releaseNotes = UrlMap {
+            { "de", QUrl("older") }, { "de", QUrl("newer") }, { "de_DE", QUrl("exact") }, { "en", QUrl("english") }
+        };
+        p.readme = p.releaseNotes;
+        QTEST(p.releaseNotesUrl(language, fallback).toString(), "found");
+        QCOMPARE(p.readmeUrl(language, fallback), p.releaseNotesUrl(language, fallback));
+    }
+
+    void valueLists()
+    {
+        PackageInfoList list { package("1", "STABLE", { "b", "a" }), package(""), package("1") };
+        list[0].languages = { "de" };
+        const auto sorted = [](QStringList words) {
+            words.sort();
+            return words.join('|');
+        };
+        QCOMPARE(sorted(PackageInfo::allPlatforms(list, false)), QStringLiteral("a|b|linux"));
+        QCOMPARE(sorted(PackageInfo::allReleases(list, true)), QStringLiteral("|1"));
+        Shouting translator;
+        QCoreApplication::installTranslator(&translator);
+        QCOMPARE(sorted(PackageInfo::allPlatforms(list, false)), QStringLiteral("A|B|LINUX"));
+        QCOMPARE(sorted(PackageInfo::allLanguages(list, false)), QStringLiteral("DE"));
+        QCOMPARE(PackageInfo::allTypes(list, true), QStringList("T"));
+        QCOMPARE(PackageInfo::allTypes(list, false), QStringList("t"));
+        QCoreApplication::removeTranslator(&translator);
+    }
+
+    void candidateTest_data()
+    {
+        QTest::addColumn<PackageInfo>("filter");
+        QTest::addColumn<QStringList>("suffixes");
+        QTest::addColumn<bool>("passes");
+        const auto filter = [](const QString &name, const QString &release, const QString &status,
+                               const QStringSet &platforms) {
+            return PackageInfo("", name, release, status, QDateTime(), platforms, { "xx" }, "", "");
+        };
+        QTest::newRow("empty") << PackageInfo() << QStringList() << true;
+        QTest::newRow("all") << filter("Host", "2.9", "STABLE", { "linux-arm" }) << QStringList("zip") << true;
+        QTest::newRow("name's case") << filter("host", "", "", {}) << QStringList() << false;
+        QTest::newRow("same release") << filter("", "2.10.0", "", {}) << QStringList() << false;
+        QTest::newRow("status") << filter("", "", "BETA", {}) << QStringList() << false;
+        QTest::newRow("platform") << filter("", "", "", { "Linux" }) << QStringList() << false;
+        QTest::newRow("platform begins") << filter("", "", "", { "lin" }) << QStringList() << true;
+        QTest::newRow("suffix' case") << PackageInfo() << QStringList { "exe", "ZIP" } << false;
+    }
+    void candidateTest()
+    {
+        QFETCH(PackageInfo, filter);
+        QFETCH(QStringList, suffixes);
+        QTEST(package("2.10").filterPackageCandidate(filter, suffixes), "passes");
+    }
+
+    void candidates_data()
+    {
+        QTest::addColumn<QString>("offered");
+        QTest::addColumn<QString>("installed");
+        QTest::addColumn<QString>("kept");
+        QTest::newRow("number order") << "2.9.1 2.10 2.8"
+                                      << "2.9"
+                                      << "2.10";
+        QTest::newRow("all of the newest") << "3.0 2.0 3.0"
+                                           << "1"
+                                           << "3.0 3.0";
+        QTest::newRow("first spelling") << "2.1 2.1.0 2.1"
+                                        << "1"
+                                        << "2.1 2.1";
+        QTest::newRow("nothing above 0") << "- -"
+                                         << ""
+                                         << "";
+        QTest::newRow("nothing newer") << "1.0 2.0"
+                                       << "2.0"
+                                       << "";
+    }
+    void candidates()
+    {
+        QFETCH(QString, offered);
+        QFETCH(QString, installed);
+        PackageInfoList packages = listOf(offered);
+        PackageInfo filter;
+        filter.release = installed;
+        const PackageInfoList kept = DownloadManager::findPackageCandidates(packages, filter, "kind", {});
+        QTEST(releases(kept), "kept");
+        for (const PackageInfo &package : packages)
+            QCOMPARE(package.type, QString(package.filterPackageCandidate(filter, {}) ? "kind" : "t"));
+        for (const PackageInfo &package : kept)
+            QCOMPARE(package.type, QStringLiteral("kind"));
+    }
+
+    void indexFindsTheSame()
+    {
+        QRandomGenerator random(3);
+        const auto words = [&random] {
+            QStringSet set;
+            for (int count = random.bounded(3); count > 0; --count)
+                set << QString("QC-2000x").left(1 + random.bounded(8)) + QString(random.bounded(2), 'y');
+            return set;
+        };
+        PackageInfoList packages;
+        for (int i = 0; i < 200; ++i)
+            packages << package(QString::number(random.bounded(4)), "STABLE", words());
+        const PackageIndex index(packages);
+        for (int i = 0; i < 100; ++i) {
+            PackageInfo filter;
+            filter.platforms = words();
+            PackageInfoList one = packages, other = packages;
+            QCOMPARE(releases(DownloadManager::findPackageCandidates(one, index, filter, "kind", {})),
+                     releases(DownloadManager::findPackageCandidates(other, filter, "kind", {})));
+            for (int j = 0; j < packages.size(); ++j)
+                QCOMPARE(one[j].type, other[j].type);
+        }
+    }
+
+    void duplicates()
+    {
+        PackageInfoList packages = listOf("1 2 3 4");
+        packages[1].fileSize = packages[3].fileSize = 5;
+        DownloadManager::eliminateDuplicatePackages(packages);
+        QCOMPARE(releases(packages), QStringLiteral("1 2"));
+    }
+
+    void queryFilter_data()
+    {
+        QTest::addColumn<PackageInfo>("filter");
+        QTest::addColumn<bool>("passes");
+        const QDateTime day(QDate(2020, 1, 2), QTime(0, 0));
+        const auto filter = [](const QString &release, const QString &status, const QDateTime &date,
+                               const QStringSet &languages) {
+            return PackageInfo("x", "x", release, status, date, { "x" }, languages, "", "");
+        };
+        QTest::newRow("other fields do not count") << filter("", "", {}, {}) << true;
+        QTest::newRow("text order") << filter("2.9", "", {}, {}) << false;
+        QTest::newRow("newer in text order") << filter("2.0", "", {}, {}) << true;
+        QTest::newRow("beta is admitted to stable") << filter("", "STABLE", {}, {}) << true;
+        QTest::newRow("beta is not admitted to alpha") << filter("", "ALPHA", {}, {}) << false;
+        QTest::newRow("same date") << filter("", "", day, {}) << true;
+        QTest::newRow("older") << filter("", "", day.addSecs(1), {}) << false;
+        QTest::newRow("languages are left out") << filter("", "", {}, { "de" }) << false;
+        QTest::newRow("other languages") << filter("", "", {}, { "fr" }) << true;
+    }
+    void queryFilter()
+    {
+        QFETCH(PackageInfo, filter);
+        PackageInfo p = package("2.10", "BETA");
+        p.releaseDate = QDateTime(QDate(2020, 1, 2), QTime(0, 0));
+        p.languages = { "de", "en" };
+        QTEST(p.matchesFilter(filter), "passes");
+    }
+
+    void bestMatches()
+    {
+        PackageInfoList packages { package("1.2"),
+                                   package("1.3", "STABLE", { "linux", "mac" }),
+                                   package("1.3", "STABLE", { "bsd" }),
+                                   package("9", "STABLE", {}),
+                                   package("1.0", "BETA", { "mac" }),
+                                   package("1.3", "STABLE", { "bsd" }) };
+        packages[2].comment = "first of equals";
+        const PackageInfoList best = DownloadManager::findBestMatches(packages, PackageInfo());
+        QCOMPARE(releases(best), QStringLiteral("1.3 1.3 1.0"));
+        QCOMPARE(best[0].comment, QStringLiteral("first of equals"));
+        packages[5].releaseDate = QDateTime(QDate(2020, 1, 2), QTime(0, 0));
+        QCOMPARE(DownloadManager::findBestMatches(packages, PackageInfo()).value(0).comment, QString());
+
+        packages[0].flags = PackageInfo::PackageKnown | 2;
+        packages[1].flags = 2;
+        QCOMPARE(DownloadManager::countNew(packages), 5);
+    }
+};
+
+QTEST_MAIN(PackagesTest)
+#include "tst_packages.moc"

@@ -1,0 +1,291 @@
+// The general utilities of the platform: versions, words, preferences, the log, queued calls by name, XML.
+#include "ConnectHelpers.h"
+#include "LogCapture.h"
+#include "ParseException.h"
+#include "Preferences.h"
+#include "QuorvelSoftwareVersion.h"
+#include "StringUtils.h"
+#include "VersionNumber.h"
+#include "XmlTree.h"
+#include "XmlUtils.h"
+
+#include <QBuffer>
+#include <QRandomGenerator>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <memory>
+
+using namespace qv;
+
+using AliasOfBytes = QByteArray;
+
+class Receiver : public QObject
+{
+    Q_OBJECT
+
+public slots:
+    void plain(const QByteArray &bytes) { seen << QLatin1String("plain ") + QString::fromLatin1(bytes); }
+    void alias(AliasOfBytes) { seen << QStringLiteral("alias"); }
+    void none() { seen << QStringLiteral("none"); }
+
+public:
+    QStringList seen;
+};
+
+class PlatformTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void versionOrder_data()
+    {
+        QTest::addColumn<QString>("older");
+        QTest::addColumn<QString>("newer");
+        QTest::addColumn<bool>("equal");
+        const auto row = [](const char *older, const char *newer, bool equal = false) {
+            QTest::addRow("%s %s %s", older, equal ? "=" : "<", newer) << older << newer << equal;
+        };
+        row("9.0", "10.0");
+        row("2.9.1", "2.10");
+        row("2.1", "2.1.0.0", true);
+        row("", "0", true);
+        row("02.001", " 2.1 ", true);
+        row("2.1.", "2.1", true);
+        row("1.99999999999999999998", "1.99999999999999999999");
+        row("99999999999999999999", "100000000000000000000");
+        row("2.1 BETA", "2.1");
+        row("2.1-rc1", "2.1-RC2");
+        row("2.1 beta 2", "2.1beta10");
+        row("2.1-beta", "2.1-rc");
+        row("1.0.2", "1.0.2a");
+        row("1.0.2a", "1.0.2b");
+        row("0", "1-alpha");
+        row("unknown", "0.0.1");
+    }
+    void versionOrder()
+    {
+        QFETCH(QString, older);
+        QFETCH(QString, newer);
+        QFETCH(bool, equal);
+        const VersionNumber a(older.toStdString());
+        const VersionNumber b(newer.toStdString());
+        QCOMPARE(a == b, equal);
+        QCOMPARE(a < b, !equal);
+        QCOMPARE(b > a, !equal);
+        QVERIFY(a <= b && !(b < a));
+    }
+
+    void versionOrderIsStrictAndWeak()
+    {
+        QRandomGenerator random(1);
+        std::vector<VersionNumber> versions;
+        for (int i = 0; i < 60; ++i) {
+            std::string text;
+            for (int length = random.bounded(7); length > 0; --length)
+                text += "0019. .-abrc\xff"[random.bounded(13)];
+            versions.emplace_back(text);
+        }
+        for (const VersionNumber &a : versions) {
+            QCOMPARE(VersionNumber::compare(a, a), 0);
+            for (const VersionNumber &b : versions) {
+                QCOMPARE(VersionNumber::compare(a, b), -VersionNumber::compare(b, a));
+                for (const VersionNumber &c : versions)
+                    QVERIFY2(!(a <= b && b <= c) || a <= c,
+                             qPrintable(a.toString() + " / " + b.toString() + " / " + c.toString()));
+            }
+        }
+    }
+
+    void versionTexts()
+    {
+        QCOMPARE(VersionNumber().toString(), QStringLiteral("0"));
+        QCOMPARE(VersionNumber(" ").toString(), QStringLiteral("0"));
+        QCOMPARE(VersionNumber(" 2.10.0 beta ").toString(), QStringLiteral("2.10.0 beta"));
+        QCOMPARE(VersionNumber("4.4.2.34").toShortVersion(), QStringLiteral("4.4.2"));
+        QCOMPARE(VersionNumber("4.4.2.34-rc1").toShortVersion(), QStringLiteral("4.4.2-rc1"));
+        QCOMPARE(VersionNumber("3").toShortVersion(), QStringLiteral("3"));
+        QCOMPARE(QuorvelSoftwareVersion::applicationVersion("4.4.2.34", "?", 0), QStringLiteral("4.4.2.34"));
+        QCOMPARE(QuorvelSoftwareVersion::applicationVersion("4.4.2.34", "?", 2), QStringLiteral("4.4"));
+        QCOMPARE(QuorvelSoftwareVersion::applicationVersion(" ", "?", 0), QStringLiteral("?"));
+    }
+
+    void words()
+    {
+        int count = 0;
+        const QStringSet words =
+            StringUtils::splitStringSet("de, en\tfr\n,de", StringUtils::splitWords, Qt::SkipEmptyParts, &count);
+        QCOMPARE(words, (QStringSet { "de", "en", "fr" }));
+        QCOMPARE(count, 4);
+        QVERIFY(StringUtils::splitStringSet(" , ", StringUtils::splitWords, Qt::SkipEmptyParts).isEmpty());
+
+        QVERIFY(StringUtils::intersectsOnBeginning({ "QC-2" }, { "x", "QC-2000" }));
+        QVERIFY(StringUtils::intersectsOnBeginning({ "QC-2000" }, { "QC-2" }));
+        QVERIFY(!StringUtils::intersectsOnBeginning({ "qc-2" }, { "QC-2000" }));
+        QVERIFY(!StringUtils::intersectsOnBeginning({ "QC-2" }, {}));
+    }
+
+    void preferences()
+    {
+        QTemporaryDir folder;
+        QSettings settings(folder.filePath("a.ini"), QSettings::IniFormat);
+        settings.setValue("yes", true);
+        settings.setValue("number", "12");
+        settings.setValue("junk", "fast");
+        QCOMPARE(Preferences::boolValue(settings, "yes", false), true);
+        QCOMPARE(Preferences::boolValue(settings, "absent", true), true);
+        QCOMPARE(Preferences::boolValue(settings, "junk", true), true);
+        QCOMPARE(Preferences::intValue(settings, "number", 3), 12);
+        QCOMPARE(Preferences::intValue(settings, "junk", 3), 3);
+        QCOMPARE(Preferences::stringValue(settings, "absent", "x"), QStringLiteral("x"));
+
+        const QDateTime time(QDate(2026, 3, 4), QTime(5, 6, 7, 89));
+        Preferences::setDateTimeValue(settings, "time", time);
+        Preferences::setDateTimeValue(settings, "never", QDateTime());
+        QCOMPARE(Preferences::dateTimeValue(settings, "time", QDateTime()), time);
+        QCOMPARE(Preferences::dateTimeValue(settings, "never", time), time);
+        QCOMPARE(Preferences::dateTimeValue(settings, "junk", time), time);
+    }
+
+    void log()
+    {
+        LogCapture capture;
+        LogQt::setLevel(Log::Warning);
+        LogQt::write(Log::Progress, "too low");
+        LogQt::write(Log::Error, QString::fromUtf8("Grüße\nforged\x1b[31m"));
+        QCOMPARE(capture.take(), QStringList { QString::fromUtf8("Grüße?forged?[31m") });
+        LogQt::setStream(Log::Error, nullptr);
+        LogQt::write(Log::Error, "dropped");
+        QVERIFY(capture.take().isEmpty());
+    }
+
+    void queuedCalls_data()
+    {
+        QTest::addColumn<QByteArray>("slot");
+        QTest::addColumn<QByteArray>("type");
+        QTest::addColumn<QString>("seen");
+        QTest::newRow("name") << QByteArray("plain") << QByteArray("QByteArray") << "plain x";
+        QTest::newRow("SLOT()") << QByteArray(SLOT(plain(QByteArray))) << QByteArray("QByteArray") << "plain x";
+        QTest::newRow("spelled with const") << QByteArray("plain") << QByteArray("const QByteArray &") << "plain x";
+        QTest::newRow("registered alias") << QByteArray("alias") << QByteArray("QByteArray") << "alias";
+        QTest::newRow("no such slot") << QByteArray("other") << QByteArray("QByteArray") << QString();
+        QTest::newRow("other argument") << QByteArray("none") << QByteArray("QByteArray") << QString();
+    }
+    void queuedCalls()
+    {
+        QFETCH(QByteArray, slot);
+        QFETCH(QByteArray, type);
+        QFETCH(QString, seen);
+        qRegisterMetaType<QByteArray>("AliasOfBytes");
+        LogCapture capture;
+        Receiver receiver;
+        const QByteArray argument = "x";
+        QCOMPARE(invokeQueued(&receiver, slot, QGenericArgument(type, &argument)), !seen.isEmpty());
+        QVERIFY(receiver.seen.isEmpty());
+        QCoreApplication::processEvents();
+        QCOMPARE(receiver.seen.join('|'), seen);
+        QCOMPARE(capture.take().isEmpty(), !seen.isEmpty());
+        QVERIFY(!invokeQueued(nullptr, slot));
+    }
+
+    void treeEqualsDom_data()
+    {
+        QTest::addColumn<QByteArray>("xml");
+        QTest::newRow("siblings of one name") << QByteArray("<a><b>1</b><c/><b>2</b><b x='y'/></a>");
+        QTest::newRow("mixed text") << QByteArray("<a>x<b>y<!-- no --></b>z <![CDATA[<&]]>\n <b> </b>&amp;</a>");
+        QTest::newRow("comments and white space")
+            << QByteArray("<?xml version='1.0'?>\n<!-- a --><a>\n <b>\n</b></a>\n");
+        QTest::newRow("name with a colon") << QByteArray("<a xmlns:n='u'><n:b c='d'>t</n:b></a>");
+        QTest::newRow("Latin-1") << QByteArray("<?xml version='1.0' encoding='ISO-8859-1'?><a b='\xe4'>\xfc</a>");
+        QTest::newRow("UTF-8 mark") << QByteArray("\xef\xbb\xbf<a>\xc3\xa4</a>");
+        QTest::newRow("UTF-16") << QByteArray("\xff\xfe<\0a\0>\0\xe4\0<\0/\0a\0>\0", 18);
+        QTest::newRow("harmless DTD") << QByteArray("<!DOCTYPE a SYSTEM 'http://127.0.0.1:9/x.dtd'><a>x</a>");
+    }
+    void treeEqualsDom()
+    {
+        QFETCH(QByteArray, xml);
+        QBuffer first(&xml), second(&xml);
+        first.open(QIODevice::ReadOnly);
+        second.open(QIODevice::ReadOnly);
+        const XmlTree tree(&first);
+        const std::unique_ptr<QDomDocument> document(XmlUtils::parseXml(&second, nullptr));
+        compare(tree.documentElement(), document->documentElement());
+        QVERIFY(tree.documentElement().parent().parent().isNull());
+    }
+
+    void refusedXml_data()
+    {
+        QTest::addColumn<QByteArray>("xml");
+        const auto nested = [](int levels) {
+            return QByteArray("<a>").repeated(levels) + QByteArray("</a>").repeated(levels);
+        };
+        QByteArray manyAttributes = "<a";
+        for (int i = 0; i < 100'000; ++i)
+            manyAttributes += " b" + QByteArray::number(i) + "='>'";
+        QByteArray manyNames = "<a>";
+        for (int i = 0; i < 1000; ++i)
+            manyNames += "<b" + QByteArray::number(i) + "/>";
+        QTest::newRow("empty") << QByteArray();
+        QTest::newRow("text") << QByteArray("hello");
+        QTest::newRow("truncated") << QByteArray("<a><b>");
+        QTest::newRow("two roots") << QByteArray("<a/><b/>");
+        QTest::newRow("billion laughs") << QByteArray(
+            "<!DOCTYPE a [<!ENTITY b 'x'><!ENTITY c '&b;&b;&b;&b;'>]><a>&c;</a>");
+        QTest::newRow("external entity") << QByteArray(
+            "<!DOCTYPE a [<!ENTITY b SYSTEM 'file:///etc/passwd'>]><a>&b;</a>");
+        QTest::newRow("long entity, often") << "<!DOCTYPE a [<!ENTITY b '" + QByteArray(4000, 'x') + "'>]><a>"
+                + QByteArray("&b;").repeated(50'000) + "</a>";
+        QTest::newRow("undeclared entity") << QByteArray("<a>&b;</a>");
+        QTest::newRow("default attributes")
+            << "<!DOCTYPE a [" + QByteArray("<!ATTLIST a b CDATA 'x'>").repeated(300) + "]><a/>";
+        QTest::newRow("100,000 levels") << nested(100'000);
+        QTest::newRow("65 levels") << nested(65);
+        QTest::newRow("100,000 attributes") << manyAttributes + "/>";
+        QTest::newRow("65 attributes") << manyAttributes.left(int(manyAttributes.indexOf(" b65="))) + "/>";
+        QTest::newRow("too many elements") << "<a>" + QByteArray("<b/>").repeated(600'000) + "</a>";
+        QTest::newRow("too long") << "<a>" + QByteArray((16 << 20) + 1, 'x') + "</a>";
+        QTest::newRow("NUL") << QByteArray("<a>\0</a>", 8);
+        QTest::newRow("invalid UTF-8") << QByteArray("<a>\xff\xff</a>");
+        QTest::newRow("UTF-32") << QByteArray("<\0\0\0a\0\0\0/\0\0\0>\0\0\0", 16);
+        QTest::newRow("unknown encoding") << QByteArray("<?xml version='1.0' encoding='utf-7'?><a/>");
+        QTest::newRow("UTF-16 without end") << QByteArray("\xfe\xff\0<", 4);
+        QTest::newRow("names without end (tree only)") << manyNames + "</a>";
+    }
+    void refusedXml()
+    {
+        QFETCH(QByteArray, xml);
+        QBuffer device(&xml);
+        device.open(QIODevice::ReadOnly);
+        QVERIFY_EXCEPTION_THROWN(XmlTree tree(&device), ParseException);
+        if (qstrcmp(QTest::currentDataTag(), "names without end (tree only)") == 0)
+            return;
+        device.seek(0);
+        QDomDocument document("before");
+        QVERIFY_EXCEPTION_THROWN(XmlUtils::parseXml(&device, &document), ParseException);
+        QVERIFY(document.documentElement().isNull());
+    }
+
+private:
+    static void compare(const XmlElement &element, const QDomElement &node)
+    {
+        QCOMPARE(element.isNull(), node.isNull());
+        if (node.isNull())
+            return;
+        QCOMPARE(element.text(), node.text());
+        const QDomNamedNodeMap attributes = node.attributes();
+        for (int i = 0; i < attributes.count(); ++i)
+            QCOMPARE(element.attribute(attributes.item(i).nodeName()).value_or("none"), attributes.item(i).nodeValue());
+        QVERIFY(!element.attribute("none"));
+        for (const QString &name : { QStringLiteral("b"), QStringLiteral("c"), QStringLiteral("n:b") }) {
+            QDomElement child = node.firstChildElement(name);
+            for (XmlElement twin = element.firstChild(name); !twin.isNull(); twin = twin.nextSameName()) {
+                compare(twin, child);
+                child = child.nextSiblingElement(name);
+            }
+            QVERIFY(child.isNull());
+        }
+    }
+};
+
+QTEST_MAIN(PlatformTest)
+#include "tst_platform.moc"
