@@ -95,23 +95,32 @@ int addOwnWords(const Element &level, const QString &tag, QStringSet &out)
 class Allowance
 {
 public:
-    static constexpr qint64 ofCatalogue = 24 << 20;
-    static constexpr qint64 unlimited = std::numeric_limits<qint64>::max();
+    static Allowance ofCatalogue() { return Allowance(16 << 20, 16 << 10); }
+    static Allowance unlimited()
+    {
+        return Allowance(std::numeric_limits<qint64>::max(), std::numeric_limits<qint64>::max());
+    }
 
-    explicit Allowance(qint64 characters) : left(characters) { }
+    /// For a text that is read anew for a package or a link.
+    void spendOn(const QString &text) { take(text.size() <= longestText ? text.size() : left + 1); }
 
-    void spend(qint64 characters)
+    /// For so many words or links that a level cannot share with the level around.
+    void spendOnEntries(qint64 entries) { take(entries * charactersOfEntry); }
+
+private:
+    Allowance(qint64 characters, qint64 longestText) : left(characters), longestText(longestText) { }
+
+    void take(qint64 characters)
     {
         left -= characters;
         if (left < 0)
             throw ParseException(QStringLiteral("the catalogue's inherited values unfold to too much"));
     }
-    void spendEntries(qint64 entries) { spend(entries * charactersOfEntry); }
 
-private:
-    static constexpr qint64 charactersOfEntry = 32;
+    static constexpr qint64 charactersOfEntry = 64;
 
     qint64 left;
+    qint64 longestText;
 };
 
 /// @p language and @p url are what a look-up from the level, not from its "file" child, finds.
@@ -121,7 +130,7 @@ int addOwnUrls(const Element &level, const QString &tag, const QString &language
 {
     int count = 0;
     const auto add = [&](const QString &itsLanguage, const QString &itsUrl) {
-        allowance.spend(itsUrl.size());
+        allowance.spendOn(itsUrl);
         out.insert(itsLanguage.isEmpty() ? QStringLiteral("en") : itsLanguage, QUrl(itsUrl));
         ++count;
     };
@@ -172,7 +181,7 @@ public:
     void fill(PackageInfo &info, Allowance &allowance) const
     {
         for (const Value value : { ReleaseDate, BaseUrl, Url, Size })
-            allowance.spend(values[value].size());
+            allowance.spendOn(values[value]);
         info.type = values[Type];
         info.name = values[Name];
         info.publicName = values[PublicName];
@@ -217,7 +226,7 @@ private:
         QStringSet own;
         addOwnWords(element, tag, own);
         if (!own.isEmpty()) {
-            allowance.spendEntries(words.size());
+            allowance.spendOnEntries(words.size());
             words.unite(own);
         }
     }
@@ -229,7 +238,7 @@ private:
         addOwnUrls(element, tag, values[Language], values[Url], allowance, own);
         if (own.isEmpty())
             return;
-        allowance.spendEntries(own.size() + urls.size());
+        allowance.spendOnEntries(own.size() + urls.size());
         // Deliberate: links of the outer levels are inserted last, so that for one language the outermost is found.
         // Backwards, because a multi-map holds the entries of one key in reverse.
         for (auto link = urls.cend(); link != urls.cbegin();) {
@@ -354,7 +363,7 @@ PackageInfoList DownloadManager::parseXML(QIODevice *device)
     try {
         const XmlTree tree(device);
         PackageInfoList packages;
-        Allowance allowance(Allowance::ofCatalogue);
+        Allowance allowance = Allowance::ofCatalogue();
         readSet(tree.documentElement(), allowance, packages);
         return packages;
     } catch (const ParseException &) {
@@ -365,13 +374,13 @@ PackageInfoList DownloadManager::parseXML(QIODevice *device)
 
 void DownloadManager::parseSet(const QDomElement &set, PackageInfoList &out)
 {
-    Allowance allowance(Allowance::unlimited);
+    Allowance allowance = Allowance::unlimited();
     readSet(DomNode(set), allowance, out);
 }
 
 void DownloadManager::parsePackage(const QDomElement &package, PackageInfo &info)
 {
-    Allowance allowance(Allowance::unlimited);
+    Allowance allowance = Allowance::unlimited();
     readPackage(DomNode(package), levelOf(DomNode(package.parentNode()), allowance), allowance, info);
 }
 
@@ -397,7 +406,7 @@ int DownloadManager::findAllStrings(const QDomNode &node, const QString &tag, QS
 int DownloadManager::findAllTranslatedUrls(const QDomNode &node, const QString &tag, UrlMap &out)
 {
     int count = 0;
-    Allowance allowance(Allowance::unlimited);
+    Allowance allowance = Allowance::unlimited();
     for (DomNode level(startSearchAt(node)); !level.isNull(); level = level.parent())
         count += addOwnUrls(level, tag, valueFrom(level, LANGUAGE), valueFrom(level, URL), allowance, out);
     return count;
