@@ -25,12 +25,17 @@ public:
         qv::LogQt::setLevel(before);
     }
 
+    QStringList lines() const
+    {
+        return QString::fromStdString(stream.str()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    }
+
     /// The lines since the last call.
     QStringList take()
     {
-        const QStringList lines = QString::fromStdString(stream.str()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+        const QStringList taken = lines();
         stream.str(std::string());
-        return lines;
+        return taken;
     }
 
 private:
