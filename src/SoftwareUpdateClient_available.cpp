@@ -80,7 +80,8 @@ SoftUpIndexList SoftwareUpdateClient::foreignLanguageRows(const PackageInfoList 
 void SoftwareUpdateClient::updateAvailable()
 {
     if (!availableDialog) {
-        QWidget *parent = settingsDialog ? settingsDialog : parentWidget;
+        // Not a settings dialog that has just been closed: it would take this one with it.
+        QWidget *parent = settingsDialog && !settingsDialog->isHidden() ? settingsDialog : parentWidget;
         availableDialog = new SoftwareUpdateAvailableDialog(parent, windowFlags);
         qv::connect(availableDialog, SIGNAL(downloadUrls(SoftUpIndexList)), this, SLOT(downloadUrls(SoftUpIndexList)));
         qv::connect(availableDialog, SIGNAL(downloadReleaseNotes(SoftUpIndexList)), this,
