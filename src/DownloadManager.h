@@ -237,7 +237,7 @@ private:
     QDateTime lastCheck; // when the last answer was handled, local time
     bool regularCheck = false;
     QByteArray lastAnswer;
-    QHash<QString, QDateTime> history; // by PackageInfo::stringID(): when the package was first seen
+    QHash<QString, QDateTime> history; // by PackageInfo::stringID(): when first seen, UTC
     QString cookie;                    // kept, read by nothing
 };
 

@@ -7,8 +7,6 @@
 
 #include <QFileInfo>
 
-#include <algorithm>
-
 namespace qv {
 
 namespace {
@@ -31,6 +29,19 @@ bool isCache(const QFileInfo &file)
     return file.isFile() && file.size() <= RequestData::MostBytesKept;
 }
 
+/// False behind the last entry: arrays have no gaps, whereas the stored size may be any number.
+bool moveToEntry(QSettings &settings, int index)
+{
+    settings.setArrayIndex(index);
+    return settings.contains(PackageKey) || settings.contains(TimeKey);
+}
+
+/// In UTC, as it is stored: local times for a long history take half a second.
+QDateTime firstSeen(const QSettings &settings)
+{
+    return QDateTime::fromString(settings.value(TimeKey).toString(), Qt::ISODateWithMs).toUTC();
+}
+
 } // namespace
 
 void DownloadManager::loadHistory(QSettings &settings, const QString &cacheFile)
@@ -45,13 +56,10 @@ void DownloadManager::loadHistory(QSettings &settings, const QString &cacheFile)
     if (Preferences::intValue(settings, VersionKey, 0) < CurrentVersion)
         setServer(QUrl(UPDATE_URL));
 
-    const QDateTime limit = QDateTime::currentDateTime().addYears(-YearsRemembered);
-    // The stored size may be any number; the entries are there or not.
+    const QDateTime limit = QDateTime::currentDateTime().addYears(-YearsRemembered).toUTC();
     const int size = settings.beginReadArray(HistoryKey);
-    const int count = std::min(size, int(settings.childGroups().size()));
-    for (int i = 0; i < count; ++i) {
-        settings.setArrayIndex(i);
-        const QDateTime time = Preferences::dateTimeValue(settings, TimeKey, QDateTime());
+    for (int i = 0; i < size && moveToEntry(settings, i); ++i) {
+        const QDateTime time = firstSeen(settings);
         if (time.isValid() && time >= limit)
             history.insert(Preferences::stringValue(settings, PackageKey, QString()), time);
     }
@@ -71,7 +79,6 @@ void DownloadManager::storeHistory(QSettings &settings, const QString &cacheFile
     settings.setValue(VersionKey, CurrentVersion);
     host.store(settings, false);
 
-    settings.remove(HistoryKey);
     settings.beginWriteArray(HistoryKey, int(history.size()));
     int i = 0;
     for (auto entry = history.cbegin(); entry != history.cend(); ++entry) {
@@ -79,6 +86,8 @@ void DownloadManager::storeHistory(QSettings &settings, const QString &cacheFile
         settings.setValue(PackageKey, entry.key());
         Preferences::setDateTimeValue(settings, TimeKey, entry.value());
     }
+    while (moveToEntry(settings, i++)) // of a longer history before
+        settings.remove(QString());
     settings.endArray();
     settings.endGroup();
 }

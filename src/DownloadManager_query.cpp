@@ -62,12 +62,13 @@ void DownloadManager::queryResult(QIODevice *input, RequestData *data)
 {
     PackageInfoList packages = parseXML(input);
     lastCheck = QDateTime::currentDateTime();
+    const QDateTime now = lastCheck.toUTC();
     for (PackageInfo &package : packages) {
         const QString id = package.stringID();
         if (history.contains(id))
             package.flags |= PackageInfo::PackageKnown;
         else
-            history.insert(id, lastCheck);
+            history.insert(id, now);
     }
     // Deliberate: the filter's matches are told to the log alone; everybody else gets the whole catalogue.
     LogQt::write(Log::Progress,
