@@ -158,22 +158,24 @@ public slots:
     /// the receiver's event loop. Callers look at isQueryBusy() first.
     ///
     /// Deliberate: the filter does not narrow what is delivered.
-    void queryUpdate(QString filterTypes = QString(), QString filterNames = QString(),
-                     QString filterReleaseVersion = QString(), QString filterReleaseStatus = QString(),
-                     QDateTime filterTime = QDateTime(), QStringSet filterPlatform = QStringSet(),
-                     QStringSet filterLanguages = QStringSet(), QObject *callbackReceiver = nullptr,
+    void queryUpdate(const QString &filterTypes = QString(), const QString &filterNames = QString(),
+                     const QString &filterReleaseVersion = QString(), const QString &filterReleaseStatus = QString(),
+                     const QDateTime &filterTime = QDateTime(), const QStringSet &filterPlatform = QStringSet(),
+                     const QStringSet &filterLanguages = QStringSet(), QObject *callbackReceiver = nullptr,
                      const char *callbackSlot = nullptr);
-    void queryUpdate(PackageInfo filter, QObject *callbackReceiver = nullptr, const char *callbackSlot = nullptr);
+    void queryUpdate(const PackageInfo &filter, QObject *callbackReceiver = nullptr,
+                     const char *callbackSlot = nullptr);
 
     /// A query for packages of the type "system". Deliberate: @p filterLanguages stand in its filter as platforms.
-    void queryCameraFirmwareUpdate(QString filterVersion = QString(), QString filterRelease = QString(),
-                                   QStringSet filterLanguages = QStringSet());
+    void queryCameraFirmwareUpdate(const QString &filterVersion = QString(), const QString &filterRelease = QString(),
+                                   const QStringSet &filterLanguages = QStringSet());
 
     /// All packages of the last catalogue, each marked as known; an empty list before the first. Deliberate: the filter
     /// is not used.
     PackageInfoList recentPackages(const PackageInfo &filter);
-    PackageInfoList recentPackages(QString type, QString name, QString release, QString status, QDateTime releaseDate,
-                                   QStringSet platforms, QStringSet languages);
+    PackageInfoList recentPackages(const QString &type, const QString &name, const QString &release,
+                                   const QString &status, const QDateTime &releaseDate, const QStringSet &platforms,
+                                   const QStringSet &languages);
 
     /// Fetches @p package into the file @p path, which is overwritten. Emits downloadStarted(), then downloadSuccess()
     /// or downloadFailure(), two of each; a package that announces no size stays silent throughout. The file is never
@@ -192,6 +194,7 @@ public slots:
     void downloadReleaseNotes(const QUrl &url);
 
 signals:
+    // By value: hosts name the overloads by these types.
     void queryStarted(QString url); ///< the server, without the path
     void packageFound(PackageInfoList allPackages);
     void noPackageFound();
@@ -209,7 +212,7 @@ signals:
     void releaseNotesDownloaded(QUrl url, QString text);
 
 public:
-    static constexpr qint64 MostSurplusBytes = 16 * 1024 * 1024;
+    static constexpr qint64 MostSurplusBytes = 16LL * 1024 * 1024;
 
     /// What a running query carries.
     struct RequestData
@@ -220,11 +223,11 @@ public:
     };
 
 private slots:
-    void queryResult(RequestPtr resp);
+    void queryResult(const RequestPtr &resp);
     void queryResult(QIODevice *input, RequestData *data);
-    void downloadStarting(RequestPtr request);
-    void downloadResult(RequestPtr request);
-    void releaseNotesResult(RequestPtr request);
+    void downloadStarting(const RequestPtr &request);
+    void downloadResult(const RequestPtr &request);
+    void releaseNotesResult(const RequestPtr &request);
 
 private:
     void connectRelays();

@@ -38,7 +38,7 @@ void DownloadManager::aimAt(const QUrl &url)
     httpClient.setHost(target);
 }
 
-void DownloadManager::downloadStarting(RequestPtr request)
+void DownloadManager::downloadStarting(const RequestPtr &request)
 {
     const auto *package = std::any_cast<PackageInfo>(&request->userData);
     const auto *file = qobject_cast<QFile *>(request->outputDevice());
@@ -46,7 +46,7 @@ void DownloadManager::downloadStarting(RequestPtr request)
         emit downloadStarted(*package, file->fileName());
 }
 
-void DownloadManager::downloadResult(RequestPtr request)
+void DownloadManager::downloadResult(const RequestPtr &request)
 {
     auto *package = std::any_cast<PackageInfo>(&request->userData);
     auto *file = qobject_cast<QFile *>(request->outputDevice());
@@ -89,7 +89,7 @@ void DownloadManager::downloadReleaseNotes(const QUrl &url)
                    HttpClient::KeepInRequest, nullptr);
 }
 
-void DownloadManager::releaseNotesResult(RequestPtr request)
+void DownloadManager::releaseNotesResult(const RequestPtr &request)
 {
     const QString text = request->statusCode() == 200 ? request->getResponseText() : QString();
     emit releaseNotesDownloaded(request->urls().first(), text);

@@ -13,23 +13,25 @@ const QString SetCookie = QStringLiteral("set-cookie");
 
 } // namespace
 
-void DownloadManager::queryUpdate(QString filterTypes, QString filterNames, QString filterReleaseVersion,
-                                  QString filterReleaseStatus, QDateTime filterTime, QStringSet filterPlatform,
-                                  QStringSet filterLanguages, QObject *callbackReceiver, const char *callbackSlot)
+void DownloadManager::queryUpdate(const QString &filterTypes, const QString &filterNames,
+                                  const QString &filterReleaseVersion, const QString &filterReleaseStatus,
+                                  const QDateTime &filterTime, const QStringSet &filterPlatform,
+                                  const QStringSet &filterLanguages, QObject *callbackReceiver,
+                                  const char *callbackSlot)
 {
     const PackageInfo filter(filterTypes, filterNames, filterReleaseVersion, filterReleaseStatus, filterTime,
                              filterPlatform, filterLanguages, QString(), QString());
     queryUpdate(filter, callbackReceiver, callbackSlot);
 }
 
-void DownloadManager::queryCameraFirmwareUpdate(QString filterVersion, QString filterRelease,
-                                                QStringSet filterLanguages)
+void DownloadManager::queryCameraFirmwareUpdate(const QString &filterVersion, const QString &filterRelease,
+                                                const QStringSet &filterLanguages)
 {
     // Deliberate: the languages stand where the platforms belong.
     queryUpdate(QStringLiteral("system"), QString(), filterVersion, filterRelease, QDateTime(), filterLanguages);
 }
 
-void DownloadManager::queryUpdate(PackageInfo filter, QObject *callbackReceiver, const char *callbackSlot)
+void DownloadManager::queryUpdate(const PackageInfo &filter, QObject *callbackReceiver, const char *callbackSlot)
 {
     noteProxyInUse();
     httpClient.setHost(host);
@@ -42,7 +44,7 @@ void DownloadManager::queryUpdate(PackageInfo filter, QObject *callbackReceiver,
         httpClient.execute(request);
 }
 
-void DownloadManager::queryResult(RequestPtr resp)
+void DownloadManager::queryResult(const RequestPtr &resp)
 {
     const HttpHeader &header = resp->responseHeader();
     if (header.hasKey(SetCookie))

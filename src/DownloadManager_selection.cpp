@@ -111,8 +111,9 @@ PackageInfoList DownloadManager::recentPackages(const PackageInfo &)
     return packages;
 }
 
-PackageInfoList DownloadManager::recentPackages(QString type, QString name, QString release, QString status,
-                                                QDateTime releaseDate, QStringSet platforms, QStringSet languages)
+PackageInfoList DownloadManager::recentPackages(const QString &type, const QString &name, const QString &release,
+                                                const QString &status, const QDateTime &releaseDate,
+                                                const QStringSet &platforms, const QStringSet &languages)
 {
     return recentPackages(
         PackageInfo(type, name, release, status, releaseDate, platforms, languages, QString(), QString()));

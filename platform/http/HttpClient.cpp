@@ -22,8 +22,8 @@ namespace {
 constexpr int msProgressInterval = 50;
 
 // Bounds what Qt reads ahead, and so the memory and the time of one round. Without it a fast server fills the memory.
-constexpr qint64 ReadBufferSize = 512 * 1024;
-constexpr qint64 PieceSize = 64 * 1024;
+constexpr qint64 ReadBufferSize = 512LL * 1024;
+constexpr qint64 PieceSize = 64LL * 1024;
 
 QNetworkProxy routeOf(const HttpHost &host)
 {
@@ -61,6 +61,7 @@ HttpHeader headerOf(const QNetworkReply &reply)
 
 } // namespace
 
+// NOLINTNEXTLINE(performance-no-int-to-ptr)
 QIODevice *const HttpClient::KeepInRequest = reinterpret_cast<QIODevice *>(~quintptr(0));
 
 HttpClient::HttpClient()
@@ -100,7 +101,7 @@ void HttpClient::setStallLimit(int msSilence)
 RequestPtr HttpClient::prepareGet(const QString &path, const QMap<QString, QVariant> &parameters, QObject *receiver,
                                   const char *slot, QIODevice *output, const qvb::smart<QIODevice> &outputHandle)
 {
-    const auto request = std::make_shared<RequestData>();
+    auto request = std::make_shared<RequestData>();
     request->host = host;
     request->visited = { QUrl(host.makeURL(path, parameters, true)) };
     request->host.updateProxy(request->visited.first());
@@ -132,7 +133,7 @@ void HttpClient::execute(const RequestPtr &request)
 RequestPtr HttpClient::get(const QString &path, const QMap<QString, QVariant> &parameters, QObject *receiver,
                            const char *slot, QIODevice *output, const qvb::smart<QIODevice> &outputHandle)
 {
-    const RequestPtr request = prepareGet(path, parameters, receiver, slot, output, outputHandle);
+    RequestPtr request = prepareGet(path, parameters, receiver, slot, output, outputHandle);
     execute(request);
     return request;
 }

@@ -82,7 +82,7 @@ public:
     static QPair<int, int> progressOf(qint64 bytes, qint64 totalBytes);
 
 signals:
-    void requestStarted(RequestPtr request);
+    void requestStarted(const RequestPtr &request);
 
     /// At most 20 a second, and one more at the end. @p totalBytes is -1 where the server announces no size. Both count
     /// bytes up to a total of 2 GiB; beyond, both are divided by the same power of two. An unannounced size stops the

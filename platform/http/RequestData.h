@@ -44,7 +44,7 @@ public:
     /// A body that is longer ends there, and with it the request. So an endless one fills neither memory nor disk.
     /// Unless set: MostBytesKept for a body that stays in the request, no limit with an output device.
     void setMaxBodySize(qint64 bytes) { maxBodySize = bytes; }
-    static constexpr qint64 MostBytesKept = 32 * 1024 * 1024;
+    static constexpr qint64 MostBytesKept = 32LL * 1024 * 1024;
 
     /// For the caller's own use; freed with the request at the latest.
     std::any userData;
