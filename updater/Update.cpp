@@ -1,0 +1,212 @@
+// The road of one update: settle what a killed one left, check, bring in, swap, try, finish or undo.
+// main() calls run(); it leaves the installed folder, a log beside it, and a program that runs.
+#include "Update.h"
+
+#include "Checks.h"
+#include "Failure.h"
+#include "FileTree.h"
+#include "Journal.h"
+#include "Launch.h"
+#include "Lock.h"
+#include "Log.h"
+#include "Swap.h"
+
+#include <ctime>
+#include <sys/stat.h>
+
+namespace fs = std::filesystem;
+
+namespace qv {
+
+namespace {
+
+constexpr int trialSeconds = 5;
+
+fs::path currentDir()
+{
+    std::error_code error;
+    return fs::current_path(error);
+}
+
+fs::path locatedFolder(const fs::path &oldDir)
+{
+    const fs::path folder = located(oldDir);
+    if (folder.empty())
+        throw Failure("there is no place for a folder called " + oldDir.string());
+    return folder;
+}
+
+} // namespace
+
+Update::Update(const fs::path &oldDir, const fs::path &newDir, const fs::path &exe)
+    : workingDir(currentDir()), at(locatedFolder(oldDir)), newDir(located(newDir)), exe(exe)
+{
+}
+
+ExitCode Update::run()
+{
+    openLog(at.log);
+    say("updating " + at.folder.string() + " from \"" + newDir.string() + "\"");
+    try {
+        const Lock lock(at.lock);
+        if (lock.isBusy()) {
+            say("another update of this folder is under way");
+            return Busy;
+        }
+        ExitCode outcome = Unchanged;
+        try {
+            if (!resumes()) {
+                checkEverything(at, newDir, exe);
+                bringIn();
+            }
+            swapIn();
+            if (passesTrial()) {
+                finish();
+                return Installed;
+            }
+            outcome = SwappedBack;
+        } catch (const std::exception &failure) {
+            say(failure.what());
+        }
+        const bool undone = undo();
+        return startInstalled() && undone ? outcome : NeedsHelp;
+    } catch (const std::exception &failure) { // no lock: touch nothing
+        say(failure.what());
+        return startInstalled() ? Unchanged : NeedsHelp;
+    }
+}
+
+Update::Stage Update::stage() const
+{
+    const std::string old = Journal::read(at.journal).value_or(Journal()).oldIdentity;
+    if (identity(at.folder) == old)
+        return NotSwapped;
+    return identity(at.spare) == old ? Swapped : Unrelated;
+}
+
+bool Update::resumes()
+{
+    const std::optional<Journal> journal = Journal::read(at.journal);
+    if (journal) {
+        mendSwap(at.folder, at.spare, at.aside);
+        const bool bringsAnother = isThere(newDir) && identity(newDir) != journal->newIdentity;
+        if (isThere(at.spare) && !bringsAnother && stage() != Unrelated) {
+            say("an update was interrupted here; going on with it");
+            return true;
+        }
+        say("an update was interrupted here; undoing it");
+    }
+    if (!undo())
+        throw Failure("the interrupted update could not be undone");
+    return false;
+}
+
+/// A journal promises a whole spare folder, even after a power cut: what it promises is on the disk before it is.
+void Update::bringIn()
+{
+    const Journal journal { identity(at.folder), identity(newDir), newDir };
+    syncFileSystem(newDir);
+    journal.write(at.journal);
+    if (rename(newDir.c_str(), at.spare.c_str()) == 0)
+        return;
+
+    Journal::remove(at.journal);
+    say("copying the new version to the file system of the old one");
+    copyTree(newDir, at.spare);
+    syncFileSystem(at.spare);
+    journal.write(at.journal);
+}
+
+void Update::swapIn()
+{
+    if (stage() == Swapped)
+        return;
+    struct stat old
+    {
+    };
+    if (stat(at.folder.c_str(), &old) != 0 || chmod(at.spare.c_str(), old.st_mode & 07777) != 0) // unpacked: 0700
+        throw Failure::ofSystem("cannot give the new version the permissions of the old one");
+    say("the new version is ready");
+    swapFolders(at.folder, at.spare, at.aside);
+    say("old and new version are swapped");
+}
+
+bool Update::passesTrial()
+{
+    try {
+        const pid_t process = launch(at.folder / exe, workingDir);
+        say("started " + (at.folder / exe).string() + " as process " + std::to_string(process));
+        const std::string failure = failureWithin(trialSeconds, process);
+        if (failure.empty())
+            return true;
+        say("the new program " + failure);
+    } catch (const Failure &failure) {
+        say(failure.what());
+    }
+    return false;
+}
+
+/// The new version has won: from here on nothing leads back, and a failure costs disk space only.
+void Update::finish()
+{
+    try {
+        const Journal journal = Journal::read(at.journal).value();
+        Journal::remove(at.journal);
+        discardSpare();
+        const bool wasCopied = identity(newDir) == journal.newIdentity; // else it was renamed and is no longer there
+        if (wasCopied && !removeTree(newDir))
+            say("cannot remove all of " + newDir.string());
+        say("the new version is installed");
+    } catch (const std::exception &failure) {
+        say(failure.what());
+    }
+}
+
+/// Puts the old version back in its place and the new one back to where it came from. False when the installed folder
+/// is not what it was.
+bool Update::undo()
+{
+    try {
+        const std::optional<Journal> journal = Journal::read(at.journal);
+        if (journal) {
+            mendSwap(at.folder, at.spare, at.aside);
+            if (stage() == Swapped) {
+                swapFolders(at.folder, at.spare, at.aside);
+                say("the old version is back in its place");
+            }
+            // Fails when the new version had been copied: then it never left.
+            if (rename(at.spare.c_str(), journal->newDir.c_str()) == 0)
+                say("the new version is back in " + journal->newDir.string());
+            Journal::remove(at.journal);
+        }
+        discardSpare();
+        return true;
+    } catch (const std::exception &failure) {
+        say(failure.what());
+        return false;
+    }
+}
+
+bool Update::startInstalled()
+{
+    try {
+        launch(at.folder / exe, workingDir);
+        say("started " + (at.folder / exe).string() + " again");
+        return true;
+    } catch (const Failure &failure) {
+        say(failure.what());
+        return false;
+    }
+}
+
+/// What cannot be removed (files of another user, say) must not be in the way of all later updates.
+void Update::discardSpare()
+{
+    if (!isThere(at.spare) || removeTree(at.spare))
+        return;
+    const fs::path leftover = at.spare.string() + "-" + std::to_string(time(nullptr));
+    say("cannot remove all of " + at.spare.string() + "; what remains is called " + leftover.string());
+    rename(at.spare.c_str(), leftover.c_str());
+}
+
+} // namespace qv

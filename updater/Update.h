@@ -1,0 +1,52 @@
+#pragma once
+
+#include "Places.h"
+
+namespace qv {
+
+/// What the program's exit code tells; --help and the manual page list the same.
+enum ExitCode {
+    Installed = 0,   ///< the new version is installed and was started
+    Unchanged = 1,   ///< nothing was changed; the installed program was started again
+    WrongUsage = 2,  ///< the command line is wrong; nothing was changed, nothing was started
+    SwappedBack = 3, ///< the new version did not stand its trial; the old one is back and was started again
+    Busy = 4,        ///< another update of the same folder is under way; nothing was changed, nothing was started
+    NeedsHelp = 5    ///< the old version could not be brought back, or the installed program not be started
+};
+
+/// One update of one folder, from the lock to the running program. Killed at any moment it leaves the installed folder
+/// whole, old or new; the next update of the same folder, whatever it brings, first ends or undoes this one.
+///
+/// The road: the new folder is brought beside the old one, by a rename or by a copy; the journal is written; the two
+/// swap names; the new program runs on trial; the journal is removed, and with it goes the old version.
+class Update
+{
+public:
+    /// Paths as given by the caller. Throws Failure when @p oldDir names no place for a folder.
+    Update(const std::filesystem::path &oldDir, const std::filesystem::path &newDir, const std::filesystem::path &exe);
+
+    /// Never throws: whatever happens is said, and an installed program that runs is the last thing to give up.
+    ExitCode run();
+
+private:
+    /// Where the old version stands, by the journal.
+    enum Stage { NotSwapped, Swapped, Unrelated };
+    Stage stage() const;
+
+    /// Looks after the remains of a killed update. True when this run shall go on where that one was stopped.
+    bool resumes();
+    void bringIn();
+    void swapIn();
+    bool passesTrial();
+    void finish();
+    bool undo();
+    bool startInstalled();
+    void discardSpare();
+
+    const std::filesystem::path workingDir; // the caller's; by name, as the folder behind it may be swapped
+    const Places at;
+    const std::filesystem::path newDir; // empty when the caller brings none
+    const std::filesystem::path exe;
+};
+
+} // namespace qv
