@@ -1,6 +1,7 @@
 // UpdateInstaller from outside: real child processes on real folders, killed wherever they can be.
 #include <QtTest>
 
+#include <filesystem>
 #include <functional>
 
 #include <fcntl.h>
@@ -26,34 +27,45 @@ struct Outcome
     QByteArray output; // of the updater and of the programs it started, which have all ended
 };
 
-/// Runs @p child until its system call number @p killAt, counted from the first thing it says, and kills it before that
-/// takes effect. Returns false when it ends by itself before, leaving it to be waited for.
-bool killAtSystemCall(pid_t child, int killAt)
+bool changesTheDisk(const __ptrace_syscall_info &call)
 {
-    int status = 0, calls = 0;
-    bool speaks = false;
+    static const QSet<quint64> always {
+        SYS_write,    SYS_mkdirat,  SYS_renameat2, SYS_unlinkat, SYS_symlinkat, SYS_fchmod, SYS_fchmodat,
+        SYS_fchown,   SYS_fchownat, SYS_utimensat,
+#ifdef SYS_renameat
+        SYS_renameat,
+#endif
+#ifdef SYS_rename // the architectures that still have their old calls
+        SYS_mkdir,    SYS_rename,   SYS_unlink,    SYS_rmdir,    SYS_symlink,   SYS_chmod,  SYS_lchown,
+#endif
+    };
+    const bool creates = call.entry.nr == SYS_openat && (call.entry.args[2] & O_CREAT);
+    return creates || always.contains(call.entry.nr);
+}
+
+/// Runs @p child until its system call number @p killAt of those that change the disk, and kills it before that takes
+/// effect. It has ended or will, either way: the caller waits for it.
+void killAtChange(pid_t child, int killAt)
+{
+    int status = 0, changes = 0;
     waitpid(child, &status, 0);
     ptrace(PTRACE_SETOPTIONS, child, nullptr, PTRACE_O_TRACESYSGOOD | PTRACE_O_EXITKILL);
     for (long signal = 0;;) {
         ptrace(PTRACE_SYSCALL, child, nullptr, signal);
-        siginfo_t ended {};
-        waitid(P_PID, static_cast<id_t>(child), &ended, WEXITED | WSTOPPED | WNOWAIT);
-        if (ended.si_code != CLD_TRAPPED)
-            return false;
+        siginfo_t event {};
+        waitid(P_PID, static_cast<id_t>(child), &event, WEXITED | WSTOPPED | WNOWAIT);
+        if (event.si_code != CLD_TRAPPED)
+            return;
         waitpid(child, &status, 0);
-        signal = 0;
-        if (WSTOPSIG(status) != (SIGTRAP | 0x80)) {
-            signal = WSTOPSIG(status) == SIGTRAP ? 0 : WSTOPSIG(status);
+        signal = WSTOPSIG(status) == SIGTRAP ? 0 : WSTOPSIG(status);
+        if (signal != (SIGTRAP | 0x80))
             continue;
-        }
+        signal = 0;
         __ptrace_syscall_info call {};
         ptrace(static_cast<__ptrace_request>(PTRACE_GET_SYSCALL_INFO), child, sizeof call, &call);
-        if (call.op != PTRACE_SYSCALL_INFO_ENTRY)
-            continue;
-        speaks = speaks || call.entry.nr == SYS_write;
-        if (speaks && ++calls == killAt) {
+        if (call.op == PTRACE_SYSCALL_INFO_ENTRY && changesTheDisk(call) && ++changes == killAt) {
             kill(child, SIGKILL);
-            return true;
+            return;
         }
     }
 }
@@ -88,7 +100,7 @@ Outcome run(const QStringList &arguments, int killAt = 0, const std::function<vo
     }
     close(ends[1]);
     if (killAt)
-        killAtSystemCall(child, killAt);
+        killAtChange(child, killAt);
     int status = 0;
     waitpid(child, &status, 0);
 
@@ -127,7 +139,9 @@ QStringList tree(const QString &folder)
         };
         lstat(path.toLocal8Bit(), &status);
         QFile file(path);
-        QString content = QFile::symLinkTarget(path).isEmpty() ? QString() : QFileInfo(path).fileName();
+        QString content;
+        if (S_ISLNK(status.st_mode))
+            content = QString::fromStdString(std::filesystem::read_symlink(path.toLocal8Bit().toStdString()).string());
         if (S_ISREG(status.st_mode) && file.open(QIODevice::ReadOnly))
             content = QString::fromUtf8(file.readAll().left(4096));
         entries << QStringLiteral("%1 %2 %3.%4 %5")
@@ -183,29 +197,28 @@ private:
     QStringList namesBeside() const;
 
     std::unique_ptr<QTemporaryDir> first, second; // on two file systems where the machine has them
-    QString masters, place, app, incoming, abroad;
+    QString place, app, incoming, abroad;
     QStringList oldTree, newTree, otherTree;
 };
 
 /// Two file systems: memory for most of the work, as nothing here has to wait for a disk then.
 void UpdaterTest::initTestCase()
 {
-    QStringList roots { QStringLiteral("/dev/shm"), QDir::tempPath(), QDir::currentPath() };
-    while (!QFileInfo(roots.first()).isWritable())
-        roots.removeFirst();
+    QStringList roots { QStringLiteral("/dev/shm"), QStringLiteral("/run"), QDir::tempPath(), QDir::currentPath() };
+    const auto isClosed = [](const QString &root) { return !QFileInfo(root).isWritable(); };
+    roots.erase(std::remove_if(roots.begin(), roots.end(), isClosed), roots.end());
     first = std::make_unique<QTemporaryDir>(roots.first() + QStringLiteral("/updater-XXXXXX"));
     for (const QString &root : roots) {
         if (!second && deviceOf(root) != deviceOf(first->path()))
             second = std::make_unique<QTemporaryDir>(root + QStringLiteral("/updater-XXXXXX"));
     }
-    masters = first->filePath(QStringLiteral("masters"));
-    place = first->filePath(QStringLiteral("pl\u00e4ce with blanks"));
+    place = first->filePath(QStringLiteral("work/pläce with blanks"));
     app = place + QStringLiteral("/app");
-    incoming = first->filePath(QStringLiteral("incoming"));
+    incoming = first->filePath(QStringLiteral("work/incoming"));
     abroad = second ? second->filePath(QStringLiteral("incoming")) : QString();
 
     QVERIFY(shell(QStringLiteral(R"(
-        mkdir '%1'
+        cd '%1'; mkdir -p work master/'pläce with blanks' master/incoming
         for version in 1.0 2.0 3.0; do
             mkdir '%1/'$version; cd '%1/'$version
             mkdir -p sub/deep empty closed
@@ -214,8 +227,10 @@ void UpdaterTest::initTestCase()
             ln -s deep/data sub/link; ln -s program start
             chmod 750 program; chmod 640 sub/deep/data; chmod 555 closed
             touch -hd '2026-01-02 03:04:05.678 UTC' sub/link sub/deep/* sub/* closed/* * .
-        done)")
-                      .arg(masters)));
+        done
+        cd '%1'; chmod 711 1.0; chmod 700 2.0
+        mv 1.0 master/'pläce with blanks/app'; mv 2.0 master/incoming/new; mv 3.0 master/incoming/other)")
+                      .arg(first->path())));
 }
 
 void UpdaterTest::init()
@@ -226,17 +241,14 @@ void UpdaterTest::init()
 /// The old version installed in @c app, two new ones in @c incoming and @c abroad, nothing else.
 void UpdaterTest::makeFolders()
 {
-    QString command = QStringLiteral("mkdir -p '%1' '%3'; chmod -R u+w '%1' '%3'; rm -rf '%1' '%3'; mkdir -p '%1' '%3';"
-                                     "cp -a '%2/1.0' '%1/app'; chmod 711 '%1/app';"
-                                     "cp -a '%2/2.0' '%3/new'; chmod 700 '%3/new'; cp -a '%2/3.0' '%3/other'")
-                          .arg(place, masters, incoming);
+    QString command = QStringLiteral("cd '%1'; chmod -R u+w work; rm -rf work; cp -a master work;").arg(first->path());
     if (second)
-        command += QStringLiteral("; rm -rf '%2'; mkdir '%2'; cp -a '%1/2.0' '%2/new'").arg(masters, abroad);
+        command += QStringLiteral("rm -rf '%2'; cp -a '%1' '%2'").arg(incoming, abroad);
     QVERIFY(shell(command));
     oldTree = tree(app);
     newTree = tree(incoming + QStringLiteral("/new"));
     otherTree = tree(incoming + QStringLiteral("/other"));
-    QVERIFY(oldTree.size() == 11 && newTree.size() == 11 && oldTree != newTree);
+    QVERIFY(oldTree.size() == 10 && newTree.size() == 10 && oldTree != newTree);
 }
 
 QStringList UpdaterTest::order(const QString &newDir) const
@@ -333,7 +345,7 @@ void UpdaterTest::refuses_data()
     QTest::newRow("new in old") << "ln -s \"$APP\" way"
                                 << "way/sub" << QByteArray("inside each other") << 0;
     QTest::newRow("old in new") << "ln -s \"$APP/../..\" way"
-                                << "way/pl\u00e4ce with blanks" << QByteArray("inside each other") << 0;
+                                << "way/pläce with blanks" << QByteArray("inside each other") << 0;
     QTest::newRow("swap impossible") << ""
                                      << "new" << QByteArray("cannot swap") << EPERM;
 }
@@ -453,8 +465,8 @@ void UpdaterTest::killedAnywhere_data()
     QTest::newRow("another version next, three steps") << false << false << false << false << true;
 }
 
-/// Kills the updater before each of its system calls. The installed folder is whole, old or new, whenever; the next run
-/// comes to the end that an undisturbed one comes to, and leaves as little behind.
+/// Kills the updater before each of its steps on the disk. The installed folder is whole, old or new, whenever; the
+/// next run comes to the end that an undisturbed one comes to, and leaves as little behind.
 void UpdaterTest::killedAnywhere()
 {
     QFETCH(bool, exchange);
@@ -465,7 +477,8 @@ void UpdaterTest::killedAnywhere()
     if (copied && !second)
         QSKIP("one file system only");
     const auto prepare = [exchange] { exchange ? void() : failExchange(EINVAL); };
-    const QString newDir = (copied ? abroad : incoming) + QStringLiteral("/new");
+    const QString source = copied ? abroad : incoming;
+    const QString newDir = source + QStringLiteral("/new");
     const QString aside = place + QStringLiteral("/.app.update-aside");
 
     int step = 0;
@@ -494,7 +507,7 @@ void UpdaterTest::killedAnywhere()
         const QStringList left = tree(newDir);
         QVERIFY2(fails ? left == before : left.isEmpty() || (other && left == before), where);
     }
-    QVERIFY2(step > 80, QByteArray::number(step));
+    QVERIFY2(step > 30, QByteArray::number(step));
 }
 
 /// As long as the new program is on trial the old version stays, and nobody else may touch the folder.
@@ -545,7 +558,9 @@ void UpdaterTest::forgetsItsCaller()
     });
     QVERIFY2(outcome.exitCode == 0, outcome.output);
     QVERIFY2(outcome.output.contains('\n' + inside.toLocal8Bit() + '\n'), outcome.output);
-    QCOMPARE(outcome.output.count(":\t0000000000000000"), 2);
+    // Of the ignored signals only those that the C library keeps for itself, 32 and 33.
+    const QRegularExpression clean(QStringLiteral("SigBlk:\t0+\nSigIgn:\t[0-9a-f]{8}[08]0{7}\n"));
+    QVERIFY2(QString::fromLocal8Bit(outcome.output).contains(clean), outcome.output);
     QVERIFY2(!outcome.output.contains("leak"), outcome.output);
 
     // A full disk, or as here a limit of the host's, ends the copy and changes nothing.

@@ -83,18 +83,17 @@ void checkEverything(const Places &at, const fs::path &newDir, const fs::path &e
         throw Failure("there is no new version" + (newDir.empty() ? std::string() : " in " + newDir.string()));
     const struct stat before = folderStatus(at.folder);
     const struct stat after = folderStatus(newDir);
-    struct stat parent = folderStatus(at.parent);
 
     if (before.st_dev == after.st_dev && before.st_ino == after.st_ino)
         throw Failure("old and new folder are the same: " + newDir.string());
     if (isInside(newDir, at.folder) || isInside(at.folder, newDir))
         throw Failure("old and new folder are inside each other: " + at.folder.string() + " and " + newDir.string());
-    if (before.st_dev != parent.st_dev)
+    if (!onSameFileSystem(at.folder, at.parent))
         throw Failure(at.folder.string() + " is the root of a file system");
     if (before.st_uid != after.st_uid && !(isWritable(at.folder) && isWritable(newDir)))
         throw Failure("the folders belong to different users: " + at.folder.string() + " and " + newDir.string());
     checkProgram(newDir, exe);
-    if (after.st_dev != parent.st_dev)
+    if (!onSameFileSystem(newDir, at.parent))
         checkSpace(at.parent, newDir);
 }
 

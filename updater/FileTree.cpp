@@ -93,6 +93,11 @@ std::string identity(const fs::path &folder)
         + std::to_string(status.stx_btime.tv_nsec);
 }
 
+bool onSameFileSystem(const fs::path &one, const fs::path &other)
+{
+    return statusOf(one).st_dev == statusOf(other).st_dev;
+}
+
 std::uint64_t spaceForCopy(const fs::path &from)
 {
     constexpr std::uint64_t block = 4096;

@@ -13,6 +13,9 @@ bool isThere(const std::filesystem::path &path);
 /// Empty when nothing is there.
 std::string identity(const std::filesystem::path &folder);
 
+/// Both are there, and a file may be renamed from one to the other - as far as their device numbers tell.
+bool onSameFileSystem(const std::filesystem::path &one, const std::filesystem::path &other);
+
 /// Bytes that a copy of the tree @p from takes at most, on a file system with blocks of 4 KiB.
 std::uint64_t spaceForCopy(const std::filesystem::path &from);
 

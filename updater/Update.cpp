@@ -28,6 +28,12 @@ fs::path currentDir()
     return fs::current_path(error);
 }
 
+/// A copied folder is renamed to this before it is removed: half of it must not be taken for a new version.
+fs::path usedUp(const Journal &journal)
+{
+    return journal.newDir.string() + ".update-done";
+}
+
 fs::path locatedFolder(const fs::path &oldDir)
 {
     const fs::path folder = located(oldDir);
@@ -105,12 +111,13 @@ bool Update::resumes()
 void Update::bringIn()
 {
     const Journal journal { identity(at.folder), identity(newDir), newDir };
-    syncFileSystem(newDir);
-    journal.write(at.journal);
-    if (rename(newDir.c_str(), at.spare.c_str()) == 0)
-        return;
-
-    Journal::remove(at.journal);
+    if (onSameFileSystem(newDir, at.parent)) {
+        syncFileSystem(newDir);
+        journal.write(at.journal);
+        if (rename(newDir.c_str(), at.spare.c_str()) == 0)
+            return;
+        Journal::remove(at.journal);
+    }
     say("copying the new version to the file system of the old one");
     copyTree(newDir, at.spare);
     syncFileSystem(at.spare);
@@ -151,11 +158,11 @@ void Update::finish()
 {
     try {
         const Journal journal = Journal::read(at.journal).value();
+        if (identity(journal.newDir) == journal.newIdentity) // copied: it still stands there, too
+            rename(journal.newDir.c_str(), usedUp(journal).c_str());
+        removeTree(usedUp(journal));
         Journal::remove(at.journal);
         discardSpare();
-        const bool wasCopied = identity(newDir) == journal.newIdentity; // else it was renamed and is no longer there
-        if (wasCopied && !removeTree(newDir))
-            say("cannot remove all of " + newDir.string());
         say("the new version is installed");
     } catch (const std::exception &failure) {
         say(failure.what());
@@ -177,6 +184,7 @@ bool Update::undo()
             // Fails when the new version had been copied: then it never left.
             if (rename(at.spare.c_str(), journal->newDir.c_str()) == 0)
                 say("the new version is back in " + journal->newDir.string());
+            removeTree(usedUp(*journal));
             Journal::remove(at.journal);
         }
         discardSpare();
