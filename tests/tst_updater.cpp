@@ -181,6 +181,7 @@ class UpdaterTest : public QObject
 
 private slots:
     void initTestCase();
+    void cleanupTestCase();
     void init();
     void commandLine_data();
     void commandLine();
@@ -238,6 +239,12 @@ void UpdaterTest::initTestCase()
                       .arg(first->path())));
 }
 
+/// Folders without write permission would stay.
+void UpdaterTest::cleanupTestCase()
+{
+    QVERIFY(shell(QStringLiteral("chmod -R u+w '%1' '%2'").arg(first->path(), (second ? second : first)->path())));
+}
+
 void UpdaterTest::init()
 {
     makeFolders();
@@ -248,7 +255,8 @@ void UpdaterTest::makeFolders()
 {
     QString command = QStringLiteral("cd '%1'; chmod -R u+w work; rm -rf work; cp -a master work;").arg(first->path());
     if (second)
-        command += QStringLiteral("rm -rf '%2'; cp -a '%1' '%2'").arg(incoming, abroad);
+        command +=
+            QStringLiteral("mkdir -p '%2'; chmod -R u+w '%2'; rm -rf '%2'; cp -a '%1' '%2'").arg(incoming, abroad);
     QVERIFY(shell(command));
     oldTree = tree(app);
     newTree = tree(incoming + QStringLiteral("/new"));
