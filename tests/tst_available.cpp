@@ -1,5 +1,6 @@
 // Found packages on show: their rows and comments, foreign languages, and what a selection enables and opens.
 #include "HttpServer.h"
+#include "Row.h"
 #include "TestHost.h"
 
 #include <QCheckBox>
@@ -48,17 +49,17 @@ private slots:
         PackageInfo p = package("Application", { "de" });
         p.publicName = "public";
         p.publicRelease = "2026";
-        QTest::newRow("internal name, public release") << p << "name 2026|1.5 MB|zip|Multilingual|p";
+        row("internal name, public release", p, "name 2026|1.5 MB|zip|Multilingual|p");
         p.name.clear();
         p.publicRelease.clear();
         p.status = "BETA";
         p.platforms.clear();
         p.fileSize = 0;
-        QTest::newRow("public name, internal release") << p << "public 1.0 BETA|0.0 MB|zip|Multilingual|";
+        row("public name, internal release", p, "public 1.0 BETA|0.0 MB|zip|Multilingual|");
         p.status = "beta";
         p.fileSize = 1048576;
-        QTest::newRow("status' case") << p << "public 1.0|1.0 MB|zip|Multilingual|";
-        QTest::newRow("firmware") << package("Camera Firmware", { "de" }) << "name 1.0|1.5 MB|zip|de|p";
+        row("status' case", p, "public 1.0|1.0 MB|zip|Multilingual|");
+        row("firmware", package("Camera Firmware", { "de" }), "name 1.0|1.5 MB|zip|de|p");
     }
     void rows()
     {
@@ -86,12 +87,12 @@ private slots:
         QTest::addColumn<QString>("language");
         QTest::addColumn<SoftUpIndexList>("foreign"); // row 0 is the application
         const QList<QStringSet> mixed { { "de", "en" }, { "en" }, { "fr" } };
-        QTest::newRow("de") << mixed << "de" << SoftUpIndexList { 2, 3 };
-        QTest::newRow("fr") << mixed << "fr" << SoftUpIndexList { 1, 2 };
-        QTest::newRow("en wants de too") << mixed << "en" << SoftUpIndexList { 2, 3 };
-        QTest::newRow("en, none with de") << QList<QStringSet> { { "en" }, { "fr" } } << "en" << SoftUpIndexList();
-        QTest::newRow("none matches") << mixed << "it" << SoftUpIndexList();
-        QTest::newRow("no firmware") << QList<QStringSet>() << "de" << SoftUpIndexList();
+        row("de", mixed, "de", SoftUpIndexList { 2, 3 });
+        row("fr", mixed, "fr", SoftUpIndexList { 1, 2 });
+        row("en wants de too", mixed, "en", SoftUpIndexList { 2, 3 });
+        row("en, none with de", QList<QStringSet> { { "en" }, { "fr" } }, "en", SoftUpIndexList());
+        row("none matches", mixed, "it", SoftUpIndexList());
+        row("no firmware", QList<QStringSet>(), "de", SoftUpIndexList());
     }
     void foreignRows()
     {

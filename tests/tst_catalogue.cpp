@@ -1,6 +1,7 @@
 // Catalogues as servers write them: which package gets which value, and what becomes of bad ones.
 #include "DownloadManager.h"
 #include "LogCapture.h"
+#include "Row.h"
 #include "XmlUtils.h"
 
 #include <QBuffer>
@@ -88,39 +89,39 @@ private slots:
         QTest::addColumn<QByteArray>("xml");
         QTest::addColumn<QString>("name");
         QTest::addColumn<QString>("value");
-        const auto row = [](const char *title, const QByteArray &xml, const char *name, const char *value) {
-            QTest::newRow(title) << xml << name << value;
+        const auto add = [](const char *title, const QByteArray &xml, const char *name, const char *value) {
+            row(title, xml, name, value);
         };
-        row("any root", "<list><package name='a'/></list>", "name", "a");
-        row("child before attribute", "<s><package name='a'><name>b</name></package></s>", "name", "b");
-        row("first child", "<s><package><name>a</name><name>b</name></package></s>", "name", "a");
-        row("empty child counts", "<s name='x'><package><name/></package></s>", "name", "");
-        row("file before package", "<s><package><status>a</status><file status='b'/></package></s>", "status", "b");
-        row("package before set", "<s status='a'><package><status>b</status></package></s>", "status", "b");
-        row("only the first file", "<s><package><file/><file name='b'/></package></s>", "name", "");
-        row("set after its package", "<s><package/><name>a</name></s>", "name", "a");
-        row("nearest set", "<s name='a'><package-set name='b'><package-set><package/></package-set></package-set></s>",
+        add("any root", "<list><package name='a'/></list>", "name", "a");
+        add("child before attribute", "<s><package name='a'><name>b</name></package></s>", "name", "b");
+        add("first child", "<s><package><name>a</name><name>b</name></package></s>", "name", "a");
+        add("empty child counts", "<s name='x'><package><name/></package></s>", "name", "");
+        add("file before package", "<s><package><status>a</status><file status='b'/></package></s>", "status", "b");
+        add("package before set", "<s status='a'><package><status>b</status></package></s>", "status", "b");
+        add("only the first file", "<s><package><file/><file name='b'/></package></s>", "name", "");
+        add("set after its package", "<s><package/><name>a</name></s>", "name", "a");
+        add("nearest set", "<s name='a'><package-set name='b'><package-set><package/></package-set></package-set></s>",
             "name", "b");
-        row("root named like a value", "<comment>x<package><name>a</name></package>y</comment>", "comment", "xay");
-        row("markup in a value", "<s><package><name>a<b>b</b>c</name></package></s>", "name", "abc");
-        row("base and url", "<s base-url='http://h/d'><package url='/a.zip'/></s>", "url", "http://h/d/a.zip");
-        row("base alone", "<s base-url='http://h/d.zip'><package/></s>", "url", "http://h/d.zip");
-        row("platforms add up", "<s platform='a,b'><package><platform>c d</platform><file platform='e'/></package></s>",
+        add("root named like a value", "<comment>x<package><name>a</name></package>y</comment>", "comment", "xay");
+        add("markup in a value", "<s><package><name>a<b>b</b>c</name></package></s>", "name", "abc");
+        add("base and url", "<s base-url='http://h/d'><package url='/a.zip'/></s>", "url", "http://h/d/a.zip");
+        add("base alone", "<s base-url='http://h/d.zip'><package/></s>", "url", "http://h/d.zip");
+        add("platforms add up", "<s platform='a,b'><package><platform>c d</platform><file platform='e'/></package></s>",
             "platforms", "a b c d e");
-        row("languages from child and attribute", "<s><package language='de'><language>en</language></package></s>",
+        add("languages from child and attribute", "<s><package language='de'><language>en</language></package></s>",
             "languages", "de en");
-        row("notes without language", "<s><package><release-notes url='n'/></package></s>", "releaseNotes", "en=n");
-        row("notes take the raw language", "<s><package language='de en'><release-notes url='n'/></package></s>",
+        add("notes without language", "<s><package><release-notes url='n'/></package></s>", "releaseNotes", "en=n");
+        add("notes take the raw language", "<s><package language='de en'><release-notes url='n'/></package></s>",
             "releaseNotes", "de en=n");
-        row("notes take the package's url", "<s><package url='p.zip'><release-notes language='de'/></package></s>",
+        add("notes take the package's url", "<s><package url='p.zip'><release-notes language='de'/></package></s>",
             "releaseNotes", "de=p.zip");
-        row("notes as attribute", "<s><package release-notes='n'><language>fr</language></package></s>", "releaseNotes",
+        add("notes as attribute", "<s><package release-notes='n'><language>fr</language></package></s>", "releaseNotes",
             "fr=n");
-        row("attribute looks into file",
+        add("attribute looks into file",
             "<s><package release-notes='n' language='a'><file language='b'/></package></s>", "releaseNotes", "b=n");
-        row("child does not", "<s><package language='a'><file language='b'/><release-notes url='n'/></package></s>",
+        add("child does not", "<s><package language='a'><file language='b'/><release-notes url='n'/></package></s>",
             "releaseNotes", "a=n");
-        row("outer notes first",
+        add("outer notes first",
             "<s><release-notes url='o1'/><release-notes url='o2'/><package><release-notes url='i'/></package></s>",
             "releaseNotes", "en=o2 en=o1 en=i");
     }
@@ -193,28 +194,28 @@ private slots:
     {
         QTest::addColumn<QString>("text");
         QTest::addColumn<qint64>("bytes");
-        const auto row = [](const char *text, qint64 bytes) { QTest::newRow(text) << text << bytes; };
-        row("2048", 2048);
-        row(" 2048 ", 2048);
-        row("4kB", 4096);
-        row("4KB", 4096);
-        row("1.5MB", 1 << 20);
-        row("12.9mb", 12 << 20);
-        row("12 MB", 12 << 20);
-        row("1e3kB", 1024000);
-        row("abc", 0);
-        row("MB", 0);
-        row("5GB", 0);
-        row("-5", 0);
-        row("-5MB", 0);
-        row("infMB", 0);
-        row("nanMB", 0);
-        row("1e300MB", 0);
-        row("8796093022207MB", 8796093022207 << 20);
-        row("8796093022208MB", 0);
-        row("9223372036854775807", std::numeric_limits<qint64>::max());
-        row("9223372036854775808", 0);
-        row("", 0);
+        const auto add = [](const char *text, qint64 bytes) { row(text, text, bytes); };
+        add("2048", 2048);
+        add(" 2048 ", 2048);
+        add("4kB", 4096);
+        add("4KB", 4096);
+        add("1.5MB", 1 << 20);
+        add("12.9mb", 12 << 20);
+        add("12 MB", 12 << 20);
+        add("1e3kB", 1024000);
+        add("abc", 0);
+        add("MB", 0);
+        add("5GB", 0);
+        add("-5", 0);
+        add("-5MB", 0);
+        add("infMB", 0);
+        add("nanMB", 0);
+        add("1e300MB", 0);
+        add("8796093022207MB", 8796093022207 << 20);
+        add("8796093022208MB", 0);
+        add("9223372036854775807", std::numeric_limits<qint64>::max());
+        add("9223372036854775808", 0);
+        add("", 0);
     }
     void sizes()
     {
@@ -226,11 +227,11 @@ private slots:
     {
         QTest::addColumn<QString>("text");
         QTest::addColumn<QDateTime>("date");
-        QTest::newRow("time") << "2011-04-05 13:45:59" << QDateTime(QDate(2011, 4, 5), QTime(13, 45, 59));
-        QTest::newRow("day") << "2011-04-05" << QDateTime(QDate(2011, 4, 5), QTime(0, 0));
+        row("time", "2011-04-05 13:45:59", QDateTime(QDate(2011, 4, 5), QTime(13, 45, 59)));
+        row("day", "2011-04-05", QDateTime(QDate(2011, 4, 5), QTime(0, 0)));
         for (const char *text : { "05.04.2011", "2011-02-30", "2011-04-05 24:00:00", "2011-04-05T13:45:59",
                                   "2011-04-05 ", "0000-01-01", "2011-0a-05", "" })
-            QTest::newRow(text) << text << QDateTime();
+            row(text, text, QDateTime());
     }
     void dates()
     {
@@ -249,20 +250,20 @@ private slots:
         QTest::addColumn<QString>("url");
         QTest::addColumn<QString>("suffix");
         QTest::addColumn<bool>("suspicious");
-        const auto row = [](const char *url, const char *suffix, bool suspicious = false) {
-            QTest::newRow(url) << url << suffix << suspicious;
+        const auto add = [](const char *url, const char *suffix, bool suspicious = false) {
+            row(url, url, suffix, suspicious);
         };
-        row("http://h/setup.exe", "exe");
-        row("pkg.tar.gz", "tar.gz");
-        row("pkg.tar..bz2", "tar.bz2");
-        row("Tool.mpkg.zip", "mpkg");
-        row("a.zip", "zip");
-        row("a.ZIP", "ZIP");
-        row("Tool.mpkg.ZIP", "ZIP");
-        row("file.gz", "gz", true);
-        row("archive.jpeg2000", "jpeg2000", true);
-        row("http://h.example/file", "example/file", true);
-        row("", "", true);
+        add("http://h/setup.exe", "exe");
+        add("pkg.tar.gz", "tar.gz");
+        add("pkg.tar..bz2", "tar.bz2");
+        add("Tool.mpkg.zip", "mpkg");
+        add("a.zip", "zip");
+        add("a.ZIP", "ZIP");
+        add("Tool.mpkg.ZIP", "ZIP");
+        add("file.gz", "gz", true);
+        add("archive.jpeg2000", "jpeg2000", true);
+        add("http://h.example/file", "example/file", true);
+        add("", "", true);
     }
     void suffixes()
     {
@@ -301,17 +302,16 @@ private slots:
         QByteArray words;
         for (int i = 0; i < 50'000; ++i)
             words += QByteArray::number(i) + ' ';
-        QTest::newRow("no XML") << QByteArray("404 not found");
-        QTest::newRow("broken") << QByteArray("<s><package>");
-        QTest::newRow("words times packages") << "<s platform='" + words + "'>" + manyPackages + "</s>";
-        QTest::newRow("links times packages")
-            << "<s>" + QByteArray("<readme url='a'/>").repeated(50'000) + manyPackages + "</s>";
-        QTest::newRow("long base times packages")
-            << "<s base-url='" + QByteArray(1 << 20, 'b') + "'>" + manyPackages + "</s>";
-        QTest::newRow("long url times links") << "<s><url>" + QByteArray(1 << 20, 'u') + "</url>"
-                + QByteArray("<readme/>").repeated(50'000) + "<package/></s>";
-        QTest::newRow("long size times packages")
-            << "<s><file-size>" + QByteArray(1 << 20, '9') + "</file-size>" + manyPackages + "</s>";
+        row("no XML", QByteArray("404 not found"));
+        row("broken", QByteArray("<s><package>"));
+        row("words times packages", "<s platform='" + words + "'>" + manyPackages + "</s>");
+        row("links times packages", "<s>" + QByteArray("<readme url='a'/>").repeated(50'000) + manyPackages + "</s>");
+        row("long base times packages", "<s base-url='" + QByteArray(1 << 20, 'b') + "'>" + manyPackages + "</s>");
+        row("long url times links",
+            "<s><url>" + QByteArray(1 << 20, 'u') + "</url>" + QByteArray("<readme/>").repeated(50'000)
+                + "<package/></s>");
+        row("long size times packages",
+            "<s><file-size>" + QByteArray(1 << 20, '9') + "</file-size>" + manyPackages + "</s>");
     }
     void refused()
     {

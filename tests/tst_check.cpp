@@ -2,6 +2,7 @@
 #include "HttpServer.h"
 #include "LogCapture.h"
 #include "NodeDB.h"
+#include "Row.h"
 #include "TestHost.h"
 
 #include <QCheckBox>
@@ -68,34 +69,34 @@ private slots:
         QTest::addColumn<HttpAnswer>("answer");
         QTest::addColumn<QString>("notification");
         QTest::addColumn<QString>("lastLine");
-        const auto row = [](const char *name, const HttpAnswer &answer, const char *notification, const char *line) {
-            QTest::newRow(name) << answer << notification << line;
+        const auto add = [](const char *name, const HttpAnswer &answer, const char *notification, const char *line) {
+            row(name, answer, notification, line);
         };
         const char *upToDate = "Congratulations! Your product is up-to-date!";
         const char *nothing = "No update available!";
         const char *upToDateLine = "SoftwareUpdateClient::productUpToDate() -> product is up to date!";
         const char *nothingLine = "SoftwareUpdateClient::parseServerResponse() -> no update available";
-        row("up to date",
+        add("up to date",
             HttpAnswer(catalogue("<package name='Camera Host' release='1.0' status='STABLE' url='a.deb'/>")), upToDate,
             upToDateLine);
-        row("only firmware, no camera", HttpAnswer(catalogue(firmware)), upToDate, upToDateLine);
-        row("beta only", HttpAnswer(catalogue("<package name='Camera Host' release='3' status='BETA' url='a.deb'/>")),
+        add("only firmware, no camera", HttpAnswer(catalogue(firmware)), upToDate, upToDateLine);
+        add("beta only", HttpAnswer(catalogue("<package name='Camera Host' release='3' status='BETA' url='a.deb'/>")),
             upToDate, upToDateLine);
-        row("suffix not supported",
+        add("suffix not supported",
             HttpAnswer(catalogue("<package name='Camera Host' release='3' status='STABLE' url='a.exe'/>")), upToDate,
             upToDateLine);
-        row("empty catalogue", HttpAnswer(catalogue("")), nothing, nothingLine);
-        row("empty body", HttpAnswer(), nothing, nothingLine);
-        row("no XML", HttpAnswer("<html>"), nothing, nothingLine);
-        row("302 without target", HttpAnswer(catalogue(""), 302), nothing, nothingLine);
-        row("308 is no redirect here", HttpAnswer::redirect("/catalogue", 308), nothing, nothingLine);
-        row("compressed all the same", HttpAnswer("\x1f\x8b\x08").header("Content-Encoding", "gzip"), nothing,
+        add("empty catalogue", HttpAnswer(catalogue("")), nothing, nothingLine);
+        add("empty body", HttpAnswer(), nothing, nothingLine);
+        add("no XML", HttpAnswer("<html>"), nothing, nothingLine);
+        add("302 without target", HttpAnswer(catalogue(""), 302), nothing, nothingLine);
+        add("308 is no redirect here", HttpAnswer::redirect("/catalogue", 308), nothing, nothingLine);
+        add("compressed all the same", HttpAnswer("\x1f\x8b\x08").header("Content-Encoding", "gzip"), nothing,
             nothingLine);
-        row("not found", HttpAnswer("x", 404), nullptr,
+        add("not found", HttpAnswer("x", 404), nullptr,
             "SoftwareUpdateClient::evaluateServerResponse() -> reply->errorString(): *");
-        row("dropped", HttpAnswer("12345").dropAfter(2), nullptr,
+        add("dropped", HttpAnswer("12345").dropAfter(2), nullptr,
             "SoftwareUpdateClient::evaluateServerResponse() -> reply->errorString(): *");
-        row("relative redirect", HttpAnswer::redirect("other"), nullptr,
+        add("relative redirect", HttpAnswer::redirect("other"), nullptr,
             "SoftwareUpdateClient::evaluateServerResponse() -> reply->errorString(): *");
     }
     void outcomes()
@@ -214,14 +215,14 @@ private slots:
         QTest::addColumn<QByteArray>("slot");
         QTest::addColumn<int>("delay");
         QTest::addColumn<bool>("checks");
-        QTest::newRow("at start") << true << 0 << QByteArray("doInitialCheck") << 0 << true;
-        QTest::newRow("at start, later") << true << 0 << QByteArray("doInitialCheck") << 1 << true;
-        QTest::newRow("daily, at start") << true << 1 << QByteArray("doInitialCheck") << 0 << false;
-        QTest::newRow("off, at start") << false << 0 << QByteArray("doInitialCheck") << 0 << false;
-        QTest::newRow("asked") << true << 3 << QByteArray("checkForUpdate") << -1 << true;
-        QTest::newRow("asked, off") << false << 3 << QByteArray("checkForUpdate") << 0 << false;
-        QTest::newRow("tick") << true << 1 << QByteArray("queryLastUpdate") << 0 << true;
-        QTest::newRow("tick, off") << false << 1 << QByteArray("queryLastUpdate") << 0 << false;
+        row("at start", true, 0, QByteArray("doInitialCheck"), 0, true);
+        row("at start, later", true, 0, QByteArray("doInitialCheck"), 1, true);
+        row("daily, at start", true, 1, QByteArray("doInitialCheck"), 0, false);
+        row("off, at start", false, 0, QByteArray("doInitialCheck"), 0, false);
+        row("asked", true, 3, QByteArray("checkForUpdate"), -1, true);
+        row("asked, off", false, 3, QByteArray("checkForUpdate"), 0, false);
+        row("tick", true, 1, QByteArray("queryLastUpdate"), 0, true);
+        row("tick, off", false, 1, QByteArray("queryLastUpdate"), 0, false);
     }
     void whoChecksWhen()
     {
@@ -296,9 +297,9 @@ private slots:
     void goneInTheMiddle_data()
     {
         QTest::addColumn<int>("what");
-        QTest::newRow("dialog closed") << 0;
-        QTest::newRow("dialog destroyed") << 1;
-        QTest::newRow("client destroyed") << 2;
+        row("dialog closed", 0);
+        row("dialog destroyed", 1);
+        row("client destroyed", 2);
     }
     void goneInTheMiddle()
     {

@@ -1,6 +1,7 @@
 // The client as an object: its settings in the host's store, key by key, the schedule, and the slots that hosts call.
 #include "LogCapture.h"
 #include "NodeDB.h"
+#include "Row.h"
 #include "TestHost.h"
 
 #include <QNetworkAccessManager>
@@ -41,9 +42,9 @@ private slots:
     {
         QTest::addColumn<QVariant>("stored");
         QTest::addColumn<QString>("server");
-        QTest::newRow("none") << QVariant() << "http://argument/";
-        QTest::newRow("other") << QVariant("http://stored/") << "http://stored/";
-        QTest::newRow("empty") << QVariant("") << "";
+        row("none", QVariant(), "http://argument/");
+        row("other", QVariant("http://stored/"), "http://stored/");
+        row("empty", QVariant(""), "");
     }
     void storedServer()
     {
@@ -80,22 +81,24 @@ private slots:
     {
         QTest::addColumn<QVariantMap>("stored");
         QTest::addColumn<QString>("expected"); // the fields in order
-        QTest::newRow("nothing") << QVariantMap() << "-|0|-|true|false|0|||";
-        QTest::newRow("all") << QVariantMap { { "product", "P" },
-                                              { "versionNumber", "2.1" },
-                                              { "serverURL", "u" },
-                                              { "doUpdateCheck", false },
-                                              { "checkForBeta", true },
-                                              { "updateInterval", 3 },
-                                              { "supportedPlatforms", "a,,b" },
-                                              { "installablePackageTypes", "zip" },
-                                              { "currentCameraVersions", "QC:1.2,QD:" } }
-                             << "P|2.1|u|false|true|3|a b|zip|QC=1.2 QD=0";
-        QTest::newRow("junk") << QVariantMap {
-            { "doUpdateCheck", "" }, { "updateInterval", "weekly" }, { "currentCameraVersions", ",:,::,QC" }
-        } << "-|0|-|true|false|0|||=0 =0 QC=0";
-        QTest::newRow("lists without quotes")
-            << QVariantMap { { "supportedPlatforms", QStringList { "a", "b" } } } << "-|0|-|true|false|0|a b||";
+        row("nothing", QVariantMap(), "-|0|-|true|false|0|||");
+        row("all",
+            QVariantMap { { "product", "P" },
+                          { "versionNumber", "2.1" },
+                          { "serverURL", "u" },
+                          { "doUpdateCheck", false },
+                          { "checkForBeta", true },
+                          { "updateInterval", 3 },
+                          { "supportedPlatforms", "a,,b" },
+                          { "installablePackageTypes", "zip" },
+                          { "currentCameraVersions", "QC:1.2,QD:" } },
+            "P|2.1|u|false|true|3|a b|zip|QC=1.2 QD=0");
+        row("junk",
+            QVariantMap {
+                { "doUpdateCheck", "" }, { "updateInterval", "weekly" }, { "currentCameraVersions", ",:,::,QC" } },
+            "-|0|-|true|false|0|||=0 =0 QC=0");
+        row("lists without quotes", QVariantMap { { "supportedPlatforms", QStringList { "a", "b" } } },
+            "-|0|-|true|false|0|a b||");
     }
     void readingTheStore()
     {
@@ -171,10 +174,10 @@ private slots:
         QTest::addColumn<QDateTime>("last");
         QTest::addColumn<QDateTime>("due");
         const auto at = [](int month, int day) { return QDateTime(QDate(2025, month, day), QTime(12, 0)); };
-        QTest::newRow("daily") << 1 << at(3, 1) << at(3, 2);
-        QTest::newRow("weekly") << 2 << at(3, 1) << at(3, 8);
-        QTest::newRow("monthly") << 3 << at(3, 1) << at(4, 1);
-        QTest::newRow("monthly, short month") << 3 << at(1, 31) << at(2, 28);
+        row("daily", 1, at(3, 1), at(3, 2));
+        row("weekly", 2, at(3, 1), at(3, 8));
+        row("monthly", 3, at(3, 1), at(4, 1));
+        row("monthly, short month", 3, at(1, 31), at(2, 28));
     }
     void whenACheckIsDue()
     {
@@ -194,11 +197,11 @@ private slots:
         QTest::addColumn<int>("daysAgo");
         QTest::addColumn<QString>("line");
         const QString prefix = "SoftwareUpdateClient::queryLastUpdate() -> ";
-        QTest::newRow("at start") << 0 << 99 << QString();
-        QTest::newRow("daily") << 1 << 2 << prefix + "daily update fired";
-        QTest::newRow("weekly") << 2 << 8 << prefix + "weekly update fired";
-        QTest::newRow("weekly, too early") << 2 << 6 << QString();
-        QTest::newRow("monthly") << 3 << 40 << prefix + "monthly update fired";
+        row("at start", 0, 99, QString());
+        row("daily", 1, 2, prefix + "daily update fired");
+        row("weekly", 2, 8, prefix + "weekly update fired");
+        row("weekly, too early", 2, 6, QString());
+        row("monthly", 3, 40, prefix + "monthly update fired");
     }
     void hourlyTick()
     {

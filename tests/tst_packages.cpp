@@ -1,6 +1,7 @@
 // The package record, and which packages are picked for what is installed.
 #include "DownloadManager.h"
 #include "PackageIndex.h"
+#include "Row.h"
 
 #include <QRandomGenerator>
 #include <QTranslator>
@@ -97,21 +98,11 @@ private slots:
         QTest::addColumn<QString>("language");
         QTest::addColumn<QString>("fallback");
         QTest::addColumn<QString>("found");
-        QTest::newRow("exact") << "de_DE"
-                               << "en"
-                               << "exact";
-        QTest::newRow("two letters") << "de_CH"
-                                     << "en_US"
-                                     << "newer";
-        QTest::newRow("fallback") << "fr_FR"
-                                  << "en"
-                                  << "english";
-        QTest::newRow("two letters of fallback") << "fr_FR"
-                                                 << "en_US"
-                                                 << "english";
-        QTest::newRow("none") << "fr"
-                              << "it"
-                              << "";
+        row("exact", "de_DE", "en", "exact");
+        row("two letters", "de_CH", "en_US", "newer");
+        row("fallback", "fr_FR", "en", "english");
+        row("two letters of fallback", "fr_FR", "en_US", "english");
+        row("none", "fr", "it", "");
     }
     void languageFallback()
     {
@@ -154,14 +145,14 @@ private slots:
                                const QStringSet &platforms) {
             return PackageInfo("", name, release, status, QDateTime(), platforms, { "xx" }, "", "");
         };
-        QTest::newRow("empty") << PackageInfo() << QStringList() << true;
-        QTest::newRow("all") << filter("Host", "2.9", "STABLE", { "linux-arm" }) << QStringList("zip") << true;
-        QTest::newRow("name's case") << filter("host", "", "", {}) << QStringList() << false;
-        QTest::newRow("same release") << filter("", "2.10.0", "", {}) << QStringList() << false;
-        QTest::newRow("status") << filter("", "", "BETA", {}) << QStringList() << false;
-        QTest::newRow("platform") << filter("", "", "", { "Linux" }) << QStringList() << false;
-        QTest::newRow("platform begins") << filter("", "", "", { "lin" }) << QStringList() << true;
-        QTest::newRow("suffix' case") << PackageInfo() << QStringList { "exe", "ZIP" } << false;
+        row("empty", PackageInfo(), QStringList(), true);
+        row("all", filter("Host", "2.9", "STABLE", { "linux-arm" }), QStringList("zip"), true);
+        row("name's case", filter("host", "", "", {}), QStringList(), false);
+        row("same release", filter("", "2.10.0", "", {}), QStringList(), false);
+        row("status", filter("", "", "BETA", {}), QStringList(), false);
+        row("platform", filter("", "", "", { "Linux" }), QStringList(), false);
+        row("platform begins", filter("", "", "", { "lin" }), QStringList(), true);
+        row("suffix' case", PackageInfo(), QStringList { "exe", "ZIP" }, false);
     }
     void candidateTest()
     {
@@ -175,21 +166,11 @@ private slots:
         QTest::addColumn<QString>("offered");
         QTest::addColumn<QString>("installed");
         QTest::addColumn<QString>("kept");
-        QTest::newRow("number order") << "2.9.1 2.10 2.8"
-                                      << "2.9"
-                                      << "2.10";
-        QTest::newRow("all of the newest") << "3.0 2.0 3.0"
-                                           << "1"
-                                           << "3.0 3.0";
-        QTest::newRow("first spelling") << "2.1 2.1.0 2.1"
-                                        << "1"
-                                        << "2.1 2.1";
-        QTest::newRow("nothing above 0") << "- -"
-                                         << ""
-                                         << "";
-        QTest::newRow("nothing newer") << "1.0 2.0"
-                                       << "2.0"
-                                       << "";
+        row("number order", "2.9.1 2.10 2.8", "2.9", "2.10");
+        row("all of the newest", "3.0 2.0 3.0", "1", "3.0 3.0");
+        row("first spelling", "2.1 2.1.0 2.1", "1", "2.1 2.1");
+        row("nothing above 0", "- -", "", "");
+        row("nothing newer", "1.0 2.0", "2.0", "");
     }
     void candidates()
     {
@@ -247,15 +228,15 @@ private slots:
                                const QStringSet &languages) {
             return PackageInfo("x", "x", release, status, date, { "x" }, languages, "", "");
         };
-        QTest::newRow("other fields do not count") << filter("", "", {}, {}) << true;
-        QTest::newRow("text order") << filter("2.9", "", {}, {}) << false;
-        QTest::newRow("newer in text order") << filter("2.0", "", {}, {}) << true;
-        QTest::newRow("beta is admitted to stable") << filter("", "STABLE", {}, {}) << true;
-        QTest::newRow("beta is not admitted to alpha") << filter("", "ALPHA", {}, {}) << false;
-        QTest::newRow("same date") << filter("", "", day, {}) << true;
-        QTest::newRow("older") << filter("", "", day.addSecs(1), {}) << false;
-        QTest::newRow("languages are left out") << filter("", "", {}, { "de" }) << false;
-        QTest::newRow("other languages") << filter("", "", {}, { "fr" }) << true;
+        row("other fields do not count", filter("", "", {}, {}), true);
+        row("text order", filter("2.9", "", {}, {}), false);
+        row("newer in text order", filter("2.0", "", {}, {}), true);
+        row("beta is admitted to stable", filter("", "STABLE", {}, {}), true);
+        row("beta is not admitted to alpha", filter("", "ALPHA", {}, {}), false);
+        row("same date", filter("", "", day, {}), true);
+        row("older", filter("", "", day.addSecs(1), {}), false);
+        row("languages are left out", filter("", "", {}, { "de" }), false);
+        row("other languages", filter("", "", {}, { "fr" }), true);
     }
     void queryFilter()
     {
@@ -288,4 +269,5 @@ private slots:
 };
 
 QTEST_MAIN(PackagesTest)
+#include "Row.h"
 #include "tst_packages.moc"

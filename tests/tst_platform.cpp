@@ -4,6 +4,7 @@
 #include "ParseException.h"
 #include "Preferences.h"
 #include "QuorvelSoftwareVersion.h"
+#include "Row.h"
 #include "StringUtils.h"
 #include "VersionNumber.h"
 #include "XmlTree.h"
@@ -43,25 +44,25 @@ private slots:
         QTest::addColumn<QString>("older");
         QTest::addColumn<QString>("newer");
         QTest::addColumn<bool>("equal");
-        const auto row = [](const char *older, const char *newer, bool equal = false) {
+        const auto add = [](const char *older, const char *newer, bool equal = false) {
             QTest::addRow("%s %s %s", older, equal ? "=" : "<", newer) << older << newer << equal;
         };
-        row("9.0", "10.0");
-        row("2.9.1", "2.10");
-        row("2.1", "2.1.0.0", true);
-        row("", "0", true);
-        row("02.001", " 2.1 ", true);
-        row("2.1.", "2.1", true);
-        row("1.99999999999999999998", "1.99999999999999999999");
-        row("99999999999999999999", "100000000000000000000");
-        row("2.1 BETA", "2.1");
-        row("2.1-rc1", "2.1-RC2");
-        row("2.1 beta 2", "2.1beta10");
-        row("2.1-beta", "2.1-rc");
-        row("1.0.2", "1.0.2a");
-        row("1.0.2a", "1.0.2b");
-        row("0", "1-alpha");
-        row("unknown", "0.0.1");
+        add("9.0", "10.0");
+        add("2.9.1", "2.10");
+        add("2.1", "2.1.0.0", true);
+        add("", "0", true);
+        add("02.001", " 2.1 ", true);
+        add("2.1.", "2.1", true);
+        add("1.99999999999999999998", "1.99999999999999999999");
+        add("99999999999999999999", "100000000000000000000");
+        add("2.1 BETA", "2.1");
+        add("2.1-rc1", "2.1-RC2");
+        add("2.1 beta 2", "2.1beta10");
+        add("2.1-beta", "2.1-rc");
+        add("1.0.2", "1.0.2a");
+        add("1.0.2a", "1.0.2b");
+        add("0", "1-alpha");
+        add("unknown", "0.0.1");
     }
     void versionOrder()
     {
@@ -164,12 +165,12 @@ private slots:
         QTest::addColumn<QByteArray>("slot");
         QTest::addColumn<QByteArray>("type");
         QTest::addColumn<QString>("seen");
-        QTest::newRow("name") << QByteArray("plain") << QByteArray("QByteArray") << "plain x";
-        QTest::newRow("SLOT()") << QByteArray(SLOT(plain(QByteArray))) << QByteArray("QByteArray") << "plain x";
-        QTest::newRow("spelled with const") << QByteArray("plain") << QByteArray("const QByteArray &") << "plain x";
-        QTest::newRow("registered alias") << QByteArray("alias") << QByteArray("QByteArray") << "alias";
-        QTest::newRow("no such slot") << QByteArray("other") << QByteArray("QByteArray") << QString();
-        QTest::newRow("other argument") << QByteArray("none") << QByteArray("QByteArray") << QString();
+        row("name", QByteArray("plain"), QByteArray("QByteArray"), "plain x");
+        row("SLOT()", QByteArray(SLOT(plain(QByteArray))), QByteArray("QByteArray"), "plain x");
+        row("spelled with const", QByteArray("plain"), QByteArray("const QByteArray &"), "plain x");
+        row("registered alias", QByteArray("alias"), QByteArray("QByteArray"), "alias");
+        row("no such slot", QByteArray("other"), QByteArray("QByteArray"), QString());
+        row("other argument", QByteArray("none"), QByteArray("QByteArray"), QString());
     }
     void queuedCalls()
     {
@@ -191,15 +192,14 @@ private slots:
     void treeEqualsDom_data()
     {
         QTest::addColumn<QByteArray>("xml");
-        QTest::newRow("siblings of one name") << QByteArray("<a><b>1</b><c/><b>2</b><b x='y'/></a>");
-        QTest::newRow("mixed text") << QByteArray("<a>x<b>y<!-- no --></b>z <![CDATA[<&]]>\n <b> </b>&amp;</a>");
-        QTest::newRow("comments and white space")
-            << QByteArray("<?xml version='1.0'?>\n<!-- a --><a>\n <b>\n</b></a>\n");
-        QTest::newRow("name with a colon") << QByteArray("<a xmlns:n='u'><n:b c='d'>t</n:b></a>");
-        QTest::newRow("Latin-1") << QByteArray("<?xml version='1.0' encoding='ISO-8859-1'?><a b='\xe4'>\xfc</a>");
-        QTest::newRow("UTF-8 mark") << QByteArray("\xef\xbb\xbf<a>\xc3\xa4</a>");
-        QTest::newRow("UTF-16") << QByteArray("\xff\xfe<\0a\0>\0\xe4\0<\0/\0a\0>\0", 18);
-        QTest::newRow("harmless DTD") << QByteArray("<!DOCTYPE a SYSTEM 'http://127.0.0.1:9/x.dtd'><a>x</a>");
+        row("siblings of one name", QByteArray("<a><b>1</b><c/><b>2</b><b x='y'/></a>"));
+        row("mixed text", QByteArray("<a>x<b>y<!-- no --></b>z <![CDATA[<&]]>\n <b> </b>&amp;</a>"));
+        row("comments and white space", QByteArray("<?xml version='1.0'?>\n<!-- a --><a>\n <b>\n</b></a>\n"));
+        row("name with a colon", QByteArray("<a xmlns:n='u'><n:b c='d'>t</n:b></a>"));
+        row("Latin-1", QByteArray("<?xml version='1.0' encoding='ISO-8859-1'?><a b='\xe4'>\xfc</a>"));
+        row("UTF-8 mark", QByteArray("\xef\xbb\xbf<a>\xc3\xa4</a>"));
+        row("UTF-16", QByteArray("\xff\xfe<\0a\0>\0\xe4\0<\0/\0a\0>\0", 18));
+        row("harmless DTD", QByteArray("<!DOCTYPE a SYSTEM 'http://127.0.0.1:9/x.dtd'><a>x</a>"));
     }
     void treeEqualsDom()
     {
@@ -225,31 +225,29 @@ private slots:
         QByteArray manyNames = "<a>";
         for (int i = 0; i < 1000; ++i)
             manyNames += "<b" + QByteArray::number(i) + "/>";
-        QTest::newRow("empty") << QByteArray();
-        QTest::newRow("text") << QByteArray("hello");
-        QTest::newRow("truncated") << QByteArray("<a><b>");
-        QTest::newRow("two roots") << QByteArray("<a/><b/>");
-        QTest::newRow("billion laughs") << QByteArray(
-            "<!DOCTYPE a [<!ENTITY b 'x'><!ENTITY c '&b;&b;&b;&b;'>]><a>&c;</a>");
-        QTest::newRow("external entity") << QByteArray(
-            "<!DOCTYPE a [<!ENTITY b SYSTEM 'file:///etc/passwd'>]><a>&b;</a>");
-        QTest::newRow("long entity, often") << "<!DOCTYPE a [<!ENTITY b '" + QByteArray(4000, 'x') + "'>]><a>"
-                + QByteArray("&b;").repeated(50'000) + "</a>";
-        QTest::newRow("undeclared entity") << QByteArray("<a>&b;</a>");
-        QTest::newRow("default attributes")
-            << "<!DOCTYPE a [" + QByteArray("<!ATTLIST a b CDATA 'x'>").repeated(300) + "]><a/>";
-        QTest::newRow("100,000 levels") << nested(100'000);
-        QTest::newRow("65 levels") << nested(65);
-        QTest::newRow("100,000 attributes") << manyAttributes + "/>";
-        QTest::newRow("65 attributes") << manyAttributes.left(int(manyAttributes.indexOf(" b65="))) + "/>";
-        QTest::newRow("too many elements") << "<a>" + QByteArray("<b/>").repeated(600'000) + "</a>";
-        QTest::newRow("too long") << "<a>" + QByteArray((16 << 20) + 1, 'x') + "</a>";
-        QTest::newRow("NUL") << QByteArray("<a>\0</a>", 8);
-        QTest::newRow("invalid UTF-8") << QByteArray("<a>\xff\xff</a>");
-        QTest::newRow("UTF-32") << QByteArray("<\0\0\0a\0\0\0/\0\0\0>\0\0\0", 16);
-        QTest::newRow("unknown encoding") << QByteArray("<?xml version='1.0' encoding='utf-7'?><a/>");
-        QTest::newRow("UTF-16 without end") << QByteArray("\xfe\xff\0<", 4);
-        QTest::newRow("names without end (tree only)") << manyNames + "</a>";
+        row("empty", QByteArray());
+        row("text", QByteArray("hello"));
+        row("truncated", QByteArray("<a><b>"));
+        row("two roots", QByteArray("<a/><b/>"));
+        row("billion laughs", QByteArray("<!DOCTYPE a [<!ENTITY b 'x'><!ENTITY c '&b;&b;&b;&b;'>]><a>&c;</a>"));
+        row("external entity", QByteArray("<!DOCTYPE a [<!ENTITY b SYSTEM 'file:///etc/passwd'>]><a>&b;</a>"));
+        row("long entity, often",
+            "<!DOCTYPE a [<!ENTITY b '" + QByteArray(4000, 'x') + "'>]><a>" + QByteArray("&b;").repeated(50'000)
+                + "</a>");
+        row("undeclared entity", QByteArray("<a>&b;</a>"));
+        row("default attributes", "<!DOCTYPE a [" + QByteArray("<!ATTLIST a b CDATA 'x'>").repeated(300) + "]><a/>");
+        row("100,000 levels", nested(100'000));
+        row("65 levels", nested(65));
+        row("100,000 attributes", manyAttributes + "/>");
+        row("65 attributes", manyAttributes.left(int(manyAttributes.indexOf(" b65="))) + "/>");
+        row("too many elements", "<a>" + QByteArray("<b/>").repeated(600'000) + "</a>");
+        row("too long", "<a>" + QByteArray((16 << 20) + 1, 'x') + "</a>");
+        row("NUL", QByteArray("<a>\0</a>", 8));
+        row("invalid UTF-8", QByteArray("<a>\xff\xff</a>"));
+        row("UTF-32", QByteArray("<\0\0\0a\0\0\0/\0\0\0>\0\0\0", 16));
+        row("unknown encoding", QByteArray("<?xml version='1.0' encoding='utf-7'?><a/>"));
+        row("UTF-16 without end", QByteArray("\xfe\xff\0<", 4));
+        row("names without end (tree only)", manyNames + "</a>");
     }
     void refusedXml()
     {
