@@ -3,6 +3,7 @@
 #include "HttpClient.h"
 #include "PackageInfo.h"
 
+#include <QDir>
 #include <QDomElement>
 #include <QHash>
 #include <QIODevice>
@@ -14,12 +15,15 @@
 namespace qv {
 
 class PackageIndex;
+class Unzipper;
 
-/// Asks an update server for its catalogue, remembers across runs which packages it has seen, and downloads packages
-/// and release notes. Its static members read catalogues and pick from them what concerns the installed products.
+/// Asks an update server for its catalogue, remembers across runs which packages it has seen, downloads packages and
+/// release notes, unpacks packages and hands over to installers. Its static members read catalogues and pick from them
+/// what concerns the installed products.
 ///
 /// Lives on the GUI thread and belongs to whoever creates it; it may be deleted at any time, in a slot of its own
-/// signals too. Requests run one at a time, in the order of the calls. Nothing throws.
+/// signals too. Requests run one at a time, in the order of the calls. Nothing throws but runInstaller() and
+/// runZipInstaller().
 /// @code
 /// DownloadManager manager(settings, cacheFile);
 /// connect(&manager, &DownloadManager::packageFound, this, [](const PackageInfoList &packages) {
@@ -76,6 +80,17 @@ public:
     /// Writes what is remembered into the group "Download" of @p settings, and the last catalogue into @p cacheFile,
     /// which is replaced in one step. What cannot be written is lost without notice.
     void storeHistory(QSettings &settings, const QString &cacheFile) const;
+
+    /// True when the package that installLater() set aside lies on the disk with the size that its PackageInfo tells.
+    bool hasInstallPackage() const;
+
+    /// The package that installLater() set aside: its localFile, and in its spareFlag whether to ask before installing.
+    PackageInfo &installPackage() { return installPackageInfo; }
+    const PackageInfo &installPackage() const { return installPackageInfo; }
+
+    /// The program to start in an unpacked folder, relative to @p folder: the largest executable file of the first
+    /// folder that has one, itself before its subfolders. Empty where there is none. Links that lead out do not count.
+    static QString findDefaultExecutable(const QDir &folder);
 
     // The words of a catalogue: its elements, and the values that stand in them as child elements or attributes.
     static const QString DOCUMENT_TAG; ///< "softwareList", the usual root; any other is read too
@@ -193,6 +208,34 @@ public slots:
     /// Deliberate: from port 80 over plain HTTP, as packages.
     void downloadReleaseNotes(const QUrl &url);
 
+    /// Unpacks @p packageFile in the background into a new folder for temporary files, then deletes it and emits
+    /// unzippingDone(). An archive that fails (see ZipReader::extractFiles()) leaves no folder; a message box tells,
+    /// and the file stays. Deliberate: a manager unpacks one package in its life; further calls do nothing.
+    void unzipPackage(const QString &packageFile);
+
+    /// Replaces this process by the updater program: its path, the folder of the installed application, the folder with
+    /// the new version, and the file name of the program to start there. Nothing of the host runs any more, no
+    /// destructor either. Returns, and that at once, only when the updater cannot be started.
+    static void startUpdate(const QString &updateApplicationPath, const QString &installationPath,
+                            const QString &tempApplicationPath, const QString &newApplication);
+
+    /// Sets a package aside for the host to find with hasInstallPackage() and installPackage(); nothing here installs
+    /// it. The second form names files and folders: the package, the updater program, the folder to install into and
+    /// the program to start.
+    void installLater(const PackageInfo &info, bool confirmInstall);
+    void installLater(const QString &packageFile, const QString &updaterExe, const QString &targetFolder,
+                      const QString &applicationExe = QString());
+
+    /// Runs runZipInstaller() for a name that ends with "zip". Throws an ExceptionQt for every other.
+    void runInstaller(const QString &installerFile);
+
+    /// Lets the user choose a folder, unpacks @p packageFile under a progress dialog, and replaces this process by the
+    /// shell command that copies it there. Returns when the user cancelled or the shell cannot be started. An archive
+    /// that fails is told in a message box and thrown as an IOException.
+    ///
+    /// Deliberate: the wait cursor stays; after the progress dialog's Cancel the emptied temporary folder does too.
+    void runZipInstaller(const QString &packageFile);
+
 signals:
     // By value: hosts name the overloads by these types.
     void queryStarted(QString url); ///< the server, without the path
@@ -211,6 +254,8 @@ signals:
     /// @p url as it was asked for, without a port; @p text is empty unless the server's status was 200.
     void releaseNotesDownloaded(QUrl url, QString text);
 
+    void unzippingDone(QString folder); ///< the folder now belongs to the receiver
+
 public:
     static constexpr qint64 MostSurplusBytes = 16LL * 1024 * 1024;
 
@@ -228,6 +273,8 @@ private slots:
     void downloadStarting(const RequestPtr &request);
     void downloadResult(const RequestPtr &request);
     void releaseNotesResult(const RequestPtr &request);
+    void unzippingFinished(const QString &folder);
+    void unzippingFailed(const QString &message);
 
 private:
     void connectRelays();
@@ -242,6 +289,14 @@ private:
     QByteArray lastAnswer;
     QHash<QString, QDateTime> history; // by PackageInfo::stringID(): when first seen, UTC
     QString cookie;                    // kept, read by nothing
+    Unzipper *unzipper = nullptr;      // from the first unzipPackage() on
+    PackageInfo installPackageInfo;
+    struct
+    {
+        QString updater;
+        QString targetFolder;
+        QString application;
+    } installTexts; // set aside with the package, read by nothing here
 };
 
 } // namespace qv

@@ -5,6 +5,7 @@
 
 #include <QNetworkProxy>
 #include <QObject>
+#include <QPointer>
 #include <QScopedPointer>
 #include <QSettings>
 #include <QWidget>
@@ -171,7 +172,7 @@ private:
     SoftUpIndexList selectedRows;                   // the row that is being installed
     SoftwareUpdateDialog *settingsDialog = nullptr; // set until it is destroyed, hidden or not
     SoftwareUpdateAvailableDialog *availableDialog = nullptr; // likewise
-    QProgressDialog *progressDialog = nullptr;                // exists while a package downloads
+    QPointer<QProgressDialog> progressDialog;                 // exists while a package downloads
     QString downloadedFile;
     QString unpackedFolder; // Deliberate: stays empty, the updater gets an empty new folder
     Qt::WindowFlags windowFlags;

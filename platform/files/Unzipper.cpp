@@ -5,6 +5,7 @@
 #include "IOException.h"
 #include "ZipExtractor.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 
@@ -13,12 +14,20 @@ namespace qv {
 Unzipper::Unzipper(const QString &archiveFile, const QString &targetFolder, bool flatten)
     : archive(archiveFile), folder(targetFolder), flat(flatten), worker([this] { run(); })
 {
+    if (qApp) // whoever forgets this object when the application ends still leaves nothing behind
+        connect(qApp, &QCoreApplication::aboutToQuit, this, &Unzipper::stop);
 }
 
 Unzipper::~Unzipper()
 {
+    stop();
+}
+
+void Unzipper::stop()
+{
     stopped = true;
-    worker.join();
+    if (worker.joinable())
+        worker.join();
 }
 
 bool Unzipper::removeZipFile()

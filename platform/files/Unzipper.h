@@ -16,7 +16,7 @@ namespace qv {
 /// auto *unzipper = new Unzipper(file, FileUtils::createTempDir(), false);
 /// connect(unzipper, &Unzipper::unzippingDone, ...); // in time: signals wait for the event loop
 /// @endcode
-/// Destroying it in the middle stops the thread, without a signal.
+/// Destroying it in the middle stops the thread, without a signal; so does the end of the application.
 class QV_PLATFORM_EXPORT Unzipper : public QObject
 {
     Q_OBJECT
@@ -36,6 +36,7 @@ signals:
     void unzippingFailed(const QString &message);
 
 private:
+    void stop();
     void run();
     bool unpack();
 
