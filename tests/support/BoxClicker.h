@@ -1,0 +1,68 @@
+#pragma once
+
+#include <QApplication>
+#include <QEvent>
+#include <QFileDialog>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QStringList>
+
+/// Answers the modal boxes that appear while it lives, each by the button of the next text in @p answers, or "OK" when
+/// there is none left, and writes down what they said:
+/// "Critical|title|text|OK:Accept", with the buttons in the order in which they were added.
+///
+/// A folder chooser is answered with @p folder, or cancelled where that is empty.
+class BoxClicker : public QObject
+{
+public:
+    explicit BoxClicker(const QStringList &answers = QStringList(), const QString &folder = QString())
+        : answers(answers), folder(folder)
+    {
+        qApp->installEventFilter(this);
+    }
+
+    QStringList boxes;
+
+    bool eventFilter(QObject *object, QEvent *event) override
+    {
+        if (event->type() != QEvent::Show)
+            return false;
+        if (auto *box = qobject_cast<QMessageBox *>(object))
+            QMetaObject::invokeMethod(
+                box, [this, box] { answer(box); }, Qt::QueuedConnection);
+        if (auto *dialog = qobject_cast<QFileDialog *>(object))
+            QMetaObject::invokeMethod(
+                dialog, [this, dialog] { choose(dialog); }, Qt::QueuedConnection);
+        return false;
+    }
+
+private:
+    void answer(QMessageBox *box)
+    {
+        static const QStringList icons { "None", "Information", "Warning", "Critical", "Question" };
+        static const QStringList roles { "Accept", "Reject" };
+        const QString wanted = answers.isEmpty() ? QStringLiteral("OK") : answers.takeFirst();
+        QAbstractButton *found = nullptr;
+        QStringList buttons;
+        for (auto *button : box->findChildren<QPushButton *>()) {
+            const QString text = button->text().remove(QLatin1Char('&'));
+            buttons << text + QLatin1Char(':') + roles.value(box->buttonRole(button), QStringLiteral("other"));
+            if (text == wanted)
+                found = button;
+        }
+        boxes << QStringList { icons.value(box->icon()), box->windowTitle(), box->text(), buttons.join(',') }.join('|');
+        if (!found || !box->isModal())
+            qFatal("no button %s, or not modal: %s", qPrintable(wanted), qPrintable(boxes.last()));
+        found->click();
+    }
+
+    void choose(QFileDialog *dialog)
+    {
+        boxes << dialog->windowTitle() + QLatin1Char('|') + dialog->directory().absolutePath();
+        dialog->selectFile(folder);
+        folder.isEmpty() ? dialog->reject() : static_cast<QDialog *>(dialog)->done(QDialog::Accepted);
+    }
+
+    QStringList answers;
+    QString folder;
+};

@@ -1,0 +1,490 @@
+// From a downloaded package to the program that takes over: unpacking, choosing a program, and each package type's road
+// through a real download. What replaces the process runs in a child: this program once more, told what to do.
+#include "BoxClicker.h"
+#include "DownloadManager.h"
+#include "FileUtils.h"
+#include "HttpServer.h"
+#include "IOException.h"
+#include "LogCapture.h"
+#include "NodeDB.h"
+#include "TestHost.h"
+#include "ZipBuilder.h"
+
+#include <QDesktopServices>
+#include <QProcess>
+#include <QProgressDialog>
+
+#include <iostream>
+
+using namespace qv;
+
+namespace {
+
+const QString question = "Warning|Install Package|After downloading the package, the installer will automatically exit "
+                         "and restart your application!|Cancel Install:Reject,Proceed:Accept";
+const QString restart = "Warning|Restart required|Please restart your application to finish the installation process.|"
+                        "Restart later:Reject,Restart now:Accept";
+const QString installationFailed = "Critical|Installation failed|Installation process failed. If problem persists try "
+                                   "manual install.|OK:Accept";
+const unsigned Program = S_IFREG | 0755;
+const QByteArray showArguments = "#!/bin/sh\nprintf '%s\\n' $$ \"$0\" \"$@\"\n";
+
+void writeProgram(const QString &path, const QByteArray &script)
+{
+    FileUtils::writeBytes(script, path);
+    QFile::setPermissions(path, QFile::Permissions(0x7755));
+}
+
+/// A client that has found one package, downloaded over the proxy on loopback at @p port.
+struct InstallingHost : TestHost
+{
+    explicit InstallingHost(int port) : client("P", VersionNumber("1.0"), "http://updates.example/xml", &window)
+    {
+        NodeDB::getDB().setGlobalProxy(NetworkProxy("127.0.0.1", port));
+        SoftwareUpdateSettings settings;
+        client.getCurrentSettings(&settings);
+        settings.supportedPackageTypes =
+            QStringList { "exe", "mpkg", "zip", "ZIP", "msi", "deb", "rpk", "tar.gz", "bin" };
+        client.setCurrentSettings(&settings);
+    }
+    ~InstallingHost() { NodeDB::getDB().setGlobalProxy(NetworkProxy()); }
+
+    void install()
+    {
+        client.checkForUpdate();
+        QTRY_VERIFY(availableDialog() && availableDialog()->isVisible());
+        emit availableDialog()->installPackage(0);
+    }
+
+    SoftwareUpdateClient client;
+};
+
+/// What the child does; a return value means that nothing has replaced it.
+int runChild(const QStringList &arguments)
+{
+    const QString what = arguments.value(0);
+    BoxClicker clicker(what == "client" ? QStringList { "Proceed", "Restart now" } : QStringList(), arguments.value(2));
+    if (what == "update") {
+        DownloadManager::startUpdate(arguments[1], arguments[2], arguments[3], arguments[4]);
+    } else if (what == "unpack") {
+        try {
+            DownloadManager().runInstaller(arguments[1]);
+        } catch (const IOException &exception) {
+            clicker.boxes << "thrown: " + exception.message();
+        }
+        clicker.boxes << (QGuiApplication::overrideCursor() ? "waiting" : "not waiting");
+    } else {
+        InstallingHost host(arguments[1].toInt());
+        host.install();
+        const auto isOver = [&] { return clicker.boxes.size() == 3; };
+        if (!QTest::qWaitFor(isOver, 60'000))
+            clicker.boxes << "nothing happened";
+    }
+    std::cout << clicker.boxes.join('\n').toStdString() << std::endl;
+    return 0;
+}
+
+} // namespace
+
+/// Stands in for the desktop: takes what it is asked to open, or cannot open anything.
+class Desktop : public QObject
+{
+    Q_OBJECT
+
+public:
+    Desktop() { QDesktopServices::setUrlHandler("file", this, "open"); }
+    ~Desktop() override { QDesktopServices::unsetUrlHandler("file"); }
+
+    QStringList opened;
+
+public slots:
+    void open(const QUrl &url) { opened << url.fileName(); }
+};
+
+class InstallTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        scratch = std::make_unique<QTemporaryDir>(base);
+        QVERIFY(QDir(scratch->path()).mkpath("tmp"));
+        qputenv("TMPDIR", at("tmp").toLocal8Bit());
+        QCoreApplication::setApplicationName("Camera Host");
+    }
+
+    void unzips()
+    {
+        LogCapture log;
+        FileUtils::writeBytes(ZipBuilder::archive({ { "a", "text" } }), at("p.zip"));
+        DownloadManager manager;
+        QSignalSpy done(&manager, &DownloadManager::unzippingDone);
+        manager.unzipPackage(at("p.zip"));
+        manager.unzipPackage(at("p.zip")); // only logs
+        QVERIFY(done.wait());
+        QCOMPARE(done.count(), 1);
+        const QString folder = done[0][0].toString();
+        QCOMPARE(temporary(), QStringList { QFileInfo(folder).fileName() });
+        QCOMPARE(FileUtils::readBytes(folder + "/a"), QByteArray("text"));
+        QVERIFY(!QFile::exists(at("p.zip")));
+        QCOMPARE(log.lines().size(), 2);
+        const QString line = "DownloadManager::installPackage() -> trying to extract " + at("p.zip") + " to ";
+        QCOMPARE(log.lines()[0], line + folder);
+        QVERIFY(log.lines()[1].startsWith(line));
+    }
+
+    void unzipFails()
+    {
+        BoxClicker clicker;
+        FileUtils::writeBytes(ZipBuilder::archive({ { "../evil", "text" } }), at("p.zip"));
+        DownloadManager manager;
+        QSignalSpy done(&manager, &DownloadManager::unzippingDone);
+        manager.unzipPackage(at("p.zip"));
+        QTRY_COMPARE(clicker.boxes,
+                     QStringList { "Critical|Camera Host|Downloaded file could not be unpacked:<br>p.zip: the entry "
+                                   "'../evil' leads out of its folder|OK:Accept" });
+        QVERIFY(done.isEmpty() && temporary().isEmpty() && QFile::exists(at("p.zip")));
+    }
+
+    void unzipNeedsATemporaryFolder()
+    {
+        LogCapture log;
+        qputenv("TMPDIR", at("missing").toLocal8Bit());
+        DownloadManager().unzipPackage(at("p.zip"));
+        QCOMPARE(log.lines(),
+                 QStringList { "DownloadManager::unzipPackage() -> Could not create folder to unzip into!" });
+    }
+
+    void defaultExecutable_data()
+    {
+        QTest::addColumn<QList<QByteArray>>("files"); // x: a program, -: a file, >: a link to the rest
+        QTest::addColumn<QString>("program");
+        QTest::newRow("nothing") << QList<QByteArray>() << "";
+        QTest::newRow("no program") << QList<QByteArray> { "-readme", "-bin/data" } << "";
+        QTest::newRow("largest") << QList<QByteArray> { "x1", "x22", "-333" } << "22";
+        QTest::newRow("own before larger below") << QList<QByteArray> { "x1", "xbin/222" } << "1";
+        QTest::newRow("below") << QList<QByteArray> { "-readme", "-doc/a", "xbin/deep/tool" } << "bin/deep/tool";
+        QTest::newRow("link inside") << QList<QByteArray> { ">run>bin/tool", "xbin/tool" } << "run";
+        QTest::newRow("link out") << QList<QByteArray> { ">run>/bin/sh", ">etc>/bin", "xbin/tool" } << "bin/tool";
+        QTest::newRow("link loop") << QList<QByteArray> { ">bin/up>..", ">run>run", ">bin/self>." } << "";
+    }
+    void defaultExecutable()
+    {
+        QFETCH(QList<QByteArray>, files);
+        for (const QByteArray &file : files) {
+            const QList<QByteArray> parts = file.mid(1).split('>');
+            const QString path = at("out/" + parts[0]);
+            QDir().mkpath(QFileInfo(path).path());
+            if (file[0] == '>')
+                QVERIFY(QFile::link(parts[1], path));
+            else if (file[0] == 'x')
+                writeProgram(path, parts[0]);
+            else
+                FileUtils::writeBytes("a rather long text", path);
+        }
+        QTEST(DownloadManager::findDefaultExecutable(QDir(at("out"))), "program");
+    }
+
+    void setsAside()
+    {
+        DownloadManager manager;
+        QVERIFY(!manager.hasInstallPackage());
+        PackageInfo package("t", "n", "1", "s", QDateTime(), {}, {}, "zip", "");
+        package.localFile = at("p.zip");
+        package.fileSize = 4;
+        manager.installLater(package, true);
+        QVERIFY(manager.installPackage().spareFlag);
+        QCOMPARE(manager.installPackage().name, QStringLiteral("n"));
+        for (const QByteArray content : { "", "one", "four", "fiver" }) {
+            QVERIFY(FileUtils::writeBytes(content, at("p.zip")));
+            QCOMPARE(manager.hasInstallPackage(), content.size() == 4);
+        }
+        QVERIFY(FileUtils::writeBytes("4444", at("other.zip")));
+        QVERIFY(QMetaObject::invokeMethod(&manager, "installLater", Q_ARG(QString, at("other.zip")),
+                                          Q_ARG(QString, "updater"), Q_ARG(QString, "target")));
+        QCOMPARE(manager.installPackage().localFile, at("other.zip"));
+        QVERIFY(manager.hasInstallPackage());
+    }
+
+    void otherInstallersAreNotStarted()
+    {
+        for (const QString name : { "p.ZIP", "p.exe", "" }) {
+            try {
+                DownloadManager().runInstaller(name);
+                QFAIL("came back");
+            } catch (const ExceptionQt &exception) {
+                QCOMPARE(exception.message(), QStringLiteral("execl() failed"));
+            }
+        }
+    }
+
+    void updaterTakesOver()
+    {
+        writeProgram(at("\xc3\xbcpdater"), showArguments);
+        const QStringList arguments { at("\xc3\xbcpdater"), "/old f\xc3\xb6lder", "", "pr\xc3\xb6g" };
+        QCOMPARE(child(QStringList { "update" } + arguments),
+                 (QStringList { "PID", arguments[0], "-oldDir", arguments[1], "-newDir", "", "-exe", arguments[3] }));
+        QCOMPARE(child({ "update", at("missing"), "", "", "" }), QStringList { "" });
+    }
+
+    void zipInstaller_data()
+    {
+        QTest::addColumn<QByteArray>("archive");
+        QTest::addColumn<QString>("folder");
+        QTest::addColumn<bool>("hasShell");
+        QTest::addColumn<QStringList>("output"); // %1: the scratch folder, %2: the temporary one
+        const QByteArray package = ZipBuilder::archive({ { "readme", "text" }, { "bin/tool", "#!/bin/sh", Program } });
+        const QString chooser = "Select Installation Path for 'p.zip'|" + QCoreApplication::applicationDirPath();
+        // Of the folder's 16-bit characters only the first is seen.
+        const QStringList words { "PID", "sh", "cp", "-fr", "%2", "/", "&&rm", "-fr", "%2", "&&" };
+        const QString broken = "p.zip: this is no ZIP archive, or its end is missing";
+        QTest::newRow("shell") << package << "%1/chosen" << true << words + QStringList("%1/chosen/bin/tool");
+        QTest::newRow("shell, no program inside")
+            << ZipBuilder::archive({ { "readme", "text" } }) << "%1/chosen" << true
+            << words + QStringList(QCoreApplication::applicationFilePath());
+        QTest::newRow("no shell") << package << "%1/chosen" << false << QStringList { chooser, "waiting" };
+        QTest::newRow("cancelled") << package << "" << true << QStringList { chooser, "not waiting" };
+        QTest::newRow("broken") << package.left(99) << "%1/chosen" << true
+                                << QStringList { chooser, "Critical|Unpacking failed|" + broken + "|OK:Accept",
+                                                 "thrown: " + broken, "not waiting" };
+    }
+    void zipInstaller()
+    {
+        QFETCH(QByteArray, archive);
+        QFETCH(QString, folder);
+        QFETCH(bool, hasShell);
+        QFETCH(QStringList, output);
+        FileUtils::writeBytes(archive, at("p.zip"));
+        QVERIFY(QDir().mkpath(at("chosen")));
+        if (hasShell)
+            writeProgram(at("sh"), showArguments);
+        const QStringList seen = child({ "unpack", at("p.zip"), folder.replace("%1", scratch->path()) });
+        QCOMPARE(temporary().size(), output[0] == "PID" ? 1 : 0);
+        output.replaceInStrings("%1", scratch->path());
+        output.replaceInStrings("%2", at("tmp/") + temporary().value(0).toUtf8());
+        QCOMPARE(seen, output);
+    }
+
+    void outcomes_data()
+    {
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<QString>("answer");
+        QTest::addColumn<QString>("box");  // besides the question
+        QTest::addColumn<QString>("line"); // of the log, %1 for the file
+        QTest::addColumn<bool>("isKept");
+        const QString run = "SoftwareUpdateClient::install%1Package() -> trying to run ";
+        const QString unknown = "Critical|Download Error|Unknown package type! Installation cannot proceed!|OK:Accept";
+        const QString error = "Critical|Download Error|Error downloading! Http status code 404|OK:Accept";
+        const QString rejected = "SoftwareUpdateClient::installPackage() -> user rejected installation";
+        const QString download = "SoftwareUpdateClient::downloadPackage() -> http://packages.example/dir/%2 to %1";
+        for (const QString type : { "msi", "deb", "rpk", "tar.gz" }) {
+            const QString name = type.toUpper().remove('.');
+            QTest::newRow(qPrintable(type)) << "p." + type << "Proceed"
+                                            << "" << run.arg(name) + "%1" << true;
+        }
+        QTest::newRow("unknown") << "p.bin"
+                                 << "Proceed" << unknown << download.arg("%1", "p.bin") << false;
+        QTest::newRow("upper case") << "p.ZIP"
+                                    << "Proceed" << unknown << "" << false;
+        QTest::newRow("not found") << "missing.deb"
+                                   << "Proceed" << error << "" << false;
+        QTest::newRow("rejected") << "p.deb"
+                                  << "Cancel Install"
+                                  << "" << rejected << false;
+    }
+    void outcomes()
+    {
+        QFETCH(QString, file);
+        QFETCH(QString, answer);
+        QFETCH(QString, box);
+        QFETCH(QString, line);
+        QFETCH(bool, isKept);
+        LogCapture log;
+        BoxClicker clicker({ answer });
+        serve(file, file.startsWith('p') ? HttpAnswer("content") : HttpAnswer("gone", 404));
+        InstallingHost host(server.serverPort());
+        host.install();
+        QTRY_COMPARE(clicker.boxes, box.isEmpty() ? QStringList { question } : (QStringList { question, box }));
+        const QString target = downloaded(file);
+        line.replace("%1", target);
+        QTRY_VERIFY2(line.isEmpty() || log.lines().contains(line), qPrintable(log.lines().join('\n')));
+        QTRY_COMPARE(QFile::exists(target), isKept);
+        host.release();
+        QVERIFY(!host.window.findChild<QProgressDialog *>());
+        QCOMPARE(host.availableDialog() != nullptr, !isKept && box.count("type") == 0);
+    }
+
+    void cancelled()
+    {
+        BoxClicker clicker({ "Proceed" });
+        serve("p.deb", HttpAnswer("content").holdAfter(3));
+        QSignalSpy held(&server, &HttpServer::held);
+        InstallingHost host(server.serverPort());
+        host.install();
+        QVERIFY(!held.isEmpty() || held.wait());
+        auto *dialog = host.availableDialog()->findChild<QProgressDialog *>();
+        QVERIFY(dialog);
+        QCOMPARE(dialog->labelText(), QStringLiteral("Downloading package to temporary folder..."));
+        QTRY_COMPARE(dialog->maximum(), 7);
+        QTRY_COMPARE(dialog->value(), 3);
+        dialog->findChild<QPushButton *>()->click();
+        QVERIFY(!QFile::exists(downloaded("p.deb")));
+        QCOMPARE(clicker.boxes, QStringList { question });
+    }
+
+    void dialogClosedWhileDownloading()
+    {
+        LogCapture log;
+        BoxClicker clicker({ "Proceed" });
+        serve("p.deb", HttpAnswer("content").holdAfter(3));
+        QSignalSpy held(&server, &HttpServer::held);
+        InstallingHost host(server.serverPort());
+        host.install();
+        QVERIFY(!held.isEmpty() || held.wait());
+        host.availableDialog()->reject();
+        host.release();
+        QVERIFY(!host.availableDialog());
+        server.release();
+        QTRY_VERIFY(log.lines().last().endsWith("trying to run " + downloaded("p.deb")));
+    }
+
+    void program()
+    {
+        BoxClicker clicker({ "Proceed" });
+        serve("p.exe", HttpAnswer("#!/bin/sh\necho \"$0 $#\" > \"$0.started\"\n"));
+        InstallingHost host(server.serverPort());
+        host.install();
+        const QByteArray started = downloaded("p.exe").toLocal8Bit() + " 0\n";
+        QTRY_COMPARE(FileUtils::readBytes(downloaded("p.exe") + ".started"), started);
+    }
+
+    void macPackages_data()
+    {
+        QTest::addColumn<bool>("canOpen");
+        QTest::newRow("opened") << true;
+        QTest::newRow("cannot be opened") << false;
+    }
+    void macPackages()
+    {
+        QFETCH(bool, canOpen);
+        LogCapture log;
+        BoxClicker clicker({ "Proceed" });
+        serve("p.mpkg.zip", ZipBuilder::archive({ { "readme", "" }, { "b.mpkg", "x" }, { "a.mpkg/c.mpkg", "x" } }));
+        const std::unique_ptr<Desktop> desktop(canOpen ? new Desktop : nullptr);
+        InstallingHost host(server.serverPort());
+        host.install();
+        const QString last =
+            canOpen ? "/b.mpkg" : "SoftwareUpdateClient::installMPKGPackage, can't start package installer!";
+        QTRY_VERIFY(log.lines().last().endsWith(last));
+        const QStringList lines = log.lines().mid(log.lines().size() - 3);
+        QVERIFY(lines[0].startsWith("SoftwareUpdateClient::unzippedMPKGPackage() -> unzipped succesfully to "));
+        const QString folder = lines[0].section(' ', -1);
+        QCOMPARE(lines[1], "SoftwareUpdateClient::installMPKGPackage " + folder + "/a.mpkg");
+        if (desktop)
+            QCOMPARE(desktop->opened, (QStringList { "a.mpkg", "b.mpkg" }));
+        QVERIFY(!QFile::exists(downloaded("p.mpkg.zip")));
+    }
+
+    void restartLater()
+    {
+        LogCapture log;
+        BoxClicker clicker({ "Proceed", "Restart later" });
+        serve("p.zip", ZipBuilder::archive({ { "a", "x" } }));
+        InstallingHost host(server.serverPort());
+        host.install();
+        QTRY_COMPARE(clicker.boxes, (QStringList { question, restart }));
+        const QStringList lines = log.lines();
+        const QString target = lines.last().section(' ', 3, 3);
+        QCOMPARE(lines.last(), "SoftwareUpdateClient::installZipPackage() -> unzipping " + target + " to ");
+        QTRY_VERIFY(!QFile::exists(target));
+        QCOMPARE(temporary().size(), 2);
+    }
+
+    void restartNow_data()
+    {
+        QTest::addColumn<QByteArray>("updater"); // beside the application
+        QTest::addColumn<QByteArray>("present"); // one folder above: a program, or a link to nowhere
+        QTest::addColumn<QStringList>("output"); // %1: the scratch folder
+        const QStringList handOver { "-oldDir", "%1/app", "-newDir", "", "-exe", "tst_install" };
+        const QStringList failure { question, restart, installationFailed };
+        const QByteArray old = QByteArray(showArguments).replace("$$", "$$ old");
+        QTest::newRow("copied") << showArguments << QByteArray()
+                                << QStringList { "PID", "%1/UpdateInstaller" } + handOver;
+        QTest::newRow("present") << showArguments << old
+                                 << QStringList { "PID", "old", "%1/UpdateInstaller" } + handOver;
+        QTest::newRow("missing") << QByteArray() << old << failure;
+        QTest::newRow("cannot be copied") << showArguments << QByteArray(">no/such/folder") << failure;
+    }
+    void restartNow()
+    {
+        QFETCH(QByteArray, updater);
+        QFETCH(QByteArray, present);
+        QFETCH(QStringList, output);
+        QVERIFY(QDir().mkpath(at("app")));
+        QVERIFY(QFile::copy(QCoreApplication::applicationFilePath(), at("app/tst_install")));
+        if (!updater.isEmpty())
+            writeProgram(at("app/UpdateInstaller"), updater);
+        if (present.startsWith('>'))
+            QVERIFY(QFile::link(present.mid(1), at("UpdateInstaller")));
+        else if (!present.isEmpty())
+            writeProgram(at("UpdateInstaller"), present);
+        serve("p.zip", ZipBuilder::archive({ { "a", "x" } }));
+        output.replaceInStrings("%1", scratch->path());
+        QCOMPARE(child({ "client", QString::number(server.serverPort()) }, at("app/tst_install")), output);
+    }
+
+private:
+    QString at(const QByteArray &name) const { return scratch->filePath(QString::fromUtf8(name)); }
+    QStringList temporary() const { return QDir(at("tmp")).entryList({ "qv-*" }); }
+
+    /// The path of a downloaded file, while it is alone.
+    QString downloaded(const QString &file) const { return at("tmp/") + temporary().value(0) + '/' + file; }
+
+    /// Puts one package on the server.
+    void serve(const QString &file, const HttpAnswer &answer)
+    {
+        const QByteArray url = "http://packages.example/dir/" + file.toUtf8();
+        const QByteArray size = QByteArray::number(answer.body.size() + (answer.status == 200 ? 0 : 9));
+        server.route("http://updates.example/xml",
+                     HttpAnswer("<softwareList><package name='Camera Host' release='2.0' status='STABLE' file-size='"
+                                + size + "' url='" + url + "'/></softwareList>"));
+        server.route(url, answer);
+    }
+
+    /// Runs this program as a child and returns what it, or what replaced it, wrote: a line each, its process id as
+    /// PID.
+    QStringList child(const QStringList &arguments, const QString &path = QCoreApplication::applicationFilePath()) const
+    {
+        QProcess process;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert("LC_ALL", "C.UTF-8");
+        process.setProcessEnvironment(environment);
+        process.setWorkingDirectory(scratch->path());
+        process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        process.start(path, QStringList { "--child" } + arguments);
+        const QString id = QString::number(process.processId());
+        if (!QTest::qWaitFor([&] { return process.state() == QProcess::NotRunning; }, 60'000))
+            return { "still running" };
+        QStringList lines = QString::fromUtf8(process.readAllStandardOutput()).split('\n');
+        lines.removeLast();
+        if (lines.value(0) == id)
+            lines[0] = "PID";
+        return lines;
+    }
+
+    const QString base = QDir::tempPath() + "/tst_install-XXXXXX"; // each test sets another folder
+    std::unique_ptr<QTemporaryDir> scratch;
+    HttpServer server;
+};
+
+int main(int argc, char *argv[])
+{
+    QApplication application(argc, argv);
+    if (application.arguments().value(1) == "--child")
+        return runChild(application.arguments().mid(2));
+    InstallTest test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_install.moc"
