@@ -478,6 +478,12 @@ private:
     HttpServer server;
 };
 
+/// The managers of installations are never freed, by design.
+extern "C" Q_DECL_EXPORT const char *__lsan_default_suppressions() // NOLINT(bugprone-reserved-identifier)
+{
+    return "leak:qv::SoftwareUpdateClient::install\nleak:qv::HttpClient::";
+}
+
 int main(int argc, char *argv[])
 {
     QApplication application(argc, argv);
