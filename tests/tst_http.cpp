@@ -500,6 +500,23 @@ private slots:
         QVERIFY(!client.isExecutingRequest());
     }
 
+    void deadReceiverDropsItsOwnRequestOnly()
+    {
+        HttpServer server;
+        server.route("/x", HttpAnswer("x"));
+        server.route("/held", HttpAnswer("held").holdAfter(2));
+        HttpClient client(hostOf(server));
+        auto first = std::make_unique<Receiver>();
+        Receiver second;
+        client.get("/x", {}, first.get(), Done, nullptr, nullptr);
+        first->wait();
+        client.get("/held", {}, &second, Done, nullptr, nullptr);
+        QVERIFY(QSignalSpy(&server, &HttpServer::held).wait());
+        first.reset();
+        server.release();
+        QCOMPARE(second.wait()->getResponseText(), QString("held"));
+    }
+
     void anybodyMayBeDeletedAtAnyTime_data()
     {
         QTest::addColumn<QString>("when");

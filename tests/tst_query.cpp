@@ -278,6 +278,8 @@ private slots:
         QCOMPARE(newIn(manager), 2);
         QCOMPARE(server->targets(), QList<QByteArray> { "http://s.example/c" });
         QCOMPARE(HttpAccessHistory::proxies.accesses().value(0), HttpAccess("127.0.0.1", server->serverPort()));
+        manager.storeHistory(*settings, QString());
+        QCOMPARE(settings->value("Download/proxy").toString(), QString());
     }
 
     void memorySurvivesTheRun()
