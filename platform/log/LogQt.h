@@ -8,6 +8,7 @@
 
 namespace qv {
 
+/// The levels of the log.
 struct Log
 {
     /// How grave a line is.
