@@ -19,9 +19,9 @@ set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME ${runtime})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS $<TARGET_FILE_DIR:qvPlatform>)
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_GENERATE_SHLIBS ON)
-set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "${PROJECT_DESCRIPTION}
- The libraries, for applications on Qt ${QT_VERSION_MAJOR}.")
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY >=)
+set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "The libraries, for applications on Qt ${QT_VERSION_MAJOR}.")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libsoftwareupdateclient-qt${QT_VERSION_MAJOR}-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
@@ -30,12 +30,10 @@ if(QT_VERSION_MAJOR EQUAL 5)
     set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${runtime} (= ${PROJECT_VERSION}), qtbase5-dev")
 endif()
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS update-installer)
-set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "${PROJECT_DESCRIPTION}
- Headers, CMake and pkg-config files, for applications on Qt ${QT_VERSION_MAJOR}.")
+set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "Headers, CMake and pkg-config files, for applications on Qt ${QT_VERSION_MAJOR}.")
 
 set(CPACK_DEBIAN_UPDATER_PACKAGE_NAME update-installer)
 set(CPACK_DEBIAN_UPDATER_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_UPDATER_PACKAGE_SHLIBDEPS ON)
-set(CPACK_COMPONENT_UPDATER_DESCRIPTION "${PROJECT_DESCRIPTION}
- The program that replaces an application's folder and starts the new version; applications bring a copy of it.")
+set(CPACK_COMPONENT_UPDATER_DESCRIPTION "The program that replaces an application's folder and starts the new version; applications bring a copy of it.")
 include(CPack)
