@@ -336,6 +336,7 @@ private slots:
         row("to itself", QByteArray("/loop"), 302, 11);
         row("to a file", QByteArray("/file"), 302, 1);
         row("to nowhere", QByteArray("/nowhere"), 302, 1);
+        row("to a dead server", QByteArray("/dead"), 0, 2);
     }
     void redirects()
     {
@@ -348,6 +349,7 @@ private slots:
         server.route("/loop", HttpAnswer::redirect("/loop"));
         server.route("/file", HttpAnswer::redirect("file:///etc/passwd"));
         server.route("/nowhere", HttpAnswer("", 302));
+        server.route("/dead", HttpAnswer::redirect("http://127.0.0.1:1/"));
         const RequestPtr request = fetch(hostOf(server), path);
         QTEST(request->statusCode(), "status");
         QCOMPARE(request->urls().size(), qsizetype(visited));

@@ -179,7 +179,10 @@ void HttpClient::send(const RequestData &request)
     network->setProxy(routeOf(request.host));
     reply = network->get(networkRequest(url));
     reply->setReadBufferSize(ReadBufferSize);
-    connect(reply, &QNetworkReply::redirected, this, [this](const QUrl &to) { current->visited.append(to); });
+    connect(reply, &QNetworkReply::redirected, this, [this](const QUrl &to) {
+        current->visited.append(to);
+        current->status = 0; // until that server answers
+    });
     connect(reply, &QNetworkReply::metaDataChanged, this, &HttpClient::readHead);
     connect(reply, &QNetworkReply::readyRead, this, &HttpClient::readBody);
     connect(reply, &QNetworkReply::finished, this, [this] {
@@ -192,6 +195,7 @@ void HttpClient::send(const RequestData &request)
 void HttpClient::readHead()
 {
     stallTimer.start();
+    current->status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
     const QVariant length = reply->header(QNetworkRequest::ContentLengthHeader);
     current->announced = length.isValid() ? length.toLongLong() : -1;
 }
@@ -216,10 +220,8 @@ void HttpClient::endRequest()
     if (phase != Running)
         return;
     phase = Ended;
-    if (reply) {
-        current->status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+    if (reply)
         current->header = headerOf(*reply);
-    }
     dropReply();
     current->flush();
     QMetaObject::invokeMethod(this, &HttpClient::report, Qt::QueuedConnection);
