@@ -277,8 +277,7 @@ private slots:
             Unzipper unzipper(package(), out(""), false);
             QTRY_VERIFY(QFile::exists(out("0")));
         }
-        // Either it was stopped or, on a machine that was busy elsewhere, it was quicker: never something in between.
-        QVERIFY(!QFile::exists(out("")) || QDir(out("")).count() == uint(manyFiles().size()) + 2);
+        QTRY_VERIFY(!QFile::exists(out(""))); // what takes long to remove goes on in the background
     }
 
     void unzipperReportsInItsOwnThread()

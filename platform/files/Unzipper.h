@@ -5,7 +5,7 @@
 #include <QObject>
 #include <QString>
 
-#include <atomic>
+#include <memory>
 #include <thread>
 
 namespace qv {
@@ -16,7 +16,8 @@ namespace qv {
 /// auto *unzipper = new Unzipper(file, FileUtils::createTempDir(), false);
 /// connect(unzipper, &Unzipper::unzippingDone, ...); // in time: signals wait for the event loop
 /// @endcode
-/// Destroying it in the middle stops the thread, without a signal; so does the end of the application.
+/// Destroying it in the middle stops the thread, without a signal; so does the end of the application. Where there is
+/// much to remove then, that goes on in the background and is over when the QCoreApplication has been destroyed.
 class QV_PLATFORM_EXPORT Unzipper : public QObject
 {
     Q_OBJECT
@@ -36,14 +37,12 @@ signals:
     void unzippingFailed(const QString &message);
 
 private:
-    void stop();
-    void run();
-    bool unpack();
+    struct Job;
 
-    const QString archive;
-    const QString folder;
-    const bool flat;
-    std::atomic<bool> stopped { false };
+    void stop();
+    static void run(const std::shared_ptr<Job> &job);
+
+    std::shared_ptr<Job> job; // outlives this object where removing what was unpacked takes long
     std::thread worker;
 };
 
