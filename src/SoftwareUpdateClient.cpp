@@ -30,8 +30,7 @@ SoftwareUpdateClient::SoftwareUpdateClient(const QString &product, VersionNumber
     static QStringList supportedPackageTypes;
     static QStringList installablePackageTypes;
     // Deliberate: every client adds the types once more. The empty type makes the list one that is written.
-    supportedPackageTypes << QStringLiteral("tar.gz") << QStringLiteral("rpm") << QStringLiteral("deb")
-                          << QStringLiteral("tar.bz2");
+    supportedPackageTypes << defaultPackageTypes();
     installablePackageTypes << QStringLiteral("");
 
     SoftwareUpdateSettings settings = currentSettings();
@@ -52,6 +51,11 @@ SoftwareUpdateClient::SoftwareUpdateClient(const QString &product, VersionNumber
 }
 
 SoftwareUpdateClient::~SoftwareUpdateClient() = default;
+
+QStringList SoftwareUpdateClient::defaultPackageTypes()
+{
+    return { QStringLiteral("tar.gz"), QStringLiteral("rpm"), QStringLiteral("deb"), QStringLiteral("tar.bz2") };
+}
 
 QNetworkProxy SoftwareUpdateClient::networkProxy() const
 {

@@ -72,6 +72,16 @@ public:
     /// not.
     static bool isCheckDue(int interval, const QDateTime &lastCheck, const QDateTime &now);
 
+    /// What an installation with these @p settings is shown of @p catalogue: the newest packages of the application
+    /// named @p applicationName that run on its platforms and have one of its package types, then the newest firmware
+    /// for each of its cameras, their types set; all of them newer than what is installed. Releases of any status count
+    /// with @p beta, which stands for settings.checkForBeta.
+    static PackageInfoList offeredPackages(PackageInfoList catalogue, const QString &applicationName,
+                                           const SoftwareUpdateSettings &settings, bool beta);
+
+    /// The suffixes of the application's packages that each client writes into its store.
+    static QStringList defaultPackageTypes();
+
     /// The five texts of a package's row: name with version, size, file type, languages, platforms.
     static QStringList packageRow(const PackageInfo &package);
 
@@ -150,7 +160,7 @@ private:
     int parseServerResponse(QNetworkReply *reply);
     void productUpToDate();
     void showNotification(const QString &text);
-    QString transformReleaseStatus(bool beta) const;
+    static QString transformReleaseStatus(bool beta);
     static QString lastCheckText(const QDateTime &lastCheck);
 
     void installEXEPackage();

@@ -34,9 +34,32 @@ QString SoftwareUpdateClient::lastCheckText(const QDateTime &lastCheck)
     return lastCheck.isNull() ? QString() : QLocale::system().toString(lastCheck, QLocale::LongFormat);
 }
 
-QString SoftwareUpdateClient::transformReleaseStatus(bool beta) const
+QString SoftwareUpdateClient::transformReleaseStatus(bool beta)
 {
     return beta ? QString() : QStringLiteral("STABLE");
+}
+
+PackageInfoList SoftwareUpdateClient::offeredPackages(PackageInfoList catalogue, const QString &applicationName,
+                                                      const SoftwareUpdateSettings &settings, bool beta)
+{
+    const auto filter = [status = transformReleaseStatus(beta)](const QString &name, const VersionNumber &installed,
+                                                                const QStringSet &platforms) {
+        return PackageInfo(QString(), name, installed.toString(), status, QDateTime(), platforms, QStringSet(),
+                           QStringLiteral(""), QStringLiteral(""));
+    };
+
+    PackageInfoList cameraPackages;
+    const PackageIndex index(catalogue);
+    for (const auto &camera : settings.currentCameraVersions)
+        cameraPackages += DownloadManager::findPackageCandidates(
+            catalogue, index, filter(QString(), camera.second, { camera.first }), cameraKind, QStringList());
+    DownloadManager::eliminateDuplicatePackages(cameraPackages);
+
+    // Deliberate: the application's name counts, not the stored product.
+    return DownloadManager::findPackageCandidates(
+               catalogue, filter(applicationName, settings.versionNumber, toSet(settings.supportedPlatforms)),
+               applicationKind, settings.supportedPackageTypes)
+        + cameraPackages;
 }
 
 void SoftwareUpdateClient::performUpdateCheck(const QUrl &url)
@@ -121,25 +144,7 @@ int SoftwareUpdateClient::parseServerResponse(QNetworkReply *reply)
     }
     const SoftwareUpdateSettings settings = currentSettings();
     const bool beta = settingsDialog ? settingsDialog->getDialogSettings().checkForBeta : settings.checkForBeta;
-    const QString status = transformReleaseStatus(beta);
-    const auto filter = [&status](const QString &name, const VersionNumber &installed, const QStringSet &platforms) {
-        return PackageInfo(QString(), name, installed.toString(), status, QDateTime(), platforms, QStringSet(),
-                           QStringLiteral(""), QStringLiteral(""));
-    };
-
-    PackageInfoList cameraPackages;
-    const PackageIndex index(packages);
-    for (const auto &camera : settings.currentCameraVersions)
-        cameraPackages += DownloadManager::findPackageCandidates(
-            packages, index, filter(QString(), camera.second, { camera.first }), cameraKind, QStringList());
-    DownloadManager::eliminateDuplicatePackages(cameraPackages);
-
-    // Deliberate: the application's name counts, not the stored product.
-    packages = DownloadManager::findPackageCandidates(
-        packages,
-        filter(QCoreApplication::applicationName(), settings.versionNumber, toSet(settings.supportedPlatforms)),
-        applicationKind, settings.supportedPackageTypes);
-    packages += cameraPackages;
+    packages = offeredPackages(std::move(packages), QCoreApplication::applicationName(), settings, beta);
     return 0;
 }
 

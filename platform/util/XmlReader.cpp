@@ -17,9 +17,10 @@ constexpr int maxElements = 600'000;
 constexpr int maxAttributes = 64;
 constexpr int maxDtdLength = 4096;
 
-[[noreturn]] void refuse(const char *reason)
+[[noreturn]] void refuse(const char *reason, qint64 line = 0)
 {
-    throw ParseException(QStringLiteral("XML refused: ") + QLatin1String(reason));
+    const QString place = line > 0 ? QStringLiteral(" (line %1)").arg(line) : QString();
+    throw ParseException(QStringLiteral("XML refused: ") + QLatin1String(reason) + place);
 }
 
 /// The reader itself takes quadratic time for the attributes of one element, before it reports any of them.
@@ -123,21 +124,21 @@ bool XmlReader::isText() const
 void XmlReader::checkElement()
 {
     if (++depth > maxDepth)
-        refuse("too deep");
+        refuse("too deep", reader.lineNumber());
     const int attributes = int(reader.attributes().size());
     if (attributes > maxAttributes)
-        refuse("too many attributes");
+        refuse("too many attributes", reader.lineNumber());
     elements += 1 + attributes;
     if (elements > maxElements)
-        refuse("too many elements");
+        refuse("too many elements", reader.lineNumber());
 }
 
 void XmlReader::checkDtd() const
 {
     if (!reader.entityDeclarations().isEmpty())
-        refuse("declares entities");
+        refuse("declares entities", reader.lineNumber());
     if (reader.text().size() > maxDtdLength)
-        refuse("too long a DTD");
+        refuse("too long a DTD", reader.lineNumber());
 }
 
 } // namespace qv
