@@ -1,9 +1,13 @@
 # Debian packages, made by cpack in a build folder that was configured with CMAKE_INSTALL_PREFIX=/usr: the two libraries,
-# what a host is built with, and the updater. The updater knows no Qt: whichever build it comes from, it is one package.
+# what a host is built with, the updater, and qv-catalogue. The updater knows no Qt: whichever build it comes from, it is
+# one package.
 if(NOT TARGET UpdateInstaller)
     set(CPACK_COMPONENTS_ALL runtime development)
 else()
     set(CPACK_COMPONENTS_ALL runtime development updater)
+endif()
+if(TARGET qv-catalogue)
+    list(APPEND CPACK_COMPONENTS_ALL tools)
 endif()
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_VENDOR Quorvel)
@@ -36,4 +40,9 @@ set(CPACK_DEBIAN_UPDATER_PACKAGE_NAME update-installer)
 set(CPACK_DEBIAN_UPDATER_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_UPDATER_PACKAGE_SHLIBDEPS ON)
 set(CPACK_COMPONENT_UPDATER_DESCRIPTION "The program that replaces an application's folder and starts the new version; applications bring a copy of it.")
+
+set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME qv-catalogue)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_SHLIBDEPS ON)
+set(CPACK_COMPONENT_TOOLS_DESCRIPTION "The program that checks the catalogue of an update server.")
 include(CPack)

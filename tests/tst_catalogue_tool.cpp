@@ -1,0 +1,239 @@
+// qv-catalogue as its users run it: what it prints for good, bad and odd catalogues, and its exit code.
+#include "HttpServer.h"
+
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QtTest>
+
+namespace {
+
+struct Outcome
+{
+    int exitCode;
+    QString out, err;
+};
+
+Outcome run(const QStringList &arguments)
+{
+    QProcess program;
+    QSignalSpy finished(&program, qOverload<int, QProcess::ExitStatus>(&QProcess::finished));
+    program.start(TOOL, arguments);
+    // Not waitForFinished(): the test's server needs its event loop.
+    if (!finished.wait(60'000) || program.exitStatus() != QProcess::NormalExit)
+        return { -1, QString(), QStringLiteral("no end") };
+    return { program.exitCode(), QString::fromUtf8(program.readAllStandardOutput()),
+             QString::fromUtf8(program.readAllStandardError()) };
+}
+
+QByteArray contentOf(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+/// A package without faults, but for the values given here.
+QByteArray package(const QByteArray &attributes = QByteArray())
+{
+    QByteArray text = "<package " + attributes;
+    const QList<QPair<QByteArray, QByteArray>> values {
+        { "url", "http://h/a.zip" }, { "file-size", "1" }, { "release-date", "2026-01-02" },
+        { "platform", "p" },         { "release", "1.0" }, { "status", "STABLE" }
+    };
+    for (const auto &value : values) {
+        if (!attributes.startsWith(value.first + '=') && !attributes.contains(' ' + value.first + '='))
+            text += ' ' + value.first + "='" + value.second + '\'';
+    }
+    return text + "/>";
+}
+
+} // namespace
+
+class CatalogueToolTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void lint_data()
+    {
+        QTest::addColumn<QByteArray>("packages");
+        QTest::addColumn<QStringList>("findings"); // beginning and end of the lines, behind the name of the file
+        const auto row = [](const char *title, const QByteArray &packages, const QStringList &findings) {
+            QTest::newRow(title) << packages << findings;
+        };
+        row("nothing", package(), {});
+        row("broken", "<package>", { ": |[xml]" });
+        row("unfolds to too much",
+            "<comment/>" + ("<readme url='" + QByteArray(20'000, 'x') + "'/>") + package("language=''"),
+            { ": an element|[xml]" });
+        row("empty", "<package-set/>", { ": no package|[empty]" });
+        row("no url", package("url=''"), { ":2: package 1 1.0: no url;|[url]" });
+        row("relative url", package("url='a.zip'"), { ":2: package 1 1.0: url names no server: \"a.zip\"|[url]" });
+        row("secure url", package("url='https://h/a.zip'"), { ":2: package 1 1.0: url is not plain|[port]" });
+        row("other port", package("url='http://h:8080/a.zip'"), { ":2: package 1 1.0: url is not plain|[port]" });
+        row("suffix", package("url='http://h/a.gz'"), { ":2: package 1 1.0: suspicious suffix \"gz\"|[suffix]" });
+        row("no size", package("file-size=''"), { ":2: package 1 1.0: no file-size;|[size]" });
+        row("size", package("file-size='4 GB'"), { ":2: package 1 1.0: file-size is unreadable: \"4 GB\";|[size]" });
+        row("date", package("release-date='05.04.2011'"),
+            { ":2: package 1 1.0: release-date is unreadable: \"05.04.2011\";|[date]" });
+        row("no platform", package("platform=','"), { ":2: package 1 1.0: platform is unreadable: \",\";|[platform]" });
+        row("no release, no status", package("release='' status=''"),
+            { ":2: package 1: no release;|[release]", ":2: package 1: no status;|[status]" });
+        row("control characters", package("name='a&#x9b;b' url=''"), { ":2: package 1 a?b 1.0: no url;|[url]" });
+        row("duplicate in a set", "<package-set>" + package("url='http://h/b.zip'") + "</package-set>\n" + package(),
+            { ":2: package 2 1.0: date and size are those of package 1;|[duplicate]" });
+        row("order", package("release='2.10'") + '\n' + package("release='2.9' file-size='2'"),
+            { ":2: package 1 2.10: as text \"2.10\" comes before \"2.9\" of package 2;|[order]" });
+        row("order of two products",
+            package("release='2.10' name='a'") + package("release='2.9' name='b' file-size='2'"), {});
+        row("spelling", package("release='2.1'") + '\n' + package("release='2.1.0' file-size='2'"),
+            { ":3: package 2 2.1.0: \"2.1.0\" is the same version as \"2.1\" of package 1;|[spelling]" });
+        const QByteArray firmware = "<type>Camera Firmware</type>";
+        row("languages",
+            firmware + package("language='de en'") + package("language='en' file-size='2'")
+                + package("language='fr' file-size='3'"),
+            { ":2: package 1 1.0: hidden from users of fr; its languages are \"de,en\"|[languages]",
+              ":2: package 2 1.0: hidden from users of en, de, fr; its languages are \"en\", and English|[languages]",
+              ":2: package 3 1.0: hidden from users of en, de; its languages are \"fr\"|[languages]" });
+        row("languages of nobody", firmware + package("language='ja'"), {});
+    }
+    void lint()
+    {
+        QFETCH(QByteArray, packages);
+        QFETCH(QStringList, findings);
+        const Outcome outcome = run({ "lint", written("<list>\n" + packages + "</list>") });
+        const QStringList lines = outcome.out.split('\n', Qt::SkipEmptyParts);
+        QCOMPARE(lines.size(), findings.size());
+        for (int i = 0; i < lines.size(); ++i) {
+            QVERIFY2(lines.at(i).startsWith(file() + findings.at(i).section('|', 0, 0)), qPrintable(lines.at(i)));
+            QVERIFY2(lines.at(i).endsWith(' ' + findings.at(i).section('|', 1)), qPrintable(lines.at(i)));
+        }
+        QCOMPARE(outcome.exitCode, findings.isEmpty() ? 0 : 1);
+        QCOMPARE(outcome.err, QString());
+    }
+
+    void lintIgnores()
+    {
+        const QString path = written("<list>" + package("url='' status=''") + "</list>");
+        QCOMPARE(run({ "lint", path, "--ignore", "url,status" }).exitCode, 0);
+        QCOMPARE(run({ "lint", path, "--ignore", "url" }).exitCode, 1);
+        QCOMPARE(run({ "lint", path, "--ignore", "url,statsu" }).exitCode, 2);
+    }
+
+    void offer_data()
+    {
+        QTest::addColumn<QStringList>("options");
+        QTest::addColumn<QStringList>("files"); // name and suffix of the rows
+        const auto row = [](const char *title, const QString &options, const QStringList &files) {
+            QTest::newRow(title) << options.split(' ', Qt::SkipEmptyParts) << files;
+        };
+        row("newest for the host", "--version 1.0", { "Camera Host 1.2 deb", "Camera Host 1.2 tar.gz" });
+        row("up to date", "--version 1.2", {});
+        row("other application", "--version 1.0 --name other", {});
+        row("beta", "--version 1.2 --beta",
+            { "Camera Host 2.0 preview BETA deb", "Camera Host 2.0 preview BETA tar.gz" });
+        row("one type", "--version 1.0 --types zip", { "Camera Host 1.2 zip" });
+        row("platform, any type", "--version 1.0 --platforms win --types=", { "Camera Host 1.2 exe" });
+        row("cameras of one firmware", "--version 1.2 --camera QT-4402=2.9 --camera QT-4402=2.9.1",
+            { "Thermal Firmware 2.10 rpk" });
+        row("language", "--version 1.2 --camera QD-2204=4.1.0 --language fr", { "Dome Firmware 4.2.0 rpk" });
+    }
+    void offer()
+    {
+        QFETCH(QStringList, options);
+        QFETCH(QStringList, files);
+        const Outcome outcome = run(QStringList { "offer", "--name", "Camera Host", SITE "/catalogue.xml" } + options);
+        QStringList rows;
+        for (const QString &line : outcome.out.split('\n', Qt::SkipEmptyParts).mid(1)) {
+            const QStringList columns = line.split(QStringLiteral("  "), Qt::SkipEmptyParts);
+            rows << columns.at(0) + ' ' + columns.at(2).trimmed();
+        }
+        QCOMPARE(rows, files);
+        QCOMPARE(outcome.exitCode, files.isEmpty() ? 1 : 0);
+    }
+
+    void show()
+    {
+        const QString path =
+            written("<list base-url='http://h/' platform='b'><package-set name='inner'>" + package("url='a.zip'")
+                    + "</package-set>" + package("platform='a c' name='&lt;\"' file-size='2'") + "</list>");
+        const Outcome table = run({ "show", path });
+        QCOMPARE(table.exitCode, 0);
+        QCOMPARE(table.out.count('\n'), 3);
+
+        const Outcome json = run({ "show", "--json", path });
+        const QJsonArray packages = QJsonDocument::fromJson(json.out.toUtf8()).array();
+        QCOMPARE(packages.size(), 2);
+        QCOMPARE(packages.at(0)["name"].toString(), QString("<\""));
+        QCOMPARE(packages.at(0)["platform"].toArray(), QJsonArray({ "a", "b", "c" }));
+        QCOMPARE(packages.at(1)["url"].toString(), QString("http://h/a.zip"));
+        QCOMPARE(packages.at(1)["identity"].toString(), QString("1-2026-01-02T00:00:00-1"));
+    }
+
+    void overHttp()
+    {
+        HttpServer server;
+        server.route("/c.xml?a=b", HttpAnswer("<list>" + package() + "</list>"));
+        server.route("/moved", HttpAnswer::redirect("/c.xml?a=b"));
+        QCOMPARE(run({ "lint", server.url().resolved(QUrl("/c.xml?a=b")).toString() }).exitCode, 0);
+        QCOMPARE(run({ "show", server.url("/moved").toString() }).exitCode, 0);
+        const Outcome missing = run({ "lint", server.url("/none").toString() });
+        QCOMPARE(missing.exitCode, 2);
+        QVERIFY2(missing.err.contains("404"), qPrintable(missing.err));
+        server.stop();
+        QCOMPARE(run({ "lint", server.url("/c.xml").toString() }).exitCode, 2);
+    }
+
+    void cannotWork_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        const QString site = SITE "/catalogue.xml";
+        QTest::newRow("nothing") << QStringList();
+        QTest::newRow("unknown command") << QStringList { "check", site };
+        QTest::newRow("no source") << QStringList { "lint" };
+        QTest::newRow("two sources") << QStringList { "lint", site, site };
+        QTest::newRow("no such file") << QStringList { "lint", SITE "/none.xml" };
+        QTest::newRow("a folder") << QStringList { "show", SITE };
+        QTest::newRow("another's option") << QStringList { "lint", "--json", site };
+        QTest::newRow("no version") << QStringList { "offer", site, "--name", "a" };
+        QTest::newRow("camera without version")
+            << QStringList { "offer", site, "--name", "a", "--version", "1", "--camera", "m" };
+        QTest::newRow("not XML") << QStringList { "show", SITE "/../main.cpp" };
+    }
+    void cannotWork()
+    {
+        QFETCH(QStringList, arguments);
+        const Outcome outcome = run(arguments);
+        QCOMPARE(outcome.exitCode, 2);
+        QCOMPARE(outcome.out, QString());
+        QVERIFY(!outcome.err.isEmpty());
+    }
+
+    void documentationShowsTheDemosCatalogue()
+    {
+        QVERIFY2(contentOf(PAGE).contains("```xml\n" + contentOf(SITE "/catalogue.xml") + "```"),
+                 "docs/catalogue.md quotes examples/camera-host/site/catalogue.xml: copy it there");
+        const Outcome outcome = run({ "lint", SITE "/catalogue.xml", "--ignore", "order,languages" });
+        QCOMPARE(outcome.out, QString());
+        QCOMPARE(outcome.exitCode, 0);
+    }
+
+private:
+    QString file() const { return folder.filePath("catalogue.xml"); }
+
+    QString written(const QByteArray &text) const
+    {
+        QFile catalogue(file());
+        if (!catalogue.open(QIODevice::WriteOnly) || catalogue.write(text) != text.size())
+            qFatal("cannot write %s", qPrintable(file()));
+        return file();
+    }
+
+    QTemporaryDir folder;
+};
+
+QTEST_GUILESS_MAIN(CatalogueToolTest)
+#include "tst_catalogue_tool.moc"

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "Catalogue.h"
+
+#include "VersionNumber.h"
+
+#include <QCommandLineParser>
+
+#include <cstdio>
+
+namespace qv {
+
+/// How a command ends: all is well, there is something (or, for "offer", nothing) to tell, it could not work.
+enum ExitCode { Done = 0, Findings = 1, Error = 2 };
+
+// The commands. Each adds its options, then works on the parsed command line and prints. They throw Failure.
+void addLintOptions(QCommandLineParser &parser);
+void addShowOptions(QCommandLineParser &parser);
+void addOfferOptions(QCommandLineParser &parser);
+
+ExitCode lint(const QString &source, const QCommandLineParser &options);
+ExitCode show(const QString &source, const QCommandLineParser &options);
+ExitCode offer(const QString &source, const QCommandLineParser &options);
+
+/// Prints one line as UTF-8. Control characters become "?": a catalogue must not steer the terminal.
+void printLine(const QString &line, std::FILE *file = stdout);
+
+/// Prints rows of texts with columns of even width; the first row is the header.
+void printTable(const QList<QStringList> &rows);
+
+/// The words in the order of the alphabet.
+QStringList sorted(const QStringSet &words);
+
+/// The same, joined with commas.
+QString joined(const QStringSet &words);
+
+VersionNumber toVersion(const QString &text);
+
+/// The words of a list that is separated by commas.
+QStringList listOf(const QString &text);
+
+} // namespace qv
