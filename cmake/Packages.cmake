@@ -43,6 +43,6 @@ set(CPACK_COMPONENT_UPDATER_DESCRIPTION "The program that replaces an applicatio
 
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME qv-catalogue)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
-set(CPACK_DEBIAN_TOOLS_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "${runtime} (= ${PROJECT_VERSION})") # which brings the rest along
 set(CPACK_COMPONENT_TOOLS_DESCRIPTION "The program that checks the catalogue of an update server.")
 include(CPack)
