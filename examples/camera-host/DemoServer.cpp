@@ -22,7 +22,7 @@ QByteArray answer(const QByteArray &status, const QByteArray &type, const QByteA
 
 } // namespace
 
-DemoServer::DemoServer(const QString &folder) : root(QFileInfo(folder).canonicalFilePath())
+DemoServer::DemoServer(const QStringList &folders) : folders(folders)
 {
     connect(this, &QTcpServer::newConnection, this, [this] {
         QTcpSocket *client = nextPendingConnection();
@@ -69,6 +69,18 @@ void DemoServer::send(QTcpSocket *client, const QByteArray &answer)
     pace->start(msBetweenPortions);
 }
 
+QString DemoServer::find(const QString &path) const
+{
+    for (const QString &folder : folders) {
+        const QString root = QFileInfo(folder).canonicalFilePath() + '/';
+        const QFileInfo file(QFileInfo(root + path).canonicalFilePath());
+        // What leads out of the folder, through ".." or a link, does not exist.
+        if (file.isFile() && file.filePath().startsWith(root))
+            return file.filePath();
+    }
+    return QString();
+}
+
 QByteArray DemoServer::answerTo(const QByteArray &requestLine) const
 {
     const QList<QByteArray> words = requestLine.split(' ');
@@ -77,11 +89,9 @@ QByteArray DemoServer::answerTo(const QByteArray &requestLine) const
 
     // As a proxy it is asked for whole URLs: the path is all that counts.
     const QString path = QUrl::fromEncoded(words.at(1)).path(QUrl::FullyDecoded);
-    const QString file = QFileInfo(root.path() + QLatin1Char('/') + path).canonicalFilePath();
+    const QString file = find(path);
     QFile body(file);
-    // What leads out of the folder, through ".." or a link, does not exist.
-    if (!file.startsWith(root.path() + QLatin1Char('/')) || !QFileInfo(file).isFile()
-        || !body.open(QIODevice::ReadOnly))
+    if (file.isEmpty() || !body.open(QIODevice::ReadOnly))
         return answer("404 Not Found", "text/html", "<h1>404 Not Found</h1>\n");
 
     QByteArray content = body.readAll();

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <QDir>
+#include <QStringList>
 #include <QTcpServer>
 #include <QUrl>
 
-/// The demo's update server: serves the files of a folder on a loopback port, in the demo's own event loop. Any web
+/// The demo's update server: serves the files of some folders on a loopback port, in the demo's own event loop. Any web
 /// server does the same (docs/catalogue.md); this one saves starting one.
 ///
 /// Catalogues on disk say "http://127.0.0.1/" for the address of their server, so that a server on port 80 may serve
@@ -17,8 +17,8 @@ class DemoServer : public QTcpServer
     Q_OBJECT
 
 public:
-    /// Listens at once; isListening() tells whether it worked.
-    explicit DemoServer(const QString &folder);
+    /// Listens at once; isListening() tells whether it worked. The first of @p folders that has a file serves it.
+    explicit DemoServer(const QStringList &folders);
 
     /// The address of the file @p path here.
     QUrl url(const QString &path) const;
@@ -28,5 +28,7 @@ private:
     static void send(QTcpSocket *client, const QByteArray &answer);
     QByteArray answerTo(const QByteArray &requestLine) const;
 
-    const QDir root;
+    QString find(const QString &path) const;
+
+    const QStringList folders;
 };

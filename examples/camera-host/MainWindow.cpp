@@ -3,12 +3,14 @@
 #include "MainWindow.h"
 
 #include "CatalogueWindow.h"
+#include "SelfUpdate.h"
 
 #include <QAction>
 #include <QCoreApplication>
 #include <QHeaderView>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QStatusBar>
 #include <QTreeWidget>
 
 namespace {
@@ -32,8 +34,8 @@ constexpr int msBeforeInitialCheck = 500; // first the window, then the network
 
 } // namespace
 
-MainWindow::MainWindow(const QUrl &updateServer)
-    : updateServer(updateServer),
+MainWindow::MainWindow(const QUrl &updateServer, const QUrl &nextVersion)
+    : updateServer(updateServer), nextVersion(nextVersion),
       updates(QCoreApplication::applicationName(),
               qv::VersionNumber(QCoreApplication::applicationVersion().toStdString()), updateServer.toString(), this)
 {
@@ -54,6 +56,13 @@ MainWindow::MainWindow(const QUrl &updateServer)
     showCameras();
     buildMenus();
     updates.doInitialCheck(msBeforeInitialCheck);
+}
+
+void MainWindow::tellUpdate(const QString &previous)
+{
+    const QString version = QCoreApplication::applicationVersion();
+    statusBar()->showMessage(previous == version ? tr("The update did not work, %1 goes on").arg(version)
+                                                 : tr("Updated from %1 to %2").arg(previous, version));
 }
 
 void MainWindow::showCameras()
@@ -80,6 +89,8 @@ void MainWindow::buildMenus()
     check->setObjectName("checkForUpdates");
     connect(check, &QAction::triggered, &updates, [this] { updates.queryForUpdate(); });
     help->addAction(tr("&Catalogue..."), this, &MainWindow::showCatalogue)->setObjectName("catalogue");
+    help->addAction(tr("Update &Myself..."), this, [this] { (new SelfUpdate(nextVersion, this))->start(); })
+        ->setObjectName("updateMyself");
     help->addSeparator();
     help->addAction(tr("&About"), this, &MainWindow::about)->setObjectName("about");
 }

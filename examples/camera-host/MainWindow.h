@@ -6,13 +6,17 @@
 #include <QUrl>
 
 /// The window of a small host application: a list of cameras, and a Help menu with "Check for Updates...".
-/// SoftwareUpdateClient does all of that; the catalogue window shows what the download manager does alone.
+/// SoftwareUpdateClient does all of that; the other entries show what the download manager does alone.
 class MainWindow : public QMainWindow
 {
     Q_OBJECT
 
 public:
-    explicit MainWindow(const QUrl &updateServer);
+    /// @p nextVersion is the catalogue for "Update Myself".
+    MainWindow(const QUrl &updateServer, const QUrl &nextVersion);
+
+    /// After an update, whether it came from version @p previous to this one or, as this is the same, did not work.
+    void tellUpdate(const QString &previous);
 
 private:
     void showCameras();
@@ -21,5 +25,6 @@ private:
     void about();
 
     const QUrl updateServer;
+    const QUrl nextVersion;
     qv::SoftwareUpdateClient updates;
 };

@@ -11,13 +11,17 @@
 #include <QCheckBox>
 #include <QDesktopServices>
 #include <QDialogButtonBox>
+#include <QDirIterator>
 #include <QElapsedTimer>
 #include <QFileInfo>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QProgressBar>
+#include <QProgressDialog>
 #include <QPushButton>
+#include <QSettings>
+#include <QStatusBar>
 #include <QTableWidget>
 #include <QTest>
 #include <QTextBrowser>
@@ -30,6 +34,7 @@
 namespace {
 
 constexpr int msForOneStep = 30'000; // twice what a check may take
+constexpr int msBetweenLooks = 20;
 
 template<class Widget>
 Widget *find(const QWidget *window, const char *name)
@@ -47,35 +52,45 @@ QPushButton *button(const QWidget *window, const char *name)
 
 } // namespace
 
+/// What the leak check shall not mind: the managers of installations are never freed, by design.
+extern "C" Q_DECL_EXPORT const char *__lsan_default_suppressions() // NOLINT(bugprone-reserved-identifier)
+{
+    return "leak:qv::SoftwareUpdateClient::install\nleak:qv::HttpClient::";
+}
+
 Tour::Tour(QWidget &mainWindow, const QUrl &catalogue, const QString &folder)
     : mainWindow(mainWindow), catalogue(catalogue), pictures(folder)
 {
     pictures.mkpath(".");
-    QDesktopServices::setUrlHandler("http", this, "openUrl");
+    for (const char *scheme : { "http", "file" })
+        QDesktopServices::setUrlHandler(scheme, this, "openUrl");
     qApp->installEventFilter(this);
 }
 
 Tour::~Tour()
 {
-    QDesktopServices::unsetUrlHandler("http");
+    for (const char *scheme : { "http", "file" })
+        QDesktopServices::unsetUrlHandler(scheme);
 }
 
 bool Tour::run()
 {
+    return walk({ &Tour::seeMainWindow, &Tour::checkAtStart, &Tour::openSettings, &Tour::checkNow,
+                  &Tour::selectPackages, &Tour::showAllLanguages, &Tour::followLinks, &Tour::closeTable,
+                  &Tour::seeOtherOutcomes, &Tour::installFromTable, &Tour::seeFailures, &Tour::seeExpertSettings,
+                  &Tour::queryCatalogue, &Tour::downloadFromCatalogue, &Tour::queryAgain });
+}
+
+bool Tour::update()
+{
+    return walk({ &Tour::updateProgram });
+}
+
+bool Tour::walk(const QList<Stage> &stages)
+{
     try {
-        seeMainWindow();
-        checkAtStart();
-        openSettings();
-        checkNow();
-        selectPackages();
-        showAllLanguages();
-        followLinks();
-        closeTable();
-        seeOtherOutcomes();
-        seeExpertSettings();
-        queryCatalogue();
-        downloadFromCatalogue();
-        queryAgain();
+        for (const Stage stage : stages)
+            (this->*stage)();
     } catch (const std::runtime_error &error) {
         fprintf(stderr, "The tour ends here: %s\n", error.what());
         return false;
@@ -90,9 +105,9 @@ void Tour::seeMainWindow()
         "The main window lists the cameras",
         [this] { return mainWindow.isVisible() && find<QTreeWidget>(&mainWindow, "")->topLevelItemCount() == 8; },
         "main-window", &mainWindow);
-    boxName = "about";
+    expectBox("about");
     QTimer::singleShot(0, find<QAction>(&mainWindow, "about"), &QAction::trigger);
-    step("About tells the version", [this] { return boxName.isEmpty(); });
+    step("About tells the version", [this] { return boxesExpected == 0; });
 }
 
 void Tour::checkAtStart()
@@ -228,6 +243,84 @@ void Tour::seeOtherOutcomes()
     step("Cancel closes the settings", [this] { return !settings; });
 }
 
+void Tour::findPackages(const QString &document)
+{
+    if (!settings) {
+        find<QAction>(&mainWindow, "checkForUpdates")->trigger();
+        settings = mainWindow.findChild<qv::SoftwareUpdateDialog *>();
+    }
+    find<QLineEdit>(settings, "updateServerLineEdit")->setText(catalogue.resolved(document).toString());
+    button(settings, "updatePushButton")->click();
+    step("Packages are found in " + document, [this] {
+        available = mainWindow.findChild<qv::SoftwareUpdateAvailableDialog *>();
+        return available && available->isVisible();
+    });
+    table = find<QTableWidget>(available, "tableWidget");
+}
+
+void Tour::install(const QString &type, QMessageBox::ButtonRole answer)
+{
+    table->clearSelection();
+    for (int row = 0; row < table->rowCount(); ++row) {
+        if (table->item(row, 2)->text() == type)
+            table->selectRow(row);
+    }
+    expectBox("install-" + type, answer);
+    QTimer::singleShot(0, button(available, "installPushButton"), &QPushButton::click);
+    step("Install asks before it begins with \"" + type + '"', [this] { return boxesExpected == 0; });
+}
+
+void Tour::installFromTable()
+{
+    findPackages("catalogue.xml");
+    install("exe", QMessageBox::RejectRole);
+    step("Cancel Install leaves all as it was", [this] { return available->isVisible(); });
+
+    install("exe");
+    auto *progress = available->findChild<QProgressDialog *>();
+    progress->setMinimumDuration(0); // else it appears for downloads of more than four seconds
+    step(
+        "The package is downloaded",
+        [progress] { return progress->isVisible() && progress->value() > progress->maximum() / 3; }, "progress",
+        progress);
+    find<QPushButton>(progress, "")->click();
+    step("Cancel ends that and leaves no file",
+         [this] { return available && !available->findChild<QProgressDialog *>() && downloaded("*.exe").isEmpty(); });
+
+    install("exe");
+    step("The installer runs", [this] { return !downloaded("*.exe.log").isEmpty() && !available; });
+
+    findPackages("catalogue.xml");
+    install("mpkg");
+    step("The unpacked installers are opened",
+         [this] { return openedUrls.last().isLocalFile() && openedUrls.last().path().endsWith(".mpkg"); });
+
+    findPackages("catalogue.xml");
+    install("zip");
+    expectBox("restart", QMessageBox::RejectRole);
+    step("A restart is asked for", [this] { return boxesExpected == 0; });
+    step("Restart later leaves the unpacked package",
+         [this] { return downloaded("*.zip").isEmpty() && !downloaded("camera-host").isEmpty(); });
+}
+
+void Tour::seeFailures()
+{
+    QSettings store;
+    store.setValue("supportedPackageTypes", "deb,tar.gz,zip,bin");
+    store.setValue("installablePackageTypes", "deb,zip,bin");
+    const auto fail = [this](const QString &type, const QString &name, const QString &text, int boxes = 1) {
+        findPackages("faults.xml");
+        install(type);
+        expectBox(name, QMessageBox::RejectRole, boxes);
+        step(text, [this] { return boxesExpected == 0; });
+    };
+    fail("deb", "missing-package", "A package that the server does not have");
+    fail("bin", "unknown-type", "A package of no known type");
+    fail("zip", "broken-package", "A package that is no archive; the restart does not wait for it", 2);
+    settings->reject();
+    step("Cancel closes the settings", [this] { return !settings; });
+}
+
 void Tour::seeExpertSettings()
 {
     QTest::keyPress(&mainWindow, Qt::Key_Shift, Qt::ShiftModifier);
@@ -252,6 +345,25 @@ void Tour::seeExpertSettings()
     step("The table closes", [this] { return !available; });
     find<QDialogButtonBox>(settings, "buttonBox")->button(QDialogButtonBox::Ok)->click();
     step("OK closes the settings", [this] { return !settings; });
+}
+
+void Tour::updateProgram()
+{
+    const QString version = QCoreApplication::applicationVersion();
+    const auto *statusBar = mainWindow.findChild<QStatusBar *>();
+    if (statusBar) { // it is there to tell of the update
+        const QString message = statusBar->currentMessage();
+        step(
+            message, [this] { return mainWindow.isVisible(); }, "after-update-" + version, &mainWindow);
+        return;
+    }
+    expectBox("about-" + version);
+    QTimer::singleShot(0, find<QAction>(&mainWindow, "about"), &QAction::trigger);
+    step("This is " + version, [this] { return boxesExpected == 0; });
+    expectBox("update-offered", QMessageBox::YesRole);
+    find<QAction>(&mainWindow, "updateMyself")->trigger();
+    step("There is a newer version", [this] { return boxesExpected == 0; });
+    step("This program gives way to its update", [] { return false; });
 }
 
 void Tour::openCatalogue()
@@ -294,9 +406,8 @@ void Tour::downloadFromCatalogue()
         catalogueWindow);
     button(catalogueWindow, "download")->click();
     step("The next one is complete", [this, status] {
-        const QString path = status->text().section(' ', -1);
-        return button(catalogueWindow, "download")->isEnabled() && QFileInfo(path).size() > 0
-            && QDir(QFileInfo(path).path()).removeRecursively();
+        const QFileInfo file(status->text().section("Saved as ", -1));
+        return button(catalogueWindow, "download")->isEnabled() && file.size() > 0;
     });
 }
 
@@ -319,9 +430,11 @@ void Tour::step(const QString &text, const std::function<bool()> &happened, cons
 {
     QElapsedTimer elapsed;
     elapsed.start();
-    QTimer wakeUp; // the loop below waits for events, and there may be none
-    wakeUp.start(msForOneStep);
+    QTimer wakeUp; // the loop below waits for events, and what happens to files is none
+    wakeUp.start(msBetweenLooks);
     while (!happened()) {
+        if (!unexpectedBox.isEmpty())
+            throw std::runtime_error("a box said: " + unexpectedBox.toStdString());
         if (elapsed.hasExpired(msForOneStep))
             throw std::runtime_error("this did not happen: " + text.toStdString());
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
@@ -342,21 +455,48 @@ void Tour::savePicture(QWidget *window, const QString &name)
         throw std::runtime_error("cannot write " + file.toStdString());
 }
 
+void Tour::expectBox(const QString &name, QMessageBox::ButtonRole answer, int count)
+{
+    boxName = name;
+    boxAnswer = answer;
+    boxesExpected = count;
+}
+
+void Tour::answer(QMessageBox *box)
+{
+    if (boxesExpected == 0) {
+        unexpectedBox = box->text();
+        box->reject(); // else the tour would wait in its event loop
+        return;
+    }
+    savePicture(box, boxName);
+    --boxesExpected;
+    for (QAbstractButton *choice : box->buttons()) {
+        if (box->buttonRole(choice) == boxAnswer || box->buttons().size() == 1)
+            return choice->click();
+    }
+}
+
 bool Tour::eventFilter(QObject *object, QEvent *event)
 {
     auto *box = qobject_cast<QMessageBox *>(object);
-    if (box && event->type() == QEvent::Show && !boxName.isEmpty())
-        QTimer::singleShot(0, box, [this, box] {
-            savePicture(box, boxName);
-            boxName.clear();
-            box->button(QMessageBox::Ok)->click();
-        });
+    if (box && event->type() == QEvent::Show)
+        QTimer::singleShot(0, box, [this, box] { answer(box); });
     return QObject::eventFilter(object, event);
 }
 
 void Tour::openUrl(const QUrl &url)
 {
     openedUrls << url;
+}
+
+QStringList Tour::downloaded(const QString &pattern) const
+{
+    QStringList files;
+    QDirIterator found(QDir::tempPath(), { pattern }, QDir::Files, QDirIterator::Subdirectories);
+    while (found.hasNext())
+        files << found.next();
+    return files;
 }
 
 int Tour::newPackages() const

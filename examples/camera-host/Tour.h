@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QDir>
+#include <QMessageBox>
 #include <QObject>
 #include <QPointer>
 #include <QUrl>
@@ -30,6 +31,10 @@ public:
     /// Takes as long as its steps take; the event loop runs meanwhile. False when a step did not happen.
     bool run();
 
+    /// Only updates the program. Does not come back when that works; the version that is started then, new or old,
+    /// takes the same way and sees that it has been.
+    bool update();
+
 protected:
     bool eventFilter(QObject *object, QEvent *event) override;
 
@@ -37,6 +42,9 @@ private slots:
     void openUrl(const QUrl &url);
 
 private:
+    using Stage = void (Tour::*)();
+    bool walk(const QList<Stage> &stages);
+
     void seeMainWindow();
     void checkAtStart();
     void openSettings();
@@ -46,15 +54,23 @@ private:
     void followLinks();
     void closeTable();
     void seeOtherOutcomes();
+    void installFromTable();
+    void seeFailures();
     void seeExpertSettings();
     void queryCatalogue();
     void downloadFromCatalogue();
     void queryAgain();
+    void updateProgram();
 
     /// Waits until @p happened, then saves the picture of @p window, if there is one, as @p name.
     void step(const QString &text, const std::function<bool()> &happened, const QString &name = QString(),
               QWidget *window = nullptr);
+    void expectBox(const QString &name, QMessageBox::ButtonRole answer = QMessageBox::AcceptRole, int count = 1);
+    void answer(QMessageBox *box);
     void savePicture(QWidget *window, const QString &name);
+    void findPackages(const QString &document);
+    void install(const QString &type, QMessageBox::ButtonRole answer = QMessageBox::AcceptRole);
+    QStringList downloaded(const QString &pattern) const;
     void openCatalogue();
     int visibleRows() const;
     int newPackages() const;
@@ -63,7 +79,10 @@ private:
     const QUrl catalogue;
     const QDir pictures;
     int pictureCount = 0;
-    QString boxName;        // of the picture of the message box that is expected; it will be answered
+    int boxesExpected = 0; // message boxes that are to come, and to be answered
+    QString boxName;       // for their pictures
+    QMessageBox::ButtonRole boxAnswer = QMessageBox::AcceptRole;
+    QString unexpectedBox;
     QList<QUrl> openedUrls; // what would have gone to the browser
     QPointer<qv::SoftwareUpdateDialog> settings;
     QPointer<qv::SoftwareUpdateAvailableDialog> available;
