@@ -209,19 +209,16 @@ void Extraction::unpack(const ZipEntry &entry, archive_entry *header)
     const auto type = archive_entry_filetype(header);
     if (type == AE_IFDIR ? entry.size > 0 : entry.isFolder())
         refuse(entry, QStringLiteral("is a folder and something else at once"));
-    if (type == AE_IFDIR) {
-        makeFolders(entry, entry.path);
-        if (!entry.path.isEmpty())
-            folders.push_back({ &entry, attributes });
-    } else if (type == AE_IFREG) {
-        makeFolders(entry, parentOf(entry.path));
+    makeFolders(entry, type == AE_IFDIR ? entry.path : parentOf(entry.path));
+    if (type == AE_IFREG) {
         writeFile(entry, attributes);
     } else if (type == AE_IFLNK) {
-        makeFolders(entry, parentOf(entry.path));
         targets.insert(entry.path, archive_entry_symlink(header));
         links.push_back({ &entry, attributes });
-    } else {
+    } else if (type != AE_IFDIR) {
         refuse(entry, QStringLiteral("is neither file, folder nor link"));
+    } else if (!entry.path.isEmpty()) {
+        folders.push_back({ &entry, attributes });
     }
     step();
 }
