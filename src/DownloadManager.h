@@ -197,7 +197,7 @@ public slots:
     /// removed here.
     ///
     /// Success is a file at least as long as announced, whatever the server's status; the download ends when it has got
-    /// MostSurplusBytes longer. Deliberate: it leaves for port 80 over plain HTTP whatever the URL says.
+    /// maxSurplusBytes longer. Deliberate: it leaves for port 80 over plain HTTP whatever the URL says.
     void startDownload(const PackageInfo &package, const QString &path);
 
     /// Drops whatever runs, a query too: it emits nothing any more. Emits downloadAborted() in any case. What came of a
@@ -257,7 +257,7 @@ signals:
     void unzippingDone(QString folder); ///< the folder now belongs to the receiver
 
 public:
-    static constexpr qint64 MostSurplusBytes = 16LL * 1024 * 1024;
+    static constexpr qint64 maxSurplusBytes = 16LL * 1024 * 1024;
 
     /// What a running query carries.
     struct RequestData

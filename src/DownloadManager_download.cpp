@@ -11,7 +11,7 @@ namespace qv {
 
 namespace {
 
-constexpr int DownloadPort = 80;
+constexpr int downloadPort = 80;
 
 } // namespace
 
@@ -23,8 +23,8 @@ void DownloadManager::startDownload(const PackageInfo &package, const QString &p
     const RequestPtr request = httpClient.prepareGet(HttpClient::encodedUrlPath(package.url), {}, this,
                                                      SLOT(downloadResult(RequestPtr)), file.get(), file);
     if (package.fileSize != 0) {
-        const qint64 most = std::numeric_limits<qint64>::max() - MostSurplusBytes;
-        request->setMaxBodySize(std::clamp<qint64>(package.fileSize, 0, most) + MostSurplusBytes);
+        const qint64 most = std::numeric_limits<qint64>::max() - maxSurplusBytes;
+        request->setMaxBodySize(std::clamp<qint64>(package.fileSize, 0, most) + maxSurplusBytes);
     }
     request->userData = package;
     httpClient.execute(request);
@@ -34,7 +34,7 @@ void DownloadManager::aimAt(const QUrl &url)
 {
     HttpHost target = host;
     // Deliberate: port 80 and plain HTTP whatever the URL says.
-    target.server.setAddress(url.host(), DownloadPort, false);
+    target.server.setAddress(url.host(), downloadPort, false);
     httpClient.setHost(target);
 }
 
@@ -86,7 +86,7 @@ void DownloadManager::downloadReleaseNotes(const QUrl &url)
     }
     aimAt(url);
     httpClient.get(HttpClient::encodedUrlPath(url), {}, this, SLOT(releaseNotesResult(RequestPtr)),
-                   HttpClient::KeepInRequest, nullptr);
+                   HttpClient::keepInRequest, nullptr);
 }
 
 void DownloadManager::releaseNotesResult(const RequestPtr &request)

@@ -11,35 +11,35 @@ namespace qv {
 
 namespace {
 
-const QString Group = QStringLiteral("Download");
-const QString LastCheckKey = QStringLiteral("last-check");
-const QString RegularCheckKey = QStringLiteral("reg-check");
-const QString OldRegularCheckKey = QStringLiteral("regular-check");
-const QString VersionKey = QStringLiteral("ver");
-const QString HistoryKey = QStringLiteral("hist");
-const QString PackageKey = QStringLiteral("version"); // inside the history: the package's identity text
-const QString TimeKey = QStringLiteral("time");
+const QString groupName = QStringLiteral("Download");
+const QString lastCheckKey = QStringLiteral("last-check");
+const QString regularCheckKey = QStringLiteral("reg-check");
+const QString oldRegularCheckKey = QStringLiteral("regular-check");
+const QString versionKey = QStringLiteral("ver");
+const QString historyKey = QStringLiteral("hist");
+const QString packageKey = QStringLiteral("version"); // inside the history: the package's identity text
+const QString timeKey = QStringLiteral("time");
 
-constexpr int CurrentVersion = 3;
-constexpr int YearsRemembered = 2;
+constexpr int currentVersion = 3;
+constexpr int yearsRemembered = 2;
 
 /// No answer is ever longer; and what is no plain file may have no end.
 bool isCache(const QFileInfo &file)
 {
-    return file.isFile() && file.size() <= RequestData::MostBytesKept;
+    return file.isFile() && file.size() <= RequestData::maxBytesKept;
 }
 
 /// False behind the last entry: arrays have no gaps, whereas the stored size may be any number.
 bool moveToEntry(QSettings &settings, int index)
 {
     settings.setArrayIndex(index);
-    return settings.contains(PackageKey) || settings.contains(TimeKey);
+    return settings.contains(packageKey) || settings.contains(timeKey);
 }
 
 /// In UTC, as it is stored: local times for a long history take half a second.
 QDateTime firstSeen(const QSettings &settings)
 {
-    return QDateTime::fromString(settings.value(TimeKey).toString(), Qt::ISODateWithMs).toUTC();
+    return QDateTime::fromString(settings.value(timeKey).toString(), Qt::ISODateWithMs).toUTC();
 }
 
 } // namespace
@@ -49,19 +49,19 @@ void DownloadManager::loadHistory(QSettings &settings, const QString &cacheFile)
     if (!cacheFile.isEmpty() && isCache(QFileInfo(cacheFile)))
         lastAnswer = FileUtils::readBytes(cacheFile);
 
-    settings.beginGroup(Group);
-    lastCheck = Preferences::dateTimeValue(settings, LastCheckKey, QDateTime());
-    regularCheck = Preferences::boolValue(settings, RegularCheckKey, false);
+    settings.beginGroup(groupName);
+    lastCheck = Preferences::dateTimeValue(settings, lastCheckKey, QDateTime());
+    regularCheck = Preferences::boolValue(settings, regularCheckKey, false);
     host.load(settings);
-    if (Preferences::intValue(settings, VersionKey, 0) < CurrentVersion)
+    if (Preferences::intValue(settings, versionKey, 0) < currentVersion)
         setServer(QUrl(UPDATE_URL));
 
-    const QDateTime limit = QDateTime::currentDateTime().addYears(-YearsRemembered).toUTC();
-    const int size = settings.beginReadArray(HistoryKey);
+    const QDateTime limit = QDateTime::currentDateTime().addYears(-yearsRemembered).toUTC();
+    const int size = settings.beginReadArray(historyKey);
     for (int i = 0; i < size && moveToEntry(settings, i); ++i) {
         const QDateTime time = firstSeen(settings);
         if (time.isValid() && time >= limit)
-            history.insert(Preferences::stringValue(settings, PackageKey, QString()), time);
+            history.insert(Preferences::stringValue(settings, packageKey, QString()), time);
     }
     settings.endArray();
     settings.endGroup();
@@ -72,19 +72,19 @@ void DownloadManager::storeHistory(QSettings &settings, const QString &cacheFile
     if (!cacheFile.isEmpty() && !lastAnswer.isEmpty())
         FileUtils::writeBytes(lastAnswer, cacheFile);
 
-    settings.beginGroup(Group);
-    Preferences::setDateTimeValue(settings, LastCheckKey, lastCheck);
-    settings.setValue(RegularCheckKey, regularCheck);
-    settings.remove(OldRegularCheckKey);
-    settings.setValue(VersionKey, CurrentVersion);
+    settings.beginGroup(groupName);
+    Preferences::setDateTimeValue(settings, lastCheckKey, lastCheck);
+    settings.setValue(regularCheckKey, regularCheck);
+    settings.remove(oldRegularCheckKey);
+    settings.setValue(versionKey, currentVersion);
     host.store(settings, false);
 
-    settings.beginWriteArray(HistoryKey, int(history.size()));
+    settings.beginWriteArray(historyKey, int(history.size()));
     int i = 0;
     for (auto entry = history.cbegin(); entry != history.cend(); ++entry) {
         settings.setArrayIndex(i++);
-        settings.setValue(PackageKey, entry.key());
-        Preferences::setDateTimeValue(settings, TimeKey, entry.value());
+        settings.setValue(packageKey, entry.key());
+        Preferences::setDateTimeValue(settings, timeKey, entry.value());
     }
     while (moveToEntry(settings, i++)) // of a longer history before
         settings.remove(QString());

@@ -9,7 +9,7 @@ namespace qv {
 
 namespace {
 
-const QString SetCookie = QStringLiteral("set-cookie");
+const QString setCookie = QStringLiteral("set-cookie");
 
 } // namespace
 
@@ -47,8 +47,8 @@ void DownloadManager::queryUpdate(const PackageInfo &filter, QObject *callbackRe
 void DownloadManager::queryResult(const RequestPtr &resp)
 {
     const HttpHeader &header = resp->responseHeader();
-    if (header.hasKey(SetCookie))
-        cookie = header.value(SetCookie);
+    if (header.hasKey(setCookie))
+        cookie = header.value(setCookie);
     QBuffer *answer = resp->getResponseBuffer();
     answer->seek(0);
     const QPointer<DownloadManager> self(this);

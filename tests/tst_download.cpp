@@ -129,7 +129,7 @@ private slots:
         add("bad chunks", HttpAnswer::raw("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n3\r\nabc\r\nZZ\r\n"),
             10, 200, 3);
         add("compressed without being asked", HttpAnswer(ten).header("Content-Encoding", "gzip"), 10, -1, 10);
-        add("endless", HttpAnswer().generate(HttpAnswer::Endless), 10, -1, 10 + DownloadManager::MostSurplusBytes);
+        add("endless", HttpAnswer().generate(HttpAnswer::Endless), 10, -1, 10 + DownloadManager::maxSurplusBytes);
         add("nothing", HttpAnswer::raw(""), 10, 0, 0);
         add("negative size", ten, -1, 200, 10);
         add("largest size", ten, std::numeric_limits<qint64>::max(), 200, 10);

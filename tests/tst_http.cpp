@@ -63,7 +63,7 @@ RequestPtr fetch(const HttpHost &host, const QString &path, int msStallLimit = 3
     HttpClient client(host);
     client.setStallLimit(msStallLimit);
     Receiver receiver;
-    client.get(path, {}, &receiver, Done, HttpClient::KeepInRequest, nullptr);
+    client.get(path, {}, &receiver, Done, HttpClient::keepInRequest, nullptr);
     return receiver.wait();
 }
 
@@ -114,12 +114,12 @@ private slots:
     void proxyHistoryHoldsEachOnceLatestFirst()
     {
         HttpAccessHistory history;
-        for (int port = 1; port <= HttpAccessHistory::MostEntries + 1; ++port)
+        for (int port = 1; port <= HttpAccessHistory::maxEntries + 1; ++port)
             history.add(HttpAccess("p", port));
         history.add(HttpAccess("p", 5));
-        QCOMPARE(history.accesses().size(), qsizetype(HttpAccessHistory::MostEntries));
+        QCOMPARE(history.accesses().size(), qsizetype(HttpAccessHistory::maxEntries));
         QCOMPARE(history.accesses().at(0).port(), 5);
-        QCOMPARE(history.accesses().at(1).port(), HttpAccessHistory::MostEntries + 1);
+        QCOMPARE(history.accesses().at(1).port(), HttpAccessHistory::maxEntries + 1);
         QCOMPARE(history.accesses().last().port(), 2);
     }
 
@@ -287,7 +287,7 @@ private slots:
         add("nothing", HttpAnswer::raw(""), 0, 0);
         add("silent", HttpAnswer(ten).hold(), 0, 0);
         add("silent in the body", HttpAnswer(ten).holdAfter(5), 0, 5);
-        add("endless", HttpAnswer().generate(HttpAnswer::Endless), 200, RequestData::MostBytesKept);
+        add("endless", HttpAnswer().generate(HttpAnswer::Endless), 200, RequestData::maxBytesKept);
     }
     void answers()
     {

@@ -20,7 +20,7 @@ QByteArray fetch(const QUrl &url)
     HttpAccess server;
     server.setUrl(url);
     HttpClient client(HttpHost(server, HttpAccess(), HttpClient::encodedUrlPath(url)));
-    const RequestPtr request = client.get(QString(), {}, nullptr, nullptr, HttpClient::KeepInRequest, nullptr);
+    const RequestPtr request = client.get(QString(), {}, nullptr, nullptr, HttpClient::keepInRequest, nullptr);
     while (client.isExecutingRequest())
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     if (request->statusCode() != 200)
@@ -37,7 +37,7 @@ QByteArray read(const QString &source)
     QFile file(source);
     if (!file.open(QIODevice::ReadOnly))
         throw Failure(source + QStringLiteral(": ") + file.errorString());
-    return file.read(RequestData::MostBytesKept);
+    return file.read(RequestData::maxBytesKept);
 }
 
 /// The elements in the order of DownloadManager::parseSet(). No deeper than XmlUtils lets through.

@@ -20,7 +20,7 @@ namespace qv {
 
 namespace {
 
-constexpr std::chrono::milliseconds PATIENCE(30); // of the GUI thread with a worker that tidies up
+constexpr std::chrono::milliseconds patience(30); // of the GUI thread with a worker that tidies up
 
 } // namespace
 
@@ -80,7 +80,7 @@ void Unzipper::stop()
     if (!worker.joinable())
         return;
     std::future<bool> isWhole = job->isWhole.get_future();
-    if (isWhole.wait_for(PATIENCE) == std::future_status::ready) {
+    if (isWhole.wait_for(patience) == std::future_status::ready) {
         worker.join();
         std::error_code ignored;
         if (isWhole.get() && !job->isDelivered) // nobody knows of the folder

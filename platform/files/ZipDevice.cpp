@@ -9,8 +9,8 @@ namespace qv {
 
 namespace {
 
-constexpr qint64 MS_BETWEEN_EVENTS = 16;
-constexpr int PROGRESS_STEPS = 1000; // byte counts would overflow the dialog's int
+constexpr qint64 msBetweenEvents = 16;
+constexpr int progressSteps = 1000; // byte counts would overflow the dialog's int
 
 } // namespace
 
@@ -28,15 +28,15 @@ void ZipDevice::beginProgress()
     canceled = false;
     sinceEvents.start();
     if (dialog) {
-        dialog->setRange(0, PROGRESS_STEPS);
+        dialog->setRange(0, progressSteps);
         dialog->setValue(0);
     }
 }
 
 bool ZipDevice::showProgress(quint64 done, quint64 total)
 {
-    if (dialog && sinceEvents.elapsed() >= MS_BETWEEN_EVENTS) {
-        dialog->setValue(total > 0 ? int(double(done) / double(total) * (PROGRESS_STEPS - 1)) : 0);
+    if (dialog && sinceEvents.elapsed() >= msBetweenEvents) {
+        dialog->setValue(total > 0 ? int(double(done) / double(total) * (progressSteps - 1)) : 0);
         QCoreApplication::processEvents();
         sinceEvents.restart();
     }
@@ -47,7 +47,7 @@ bool ZipDevice::showProgress(quint64 done, quint64 total)
 void ZipDevice::endProgress()
 {
     if (dialog && !canceled)
-        dialog->setValue(PROGRESS_STEPS);
+        dialog->setValue(progressSteps);
 }
 
 } // namespace qv

@@ -16,12 +16,12 @@ namespace qv {
 
 namespace {
 
-constexpr qint64 END_SIZE = 22, END64_SIZE = 56, LOCATOR_SIZE = 20, HEADER_SIZE = 46, LOCAL_HEADER_SIZE = 30;
-constexpr qint64 MAX_COMMENT = 0xffff;
-constexpr quint64 MAX_TABLE_SIZE = 32 * 1024 * 1024; // some 300,000 entries
-constexpr quint64 IN_EXTRA_FIELD = 0xffffffff;
-constexpr int MAX_COMPONENT = 255;
-constexpr quint16 ENCRYPTED = 1 | 1 << 6 | 1 << 13;
+constexpr qint64 endSize = 22, end64Size = 56, locatorSize = 20, headerSize = 46, localHeaderSize = 30;
+constexpr qint64 maxComment = 0xffff;
+constexpr quint64 maxTableSize = 32 * 1024 * 1024; // some 300,000 entries
+constexpr quint64 inExtraField = 0xffffffff;
+constexpr int maxComponent = 255;
+constexpr quint16 encryptedFlags = 1 | 1 << 6 | 1 << 13;
 
 quint64 number16(const char *at)
 {
@@ -77,8 +77,8 @@ bool takeEnd(Table &table, quint64 size, quint64 offset, quint64 endPosition)
 bool takeEnd64(Table &table, QFile &archive, const char *locator)
 {
     const quint64 position = number64(locator + 8);
-    const QByteArray end = readAt(archive, position, END64_SIZE);
-    if (end.size() < END64_SIZE || !end.startsWith("PK\6\6"))
+    const QByteArray end = readAt(archive, position, end64Size);
+    if (end.size() < end64Size || !end.startsWith("PK\6\6"))
         return false;
     table.count = number64(end.constData() + 32);
     table.countMask = ~quint64(0);
@@ -87,16 +87,16 @@ bool takeEnd64(Table &table, QFile &archive, const char *locator)
 
 Table findTable(QFile &archive)
 {
-    const qint64 tailSize = std::min(archive.size(), END_SIZE + MAX_COMMENT + LOCATOR_SIZE);
+    const qint64 tailSize = std::min(archive.size(), endSize + maxComment + locatorSize);
     const quint64 tailPosition = quint64(archive.size() - tailSize);
     const QByteArray tail = readAt(archive, tailPosition, tailSize);
     for (auto at = tail.lastIndexOf("PK\5\6"); at >= 0; at = at > 0 ? tail.lastIndexOf("PK\5\6", at - 1) : -1) {
         const char *end = tail.constData() + at;
-        if (at + END_SIZE > tail.size())
+        if (at + endSize > tail.size())
             continue;
         Table table;
-        if (at >= LOCATOR_SIZE && qstrncmp(end - LOCATOR_SIZE, "PK\6\7", 4) == 0) {
-            if (takeEnd64(table, archive, end - LOCATOR_SIZE))
+        if (at >= locatorSize && qstrncmp(end - locatorSize, "PK\6\7", 4) == 0) {
+            if (takeEnd64(table, archive, end - locatorSize))
                 return table;
             continue;
         }
@@ -127,7 +127,7 @@ bool readWideValues(const char *extra, const char *extraEnd, std::initializer_li
         if (id == 1) {
             extra += 4;
             for (quint64 *value : values) {
-                if (*value != IN_EXTRA_FIELD)
+                if (*value != inExtraField)
                     continue;
                 if (next - extra < 8)
                     return false;
@@ -138,7 +138,7 @@ bool readWideValues(const char *extra, const char *extraEnd, std::initializer_li
         }
         extra = next;
     }
-    return std::none_of(values.begin(), values.end(), [](const quint64 *value) { return *value == IN_EXTRA_FIELD; });
+    return std::none_of(values.begin(), values.end(), [](const quint64 *value) { return *value == inExtraField; });
 }
 
 /// The entry's place below the target folder. Backslashes separate too: other programs will read them so.
@@ -156,7 +156,7 @@ QByteArray safePath(const QFile &archive, const ZipEntry &entry)
         refuse(archive, entry, QStringLiteral("leads out of its folder"));
     QByteArray path;
     for (const QByteArray &component : name.split('/')) {
-        if (component.size() > MAX_COMPONENT)
+        if (component.size() > maxComponent)
             refuse(archive, entry, QStringLiteral("has too long a name"));
         if (!component.isEmpty() && component != ".")
             path += path.isEmpty() ? component : '/' + component;
@@ -171,9 +171,9 @@ std::vector<ZipEntry> readEntries(QFile &archive, const Table &table, const QByt
     std::vector<ZipEntry> entries;
     const char *const end = bytes.constData() + bytes.size();
     for (const char *at = bytes.constData(); at < end;) {
-        if (end - at < HEADER_SIZE || qstrncmp(at, "PK\1\2", 4) != 0)
+        if (end - at < headerSize || qstrncmp(at, "PK\1\2", 4) != 0)
             refuse(archive, QStringLiteral("the table of contents is damaged"));
-        const char *const name = at + HEADER_SIZE;
+        const char *const name = at + headerSize;
         const char *const extra = name + number16(at + 28);
         const char *const comment = extra + number16(at + 30);
         const char *const next = comment + number16(at + 32);
@@ -193,7 +193,7 @@ std::vector<ZipEntry> readEntries(QFile &archive, const Table &table, const QByt
         if (entry.offset > table.position)
             refuse(archive, entry, QStringLiteral("is damaged"));
         entry.offset += table.shift;
-        if (number16(at + 8) & ENCRYPTED)
+        if (number16(at + 8) & encryptedFlags)
             refuse(archive, entry, QStringLiteral("is encrypted"));
         if (isSpecialFile(number16(at + 4) >> 8, number32(at + 38)))
             refuse(archive, entry, QStringLiteral("is neither file, folder nor link"));
@@ -210,7 +210,7 @@ void refuseOverlaps(const QFile &archive, const std::vector<ZipEntry> &entries, 
         const ZipEntry &entry = entries[i];
         const quint64 next = i + 1 < entries.size() ? entries[i + 1].offset : end;
         const quint64 room = next - std::min(next, entry.offset);
-        if (room < LOCAL_HEADER_SIZE || entry.packedSize > room - LOCAL_HEADER_SIZE)
+        if (room < localHeaderSize || entry.packedSize > room - localHeaderSize)
             refuse(archive, entry, QStringLiteral("overlaps with what follows it"));
     }
 }
@@ -247,7 +247,7 @@ std::vector<ZipEntry> readZipDirectory(QFile &archive)
     if (!archive.isOpen() && !archive.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
         refuse(archive, archive.errorString());
     const Table table = findTable(archive);
-    if (table.size > MAX_TABLE_SIZE)
+    if (table.size > maxTableSize)
         refuse(archive, QStringLiteral("the table of contents is too large"));
     const QByteArray bytes = readAt(archive, table.position, qint64(table.size));
     std::vector<ZipEntry> entries = readEntries(archive, table, bytes);

@@ -30,12 +30,12 @@ namespace qv {
 
 namespace {
 
-constexpr size_t READ_BLOCK = 64 * 1024;
-constexpr quint64 DISK_RESERVE = 64 * 1024 * 1024;
+constexpr size_t readBlock = 64 * 1024;
+constexpr quint64 diskReserve = 64 * 1024 * 1024;
 // Text deflates to a tenth, logs to a fiftieth; only long runs of one value come near deflate's own limit of 1030.
-constexpr quint64 MAX_RATIO = 250;
-constexpr quint64 ALWAYS_ALLOWED = 32 * 1024 * 1024;
-constexpr mode_t KEPT_MODE = 0755;
+constexpr quint64 maxRatio = 250;
+constexpr quint64 alwaysAllowed = 32 * 1024 * 1024;
+constexpr mode_t keptMode = 0755;
 
 struct Cancelled
 {
@@ -76,7 +76,7 @@ private:
 /// What is set last: the permission bits and the times of access and modification.
 struct Attributes
 {
-    explicit Attributes(archive_entry *header) : mode(archive_entry_perm(header) & KEPT_MODE)
+    explicit Attributes(archive_entry *header) : mode(archive_entry_perm(header) & keptMode)
     {
         if (archive_entry_mtime_is_set(header)) {
             times[0] = times[1] = { archive_entry_mtime(header), archive_entry_mtime_nsec(header) };
@@ -173,7 +173,7 @@ void Extraction::run(const std::vector<ZipEntry> &entries)
     // The seekable reader alone: the streaming one unpacks half of a truncated archive before it notices.
     archive_read_support_format_zip_seekable(reader.get());
     if (lseek(archive.handle(), 0, SEEK_SET) != 0
-        || archive_read_open_fd(reader.get(), archive.handle(), READ_BLOCK) != ARCHIVE_OK)
+        || archive_read_open_fd(reader.get(), archive.handle(), readBlock) != ARCHIVE_OK)
         refuse(QString::fromUtf8(archive_error_string(reader.get())));
 
     for (const ZipEntry &entry : entries) {
@@ -196,10 +196,10 @@ void Extraction::checkLimits(const std::vector<ZipEntry> &entries)
             refuse(entry, QStringLiteral("cannot be as large as it says"));
         total += entry.size;
     }
-    if (total > std::max(ALWAYS_ALLOWED, quint64(archive.size()) * MAX_RATIO))
+    if (total > std::max(alwaysAllowed, quint64(archive.size()) * maxRatio))
         refuse(QStringLiteral("would unpack to %1 times its size").arg(total / quint64(archive.size())));
     struct statvfs disk;
-    if (fstatvfs(root, &disk) == 0 && total + DISK_RESERVE > quint64(disk.f_bavail) * disk.f_frsize)
+    if (fstatvfs(root, &disk) == 0 && total + diskReserve > quint64(disk.f_bavail) * disk.f_frsize)
         refuse(QStringLiteral("would unpack to %1 bytes, and the disk is too full for that").arg(total));
 }
 

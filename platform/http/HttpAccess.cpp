@@ -5,8 +5,8 @@ namespace qv {
 
 namespace {
 
-const QString Plain = QStringLiteral("http");
-const QString Secure = QStringLiteral("https");
+const QString plainScheme = QStringLiteral("http");
+const QString secureScheme = QStringLiteral("https");
 
 int usualPort(bool isSecure)
 {
@@ -29,9 +29,9 @@ void HttpAccess::setAddress(const QString &address, int port, bool isSecure)
 void HttpAccess::setUrl(const QUrl &url)
 {
     *this = HttpAccess();
-    if (!url.isValid() || (url.scheme() != Plain && url.scheme() != Secure))
+    if (!url.isValid() || (url.scheme() != plainScheme && url.scheme() != secureScheme))
         return;
-    const bool isSecure = url.scheme() == Secure;
+    const bool isSecure = url.scheme() == secureScheme;
     setAddress(url.host(), url.port(usualPort(isSecure)), isSecure);
     userName = url.userName(QUrl::FullyDecoded);
     secret = url.password(QUrl::FullyDecoded);
@@ -40,7 +40,7 @@ void HttpAccess::setUrl(const QUrl &url)
 void HttpAccess::parseAddress(const QString &text, int defaultPort)
 {
     const QString typed = text.trimmed();
-    const QUrl url(typed.contains(QLatin1String("://")) ? typed : Plain + QLatin1String("://") + typed);
+    const QUrl url(typed.contains(QLatin1String("://")) ? typed : plainScheme + QLatin1String("://") + typed);
     setUrl(url);
     if (!isEmpty() && url.port() < 0)
         portNumber = defaultPort;
@@ -51,7 +51,7 @@ QUrl HttpAccess::url() const
     QUrl url;
     if (isEmpty())
         return url;
-    url.setScheme(secure ? Secure : Plain);
+    url.setScheme(secure ? secureScheme : plainScheme);
     url.setHost(host);
     if (portNumber != usualPort(secure))
         url.setPort(portNumber);

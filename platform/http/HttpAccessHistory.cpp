@@ -9,7 +9,7 @@ void HttpAccessHistory::add(const HttpAccess &access)
 {
     entries.removeAll(access);
     entries.prepend(access);
-    if (entries.size() > MostEntries)
+    if (entries.size() > maxEntries)
         entries.removeLast();
 }
 

@@ -11,7 +11,7 @@ namespace qv {
 class QV_PLATFORM_EXPORT HttpAccessHistory
 {
 public:
-    static constexpr int MostEntries = 20; ///< the oldest make room
+    static constexpr int maxEntries = 20; ///< the oldest make room
 
     /// The proxies that this process used.
     static HttpAccessHistory proxies;

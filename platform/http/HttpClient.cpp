@@ -22,8 +22,8 @@ namespace {
 constexpr int msProgressInterval = 50;
 
 // Bounds what Qt reads ahead, and so the memory and the time of one round. Without it a fast server fills the memory.
-constexpr qint64 ReadBufferSize = 512LL * 1024;
-constexpr qint64 PieceSize = 64LL * 1024;
+constexpr qint64 readBufferSize = 512LL * 1024;
+constexpr qint64 pieceSize = 64LL * 1024;
 
 QNetworkProxy routeOf(const HttpHost &host)
 {
@@ -38,7 +38,7 @@ QNetworkRequest networkRequest(const QUrl &url)
 {
     QNetworkRequest request(url);
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::NoLessSafeRedirectPolicy);
-    request.setMaximumRedirectsAllowed(HttpClient::MostRedirects);
+    request.setMaximumRedirectsAllowed(HttpClient::maxRedirects);
     request.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
     request.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
     // HTTP/2 takes no notice of the read buffer's limit.
@@ -62,7 +62,7 @@ HttpHeader headerOf(const QNetworkReply &reply)
 } // namespace
 
 // NOLINTNEXTLINE(performance-no-int-to-ptr)
-QIODevice *const HttpClient::KeepInRequest = reinterpret_cast<QIODevice *>(~quintptr(0));
+QIODevice *const HttpClient::keepInRequest = reinterpret_cast<QIODevice *>(~quintptr(0));
 
 HttpClient::HttpClient()
 {
@@ -105,7 +105,7 @@ RequestPtr HttpClient::prepareGet(const QString &path, const QMap<QString, QVari
     request->host = host;
     request->visited = { QUrl(host.makeURL(path, parameters, true)) };
     request->host.updateProxy(request->visited.first());
-    if (output && output != KeepInRequest) {
+    if (output && output != keepInRequest) {
         request->isKept = false;
         request->output = output;
         request->outputHandle = outputHandle;
@@ -178,7 +178,7 @@ void HttpClient::send(const RequestData &request)
         network = new QNetworkAccessManager(this);
     network->setProxy(routeOf(request.host));
     reply = network->get(networkRequest(url));
-    reply->setReadBufferSize(ReadBufferSize);
+    reply->setReadBufferSize(readBufferSize);
     connect(reply, &QNetworkReply::redirected, this, [this](const QUrl &to) {
         current->visited.append(to);
         current->status = 0; // until that server answers
@@ -202,9 +202,9 @@ void HttpClient::readHead()
 
 void HttpClient::readBody()
 {
-    std::array<char, PieceSize> piece;
+    std::array<char, pieceSize> piece;
     while (reply) {
-        const qint64 size = reply->read(piece.data(), PieceSize);
+        const qint64 size = reply->read(piece.data(), pieceSize);
         if (size <= 0)
             break;
         stallTimer.start();

@@ -20,7 +20,7 @@ namespace qv {
 /// client.get("/manual.pdf", {}, this, SLOT(manualHere(RequestPtr)), &file, nullptr);
 /// @endcode
 ///
-/// Redirects are followed, at most MostRedirects and never from https to http. A server that sends nothing for a minute
+/// Redirects are followed, at most maxRedirects and never from https to http. A server that sends nothing for a minute
 /// ends the request. Whatever went wrong, the slot is called once, and what arrived is there; but where a connection
 /// breaks off, what was read ahead and not yet passed on (half a megabyte at most) is lost with it. Cookies are neither
 /// kept nor sent, compressed answers are not asked for, and the system is never asked for a proxy.
@@ -32,11 +32,11 @@ class QV_PLATFORM_EXPORT HttpClient : public QObject
     Q_OBJECT
 
 public:
-    static constexpr int MostRedirects = 10;
+    static constexpr int maxRedirects = 10;
     static constexpr int msStallLimit = 60'000;
 
     /// As an output device: the body stays in the request, as it does without a device. Never to be dereferenced.
-    static QIODevice *const KeepInRequest;
+    static QIODevice *const keepInRequest;
 
     HttpClient();
     explicit HttpClient(const HttpHost &host);
@@ -54,7 +54,7 @@ public:
     /// @param receiver    told about the end by @p slot; null: nobody is. When it dies the request is dropped
     /// @param slot        SLOT(name(RequestPtr)), private ones too. The output device is flushed by then
     /// @param output      takes the body as it comes, whatever the status; opened and owned by the caller. Null or
-    ///                    KeepInRequest: RequestData::getResponseBuffer() takes it. A device that is not open for
+    ///                    keepInRequest: RequestData::getResponseBuffer() takes it. A device that is not open for
     ///                    writing or takes no more ends the request at that point
     /// @param outputHandle keeps @p output alive as long as the request; may be null
     RequestPtr prepareGet(const QString &path, const QMap<QString, QVariant> &parameters, QObject *receiver,

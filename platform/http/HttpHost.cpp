@@ -9,10 +9,10 @@ namespace qv {
 
 namespace {
 
-const QString ServerKey = QStringLiteral("server");
-const QString PathKey = QStringLiteral("server-path");
-const QString PreferenceKey = QStringLiteral("proxy-preference");
-const QString ProxyKey = QStringLiteral("proxy");
+const QString serverKey = QStringLiteral("server");
+const QString pathKey = QStringLiteral("server-path");
+const QString preferenceKey = QStringLiteral("proxy-preference");
+const QString proxyKey = QStringLiteral("proxy");
 
 HttpHost::ProxyPreference toPreference(const QVariant &value)
 {
@@ -70,18 +70,18 @@ QString HttpHost::makeURL(const QString &path, const QMap<QString, QVariant> &pa
 void HttpHost::load(const QSettings &settings)
 {
     *this = HttpHost();
-    server = toAccess(settings.value(ServerKey));
-    path = settings.value(PathKey).toString();
-    proxyPreference = toPreference(settings.value(PreferenceKey));
-    proxy = toAccess(settings.value(ProxyKey));
+    server = toAccess(settings.value(serverKey));
+    path = settings.value(pathKey).toString();
+    proxyPreference = toPreference(settings.value(preferenceKey));
+    proxy = toAccess(settings.value(proxyKey));
 }
 
 void HttpHost::store(QSettings &settings, bool withPasswords) const
 {
-    settings.setValue(ServerKey, toText(server, withPasswords));
-    settings.setValue(PathKey, path);
-    settings.setValue(PreferenceKey, int(proxyPreference));
-    settings.setValue(ProxyKey, toText(isProxyGlobal ? HttpAccess() : proxy, withPasswords));
+    settings.setValue(serverKey, toText(server, withPasswords));
+    settings.setValue(pathKey, path);
+    settings.setValue(preferenceKey, int(proxyPreference));
+    settings.setValue(proxyKey, toText(isProxyGlobal ? HttpAccess() : proxy, withPasswords));
 }
 
 } // namespace qv

@@ -42,9 +42,9 @@ public:
     qint64 bodySize() const { return received; }
 
     /// A body that is longer ends there, and with it the request. So an endless one fills neither memory nor disk.
-    /// Unless set: MostBytesKept for a body that stays in the request, no limit with an output device.
+    /// Unless set: maxBytesKept for a body that stays in the request, no limit with an output device.
     void setMaxBodySize(qint64 bytes) { maxBodySize = bytes; }
-    static constexpr qint64 MostBytesKept = 32LL * 1024 * 1024;
+    static constexpr qint64 maxBytesKept = 32LL * 1024 * 1024;
 
     /// For the caller's own use; freed with the request at the latest.
     std::any userData;
@@ -58,7 +58,7 @@ private:
     QPointer<QObject> receiver;
     QByteArray slot; // normalized signature, empty: nobody is told
     bool isExecuted = false;
-    qint64 maxBodySize = MostBytesKept;
+    qint64 maxBodySize = maxBytesKept;
 
     QPointer<QIODevice> output;
     qvb::smart<QIODevice> outputHandle;
