@@ -89,16 +89,24 @@ void MainWindow::buildMenus()
     check->setObjectName("checkForUpdates");
     connect(check, &QAction::triggered, &updates, [this] { updates.queryForUpdate(); });
     help->addAction(tr("&Catalogue..."), this, &MainWindow::showCatalogue)->setObjectName("catalogue");
-    help->addAction(tr("Update &Myself..."), this, [this] { (new SelfUpdate(nextVersion, this))->start(); })
-        ->setObjectName("updateMyself");
+    help->addAction(tr("Update &Myself..."), this, &MainWindow::updateMyself)->setObjectName("updateMyself");
     help->addSeparator();
     help->addAction(tr("&About"), this, &MainWindow::about)->setObjectName("about");
 }
 
 void MainWindow::showCatalogue()
 {
-    auto *window = new CatalogueWindow(updateServer, this);
+    auto *window = findChild<CatalogueWindow *>();
+    if (!window)
+        window = new CatalogueWindow(updateServer, this);
     window->show();
+    window->activateWindow();
+}
+
+void MainWindow::updateMyself()
+{
+    if (!findChild<SelfUpdate *>())
+        (new SelfUpdate(nextVersion, this))->start();
 }
 
 void MainWindow::about()

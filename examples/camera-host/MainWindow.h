@@ -22,6 +22,7 @@ private:
     void showCameras();
     void buildMenus();
     void showCatalogue();
+    void updateMyself();
     void about();
 
     const QUrl updateServer;

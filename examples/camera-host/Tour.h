@@ -4,13 +4,15 @@
 #include <QMessageBox>
 #include <QObject>
 #include <QPointer>
+#include <QPushButton>
 #include <QUrl>
+#include <QWidget>
 
 #include <functional>
+#include <stdexcept>
 
 class CatalogueWindow;
 class QTableWidget;
-class QWidget;
 
 namespace qv {
 class SoftwareUpdateAvailableDialog;
@@ -62,6 +64,11 @@ private:
     void queryAgain();
     void updateProgram();
 
+    /// The part of @p window with that object name; the tour ends where there is none.
+    template<class Widget>
+    static Widget *find(const QWidget *window, const QString &name = QString());
+    static QPushButton *button(const QWidget *window, const QString &name) { return find<QPushButton>(window, name); }
+
     /// Waits until @p happened, then saves the picture of @p window, if there is one, as @p name.
     void step(const QString &text, const std::function<bool()> &happened, const QString &name = QString(),
               QWidget *window = nullptr);
@@ -89,3 +96,12 @@ private:
     QPointer<QTableWidget> table; // of the latter
     QPointer<CatalogueWindow> catalogueWindow;
 };
+
+template<class Widget>
+Widget *Tour::find(const QWidget *window, const QString &name)
+{
+    Widget *found = window ? window->findChild<Widget *>(name) : nullptr;
+    if (!found)
+        throw std::runtime_error("there is no " + name.toStdString() + ", a " + Widget::staticMetaObject.className());
+    return found;
+}
