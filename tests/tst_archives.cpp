@@ -1,25 +1,19 @@
 // Archives: what unpacking keeps, what it refuses, and that a refusal or a cancellation leaves nothing behind.
 #include "FileUtils.h"
 #include "IOException.h"
+#include "Row.h"
 #include "Unzipper.h"
 #include "ZipBuilder.h"
 #include "ZipReader.h"
 
-#include <QDir>
-#include <QDirIterator>
 #include <QProgressDialog>
-#include <QSignalSpy>
-#include <QTemporaryDir>
-#include <QTimer>
 #include <QtTest>
 
 #include <clocale>
 #include <filesystem>
 #include <random>
 
-using qv::FileUtils;
-using qv::Unzipper;
-using qv::ZipReader;
+using namespace qv;
 
 namespace {
 
@@ -53,14 +47,14 @@ private slots:
     {
         scratch = std::make_unique<QTemporaryDir>();
         QVERIFY(scratch->isValid());
-        QVERIFY(QDir(scratch->path()).mkdir(QStringLiteral("out")));
+        QVERIFY(QDir(scratch->path()).mkdir("out"));
     }
 
     void keeps_data()
     {
         QTest::addColumn<bool>("inBackground");
-        QTest::newRow("reader") << false;
-        QTest::newRow("unzipper") << true;
+        row("reader", false);
+        row("unzipper", true);
     }
     void keeps()
     {
@@ -77,20 +71,22 @@ private slots:
         setlocale(LC_ALL, "");
         QCOMPARE(message, QString());
 
-        QCOMPARE(FileUtils::readBytes(out(name)), QByteArray("text"));
-        QCOMPARE(FileUtils::readBytes(out("readonly")), large);
-        QCOMPARE(FileUtils::readBytes(out("wide")), large);
-        QCOMPARE(FileUtils::readBytes(out("dos/deep/file")), QByteArray("x"));
-        QCOMPARE(QFileInfo(out("empty")).size(), qint64(0));
+        const QHash<QByteArray, QByteArray> contents {
+            { name, "text" }, { "readonly", large }, { "wide", large }, { "dos/deep/file", "x" }, { "here/link", "" },
+        };
+        for (const QByteArray &file : contents.keys())
+            QVERIFY2(FileUtils::readBytes(out(file)) == contents[file], file);
         QCOMPARE(QFile(out("sub/link")).symLinkTarget(), out("empty"));
-        QCOMPARE(FileUtils::readBytes(out("here/link")), QByteArray());
         QVERIFY(QFileInfo(out("here")).isSymLink());
+        QCOMPARE(QFileInfo(out("empty")).size(), qint64(0));
 
-        QCOMPARE(statusOf(out(name)).st_mode, mode_t(S_IFREG | 0755));
-        QCOMPARE(statusOf(out("empty")).st_mode, mode_t(S_IFREG | 0640));
-        QCOMPARE(statusOf(out("readonly")).st_mode, mode_t(S_IFREG | 0644));
-        QCOMPARE(statusOf(out("wide")).st_mode, mode_t(S_IFREG | 0644));
-        QCOMPARE(statusOf(out("sub")).st_mode, mode_t(S_IFDIR | 0755));
+        const QHash<QByteArray, mode_t> modes { { name, S_IFREG | 0755 },
+                                                { "empty", S_IFREG | 0640 },
+                                                { "readonly", S_IFREG | 0644 },
+                                                { "wide", S_IFREG | 0644 },
+                                                { "sub", S_IFDIR | 0755 } };
+        for (const QByteArray &file : modes.keys())
+            QCOMPARE(statusOf(out(file)).st_mode, modes[file]);
         QCOMPARE(statusOf(out(name)).st_mtime, time_t(1234567890));
         QCOMPARE(statusOf(out("sub")).st_mtime, time_t(1111111111));
         QCOMPARE(statusOf(out("sub/link")).st_mtime, time_t(1222222222));
@@ -101,7 +97,7 @@ private slots:
         QTest::addColumn<QByteArray>("bytes");
         QTest::addColumn<QString>("reason");
         const auto row = [](const char *name, const QList<ZipItem> &items, const char *reason) {
-            QTest::newRow(name) << ZipBuilder::archive(items) << QString::fromUtf8(reason);
+            ::row(name, ZipBuilder::archive(items), QString::fromUtf8(reason));
         };
         const ZipItem sound("sound", "text");
         const QByteArray zeros(33 * 1024 * 1024, '\0');
@@ -145,6 +141,15 @@ private slots:
             "times its size");
         row("beyond all numbers", { ZipItem("a", "x").announce(~0ull >> 1), ZipItem("b", "x").announce(~0ull >> 1) },
             "'b' cannot be as large as it says");
+
+        const QByteArray zip = ZipBuilder::archive({ { "a", "text" }, { "b", noise(99) } });
+        ::row("nothing", QByteArray(), "");
+        ::row("noise", noise(100000), "");
+        ::row("other format", QByteArray("\x1f\x8b\x08\0", 4) + noise(999), "");
+        ::row("no beginning", zip.mid(50), "");
+        ::row("entry missing from the table", QByteArray(zip).replace("\2\0\2", 4, "\3\0\3", 4), "");
+        for (int size : { 1, 60, 200, int(zip.size()) - 1 })
+            QTest::addRow("cut at %d", size) << zip.left(size) << "";
     }
     void refuses()
     {
@@ -152,33 +157,10 @@ private slots:
         QFETCH(QString, reason);
         FileUtils::writeBytes(bytes, package());
         const QString fromReader = read();
-        QVERIFY2(fromReader.contains(reason) && fromReader.startsWith(QLatin1String("package.zip: ")),
-                 qPrintable(fromReader));
+        QVERIFY2(fromReader.contains(reason) && fromReader.startsWith("package.zip: "), qPrintable(fromReader));
         QVERIFY(QDir(out("")).isEmpty(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System));
         QCOMPARE(unzip(), fromReader);
-        QCOMPARE(everything(), QStringList { QStringLiteral("package.zip") });
-    }
-
-    void refusesWhatItCannotOpen_data()
-    {
-        QTest::addColumn<QByteArray>("bytes");
-        const QByteArray zip = ZipBuilder::archive({ { "a", "text" }, { "b", noise(99) } });
-        QTest::newRow("nothing") << QByteArray();
-        QTest::newRow("noise") << noise(100000);
-        QTest::newRow("other format") << QByteArray("\x1f\x8b\x08\0", 4) + noise(999);
-        QTest::newRow("no beginning") << zip.mid(50);
-        QTest::newRow("entry missing from the table")
-            << QByteArray(zip).replace(QByteArray("\2\0\2\0", 4), QByteArray("\3\0\3\0", 4));
-        for (int size : { 1, 60, 200, int(zip.size()) - 1 })
-            QTest::addRow("cut at %d", size) << zip.left(size);
-    }
-    void refusesWhatItCannotOpen()
-    {
-        QFETCH(QByteArray, bytes);
-        FileUtils::writeBytes(bytes, package());
-        QVERIFY(read().startsWith(QLatin1String("package.zip: ")));
-        QVERIFY(unzip().startsWith(QLatin1String("package.zip: ")));
-        QCOMPARE(everything(), QStringList { QStringLiteral("package.zip") });
+        QCOMPARE(everything(), QStringList { "package.zip" });
     }
 
     void everyDamageEndsWell()
@@ -198,46 +180,35 @@ private slots:
             if (read().isEmpty())
                 std::filesystem::remove_all(qPrintable(out(""))); // Qt cannot remove names that are not UTF-8
             QDir().rmdir(out(""));
-            QCOMPARE(everything(), QStringList { QStringLiteral("package.zip") });
+            QCOMPARE(everything(), QStringList { "package.zip" });
         }
-    }
-
-    void lists_data()
-    {
-        QTest::addColumn<QString>("pattern");
-        QTest::addColumn<QStringList>("names");
-        QTest::newRow("all") << QString() << QStringList { "d/", "d/a.txt", "d/b.bin" };
-        QTest::newRow("some") << QStringLiteral("\\.txt$") << QStringList { "d/a.txt" };
-        QTest::newRow("none") << QStringLiteral("X") << QStringList();
-    }
-    void lists()
-    {
-        QFETCH(QString, pattern);
-        QFETCH(QStringList, names);
-        write({ { "d/", "", Folder }, { "d/a.txt", "a" }, { "d/b.bin", "b" } });
-        ZipReader reader(package());
-        QVERIFY(!reader.open(QIODevice::ReadWrite));
-        QVERIFY(reader.open(QIODevice::ReadOnly));
-        QCOMPARE(reader.fileList(QRegularExpression(pattern)), names);
     }
 
     void extractsWhatIsAskedFor()
     {
         write({ { "d/", "", Folder }, { "d/a.txt", "a" }, { "d/b.bin", "b" }, { "c", "c" } });
         ZipReader reader(package());
-        reader.open(QIODevice::ReadOnly);
-        QVERIFY_EXCEPTION_THROWN(reader.extractFiles({ "c", "x" }, out(""), false), qv::IOException);
+        QVERIFY(!reader.open(QIODevice::ReadWrite));
+        QVERIFY(reader.open(QIODevice::ReadOnly));
+        QCOMPARE(reader.fileList(QRegularExpression()), (QStringList { "d/", "d/a.txt", "d/b.bin", "c" }));
+        QCOMPARE(reader.fileList(QRegularExpression("\\.txt$")), QStringList { "d/a.txt" });
+        QCOMPARE(reader.fileList(QRegularExpression("X")), QStringList());
+        QVERIFY_EXCEPTION_THROWN(reader.extractFiles({ "c", "x" }, out(""), false), IOException);
         reader.extractFiles({ "d/b.bin" }, out(""), false);
         QCOMPARE(everything(), (QStringList { "out", "out/d", "out/d/b.bin", "package.zip" }));
-        QVERIFY_EXCEPTION_THROWN(reader.extractFiles({ "c" }, out(""), false), qv::IOException); // no longer empty
-        QVERIFY_EXCEPTION_THROWN(reader.extractFiles({ "c" }, QString(), false), qv::IOException);
+        QVERIFY_EXCEPTION_THROWN(reader.extractFiles({ "c" }, out(""), false), IOException); // no longer empty
+        QVERIFY_EXCEPTION_THROWN(reader.extractFiles({ "c" }, QString(), false), IOException);
         reader.extractFiles(reader.fileList(), out("new/flat"), true);
         QCOMPARE(QDir(out("new/flat")).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
                  (QStringList { "a.txt", "b.bin", "c" }));
     }
 
-    void zip64WithManyEntries()
+    void anyNumberOfEntries()
     {
+        write({});
+        QCOMPARE(unzip(), QString());
+        QVERIFY(QDir(out("")).isEmpty());
+
         QList<ZipItem> items;
         for (int i = 0; i < 66000; ++i)
             items << ZipItem(QByteArray::number(i / 1000) + "/", "", Folder);
@@ -245,13 +216,6 @@ private slots:
         write(items);
         QCOMPARE(read(), QString());
         QCOMPARE(QDir(out("")).count(), 2u + 66u + 1u);
-    }
-
-    void emptyArchiveIsAnEmptyFolder()
-    {
-        write({});
-        QCOMPARE(unzip(), QString());
-        QVERIFY(QDir(out("")).isEmpty());
     }
 
     void readerCancels()
@@ -294,10 +258,10 @@ private slots:
     }
 
 private:
-    QString package() const { return scratch->filePath(QStringLiteral("package.zip")); }
+    QString package() const { return scratch->filePath("package.zip"); }
     QString out(const QByteArray &name) const
     {
-        return scratch->filePath(QStringLiteral("out") + (name.isEmpty() ? "" : "/") + QString::fromUtf8(name));
+        return scratch->filePath(QString("out") + (name.isEmpty() ? "" : "/") + QString::fromUtf8(name));
     }
     void write(const QList<ZipItem> &items) const { FileUtils::writeBytes(ZipBuilder::archive(items), package()); }
 
@@ -317,7 +281,7 @@ private:
             reader.open(QIODevice::ReadOnly);
             reader.extractFiles(reader.fileList(), out(""), false);
             return QString();
-        } catch (const qv::IOException &exception) {
+        } catch (const IOException &exception) {
             return exception.message();
         }
     }
@@ -325,20 +289,15 @@ private:
     {
         Unzipper unzipper(package(), out(""), false);
         QSignalSpy done(&unzipper, &Unzipper::unzippingDone), failed(&unzipper, &Unzipper::unzippingFailed);
-        QEventLoop loop;
-        connect(&unzipper, &Unzipper::unzippingDone, &loop, &QEventLoop::quit);
-        connect(&unzipper, &Unzipper::unzippingFailed, &loop, &QEventLoop::quit);
-        loop.exec();
-        return done.isEmpty() ? failed.constFirst().constFirst().toString() : QString();
+        (void)QTest::qWaitFor([&] { return !done.isEmpty() || !failed.isEmpty(); }, 60'000);
+        return done.isEmpty() ? failed.value(0).value(0, "nothing happened").toString() : QString();
     }
 
     QStringList everything() const
     {
         QStringList paths;
-        QDirIterator entries(scratch->path(), QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System,
-                             QDirIterator::Subdirectories);
-        while (entries.hasNext())
-            paths << QDir(scratch->path()).relativeFilePath(entries.next());
+        for (const auto &entry : std::filesystem::recursive_directory_iterator(qPrintable(scratch->path())))
+            paths << QString::fromStdString(entry.path().string()).mid(scratch->path().size() + 1);
         paths.sort();
         return paths;
     }

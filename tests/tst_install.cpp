@@ -7,11 +7,11 @@
 #include "IOException.h"
 #include "LogCapture.h"
 #include "NodeDB.h"
+#include "Row.h"
 #include "TestHost.h"
 #include "ZipBuilder.h"
 
 #include <QDesktopServices>
-#include <QProcess>
 #include <QProgressDialog>
 
 #include <iostream>
@@ -35,7 +35,7 @@ void writeProgram(const QString &path, const QByteArray &script)
     QFile::setPermissions(path, QFile::Permissions(0x7755));
 }
 
-/// A client that has found one package, downloaded over the proxy on loopback at @p port.
+/// A client that has found one package over the proxy on loopback at @p port, and begun to install it.
 struct InstallingHost : TestHost
 {
     explicit InstallingHost(int port) : client("P", VersionNumber("1.0"), "http://updates.example/xml", &window)
@@ -46,15 +46,11 @@ struct InstallingHost : TestHost
         settings.supportedPackageTypes =
             QStringList { "exe", "mpkg", "zip", "ZIP", "msi", "deb", "rpk", "tar.gz", "bin" };
         client.setCurrentSettings(&settings);
-    }
-    ~InstallingHost() { NodeDB::getDB().setGlobalProxy(NetworkProxy()); }
-
-    void install()
-    {
         client.checkForUpdate();
         QTRY_VERIFY(availableDialog() && availableDialog()->isVisible());
         emit availableDialog()->installPackage(0);
     }
+    ~InstallingHost() { NodeDB::getDB().setGlobalProxy(NetworkProxy()); }
 
     SoftwareUpdateClient client;
 };
@@ -75,7 +71,6 @@ int runChild(const QStringList &arguments)
         clicker.boxes << (QGuiApplication::overrideCursor() ? "waiting" : "not waiting");
     } else {
         InstallingHost host(arguments[1].toInt());
-        host.install();
         const auto isOver = [&] { return clicker.boxes.size() == 3; };
         if (!QTest::qWaitFor(isOver, 60'000))
             clicker.boxes << "nothing happened";
@@ -158,16 +153,17 @@ private slots:
 
     void defaultExecutable_data()
     {
-        QTest::addColumn<QList<QByteArray>>("files"); // x: a program, -: a file, >: a link to the rest
+        using Files = QList<QByteArray>;
+        QTest::addColumn<Files>("files"); // x: a program, -: a file, >: a link to the rest
         QTest::addColumn<QString>("program");
-        QTest::newRow("nothing") << QList<QByteArray>() << "";
-        QTest::newRow("no program") << QList<QByteArray> { "-readme", "-bin/data" } << "";
-        QTest::newRow("largest") << QList<QByteArray> { "x1", "x22", "-333" } << "22";
-        QTest::newRow("own before larger below") << QList<QByteArray> { "x1", "xbin/222" } << "1";
-        QTest::newRow("below") << QList<QByteArray> { "-readme", "-doc/a", "xbin/deep/tool" } << "bin/deep/tool";
-        QTest::newRow("link inside") << QList<QByteArray> { ">run>bin/tool", "xbin/tool" } << "run";
-        QTest::newRow("link out") << QList<QByteArray> { ">run>/bin/sh", ">etc>/bin", "xbin/tool" } << "bin/tool";
-        QTest::newRow("link loop") << QList<QByteArray> { ">bin/up>..", ">run>run", ">bin/self>." } << "";
+        row("nothing", Files {}, "");
+        row("no program", Files { "-readme", "-bin/data" }, "");
+        row("largest", Files { "x1", "x22", "-333" }, "22");
+        row("own before larger below", Files { "x1", "xbin/222" }, "1");
+        row("below", Files { "-readme", "-doc/a", "xbin/deep/tool" }, "bin/deep/tool");
+        row("link inside", Files { ">run>bin/tool", "xbin/tool" }, "run");
+        row("link out", Files { ">run>/bin/sh", ">etc>/bin", "xbin/tool" }, "bin/tool");
+        row("link loop", Files { ">bin/up>..", ">run>run", ">bin/self>." }, "");
     }
     void defaultExecutable()
     {
@@ -195,7 +191,7 @@ private slots:
         package.fileSize = 4;
         manager.installLater(package, true);
         QVERIFY(manager.installPackage().spareFlag);
-        QCOMPARE(manager.installPackage().name, QStringLiteral("n"));
+        QCOMPARE(manager.installPackage().name, QString("n"));
         for (const QByteArray content : { "", "one", "four", "fiver" }) {
             QVERIFY(FileUtils::writeBytes(content, at("p.zip")));
             QCOMPARE(manager.hasInstallPackage(), content.size() == 4);
@@ -214,7 +210,7 @@ private slots:
                 DownloadManager().runInstaller(name);
                 QFAIL("came back");
             } catch (const ExceptionQt &exception) {
-                QCOMPARE(exception.message(), QStringLiteral("execl() failed"));
+                QCOMPARE(exception.message(), QString("execl() failed"));
             }
         }
     }
@@ -239,15 +235,14 @@ private slots:
         // Of the folder's 16-bit characters only the first is seen.
         const QStringList words { "PID", "sh", "cp", "-fr", "%2", "/", "&&rm", "-fr", "%2", "&&" };
         const QString broken = "p.zip: this is no ZIP archive, or its end is missing";
-        QTest::newRow("shell") << package << "%1/chosen" << true << words + QStringList("%1/chosen/bin/tool");
-        QTest::newRow("shell, no program inside")
-            << ZipBuilder::archive({ { "readme", "text" } }) << "%1/chosen" << true
-            << words + QStringList(QCoreApplication::applicationFilePath());
-        QTest::newRow("no shell") << package << "%1/chosen" << false << QStringList { chooser, "waiting" };
-        QTest::newRow("cancelled") << package << "" << true << QStringList { chooser, "not waiting" };
-        QTest::newRow("broken") << package.left(99) << "%1/chosen" << true
-                                << QStringList { chooser, "Critical|Unpacking failed|" + broken + "|OK:Accept",
-                                                 "thrown: " + broken, "not waiting" };
+        const QString box = "Critical|Unpacking failed|" + broken + "|OK:Accept";
+        const QStringList self { QCoreApplication::applicationFilePath() };
+        row("shell", package, "%1/chosen", true, words + QStringList("%1/chosen/bin/tool"));
+        row("shell, no program", ZipBuilder::archive({ { "readme", "text" } }), "%1/chosen", true, words + self);
+        row("no shell", package, "%1/chosen", false, QStringList { chooser, "waiting" });
+        row("cancelled", package, "", true, QStringList { chooser, "not waiting" });
+        row("broken", package.left(99), "%1/chosen", true,
+            QStringList { chooser, box, "thrown: " + broken, "not waiting" });
     }
     void zipInstaller()
     {
@@ -280,18 +275,12 @@ private slots:
         const QString download = "SoftwareUpdateClient::downloadPackage() -> http://packages.example/dir/%2 to %1";
         for (const QString type : { "msi", "deb", "rpk", "tar.gz" }) {
             const QString name = type.toUpper().remove('.');
-            QTest::newRow(qPrintable(type)) << "p." + type << "Proceed"
-                                            << "" << run.arg(name) + "%1" << true;
+            row(qPrintable(type), "p." + type, "Proceed", "", run.arg(name) + "%1", true);
         }
-        QTest::newRow("unknown") << "p.bin"
-                                 << "Proceed" << unknown << download.arg("%1", "p.bin") << false;
-        QTest::newRow("upper case") << "p.ZIP"
-                                    << "Proceed" << unknown << "" << false;
-        QTest::newRow("not found") << "missing.deb"
-                                   << "Proceed" << error << "" << false;
-        QTest::newRow("rejected") << "p.deb"
-                                  << "Cancel Install"
-                                  << "" << rejected << false;
+        row("unknown", "p.bin", "Proceed", unknown, download.arg("%1", "p.bin"), false);
+        row("upper case", "p.ZIP", "Proceed", unknown, "", false);
+        row("not found", "missing.deb", "Proceed", error, "", false);
+        row("rejected", "p.deb", "Cancel Install", "", rejected, false);
     }
     void outcomes()
     {
@@ -302,9 +291,7 @@ private slots:
         QFETCH(bool, isKept);
         LogCapture log;
         BoxClicker clicker({ answer });
-        serve(file, file.startsWith('p') ? HttpAnswer("content") : HttpAnswer("gone", 404));
-        InstallingHost host(server.serverPort());
-        host.install();
+        InstallingHost host(serve(file, file.startsWith('p') ? HttpAnswer("content") : HttpAnswer("gone", 404)));
         QTRY_COMPARE(clicker.boxes, box.isEmpty() ? QStringList { question } : (QStringList { question, box }));
         const QString target = downloaded(file);
         line.replace("%1", target);
@@ -315,46 +302,42 @@ private slots:
         QCOMPARE(host.availableDialog() != nullptr, !isKept && box.count("type") == 0);
     }
 
-    void cancelled()
+    void duringTheDownload_data()
     {
+        QTest::addColumn<bool>("cancels");
+        row("cancelled", true);
+        row("dialog closed", false);
+    }
+    void duringTheDownload()
+    {
+        QFETCH(bool, cancels);
+        LogCapture log;
         BoxClicker clicker({ "Proceed" });
-        serve("p.deb", HttpAnswer("content").holdAfter(3));
         QSignalSpy held(&server, &HttpServer::held);
-        InstallingHost host(server.serverPort());
-        host.install();
+        InstallingHost host(serve("p.deb", HttpAnswer("content").holdAfter(3)));
         QVERIFY(!held.isEmpty() || held.wait());
         auto *dialog = host.availableDialog()->findChild<QProgressDialog *>();
         QVERIFY(dialog);
-        QCOMPARE(dialog->labelText(), QStringLiteral("Downloading package to temporary folder..."));
+        QCOMPARE(dialog->labelText(), QString("Downloading package to temporary folder..."));
         QTRY_COMPARE(dialog->maximum(), 7);
         QTRY_COMPARE(dialog->value(), 3);
-        dialog->findChild<QPushButton *>()->click();
-        QVERIFY(!QFile::exists(downloaded("p.deb")));
+        if (cancels) {
+            dialog->findChild<QPushButton *>()->click();
+            QVERIFY(!QFile::exists(downloaded("p.deb")));
+        } else { // which goes on
+            host.availableDialog()->reject();
+            host.release();
+            QVERIFY(!host.availableDialog());
+            server.release();
+            QTRY_VERIFY(log.lines().last().endsWith("trying to run " + downloaded("p.deb")));
+        }
         QCOMPARE(clicker.boxes, QStringList { question });
-    }
-
-    void dialogClosedWhileDownloading()
-    {
-        LogCapture log;
-        BoxClicker clicker({ "Proceed" });
-        serve("p.deb", HttpAnswer("content").holdAfter(3));
-        QSignalSpy held(&server, &HttpServer::held);
-        InstallingHost host(server.serverPort());
-        host.install();
-        QVERIFY(!held.isEmpty() || held.wait());
-        host.availableDialog()->reject();
-        host.release();
-        QVERIFY(!host.availableDialog());
-        server.release();
-        QTRY_VERIFY(log.lines().last().endsWith("trying to run " + downloaded("p.deb")));
     }
 
     void program()
     {
         BoxClicker clicker({ "Proceed" });
-        serve("p.exe", HttpAnswer("#!/bin/sh\necho \"$0 $#\" > \"$0.started\"\n"));
-        InstallingHost host(server.serverPort());
-        host.install();
+        InstallingHost host(serve("p.exe", HttpAnswer("#!/bin/sh\necho \"$0 $#\" > \"$0.started\"\n")));
         const QByteArray started = downloaded("p.exe").toLocal8Bit() + " 0\n";
         QTRY_COMPARE(FileUtils::readBytes(downloaded("p.exe") + ".started"), started);
     }
@@ -362,18 +345,17 @@ private slots:
     void macPackages_data()
     {
         QTest::addColumn<bool>("canOpen");
-        QTest::newRow("opened") << true;
-        QTest::newRow("cannot be opened") << false;
+        row("opened", true);
+        row("cannot be opened", false);
     }
     void macPackages()
     {
         QFETCH(bool, canOpen);
         LogCapture log;
         BoxClicker clicker({ "Proceed" });
-        serve("p.mpkg.zip", ZipBuilder::archive({ { "readme", "" }, { "b.mpkg", "x" }, { "a.mpkg/c.mpkg", "x" } }));
         const std::unique_ptr<Desktop> desktop(canOpen ? new Desktop : nullptr);
-        InstallingHost host(server.serverPort());
-        host.install();
+        InstallingHost host(serve(
+            "p.mpkg.zip", ZipBuilder::archive({ { "readme", "" }, { "b.mpkg", "x" }, { "a.mpkg/c.mpkg", "x" } })));
         const QString last =
             canOpen ? "/b.mpkg" : "SoftwareUpdateClient::installMPKGPackage, can't start package installer!";
         QTRY_VERIFY(log.lines().last().endsWith(last));
@@ -390,9 +372,7 @@ private slots:
     {
         LogCapture log;
         BoxClicker clicker({ "Proceed", "Restart later" });
-        serve("p.zip", ZipBuilder::archive({ { "a", "x" } }));
-        InstallingHost host(server.serverPort());
-        host.install();
+        InstallingHost host(serve("p.zip", ZipBuilder::archive({ { "a", "x" } })));
         QTRY_COMPARE(clicker.boxes, (QStringList { question, restart }));
         const QStringList lines = log.lines();
         const QString target = lines.last().section(' ', 3, 3);
@@ -409,12 +389,10 @@ private slots:
         const QStringList handOver { "-oldDir", "%1/app", "-newDir", "", "-exe", "tst_install" };
         const QStringList failure { question, restart, installationFailed };
         const QByteArray old = QByteArray(showArguments).replace("$$", "$$ old");
-        QTest::newRow("copied") << showArguments << QByteArray()
-                                << QStringList { "PID", "%1/UpdateInstaller" } + handOver;
-        QTest::newRow("present") << showArguments << old
-                                 << QStringList { "PID", "old", "%1/UpdateInstaller" } + handOver;
-        QTest::newRow("missing") << QByteArray() << old << failure;
-        QTest::newRow("cannot be copied") << showArguments << QByteArray(">no/such/folder") << failure;
+        row("copied", showArguments, QByteArray(), QStringList { "PID", "%1/UpdateInstaller" } + handOver);
+        row("present", showArguments, old, QStringList { "PID", "old", "%1/UpdateInstaller" } + handOver);
+        row("missing", QByteArray(), old, failure);
+        row("cannot be copied", showArguments, QByteArray(">no/such/folder"), failure);
     }
     void restartNow()
     {
@@ -429,9 +407,9 @@ private slots:
             QVERIFY(QFile::link(present.mid(1), at("UpdateInstaller")));
         else if (!present.isEmpty())
             writeProgram(at("UpdateInstaller"), present);
-        serve("p.zip", ZipBuilder::archive({ { "a", "x" } }));
         output.replaceInStrings("%1", scratch->path());
-        QCOMPARE(child({ "client", QString::number(server.serverPort()) }, at("app/tst_install")), output);
+        const QString port = QString::number(serve("p.zip", ZipBuilder::archive({ { "a", "x" } })));
+        QCOMPARE(child({ "client", port }, at("app/tst_install")), output);
     }
 
 private:
@@ -441,8 +419,8 @@ private:
     /// The path of a downloaded file, while it is alone.
     QString downloaded(const QString &file) const { return at("tmp/") + temporary().value(0) + '/' + file; }
 
-    /// Puts one package on the server.
-    void serve(const QString &file, const HttpAnswer &answer)
+    /// Puts one package on the server, whose port it returns.
+    int serve(const QString &file, const HttpAnswer &answer)
     {
         const QByteArray url = "http://packages.example/dir/" + file.toUtf8();
         const QByteArray size = QByteArray::number(answer.body.size() + (answer.status == 200 ? 0 : 9));
@@ -450,6 +428,7 @@ private:
                      HttpAnswer("<softwareList><package name='Camera Host' release='2.0' status='STABLE' file-size='"
                                 + size + "' url='" + url + "'/></softwareList>"));
         server.route(url, answer);
+        return server.serverPort();
     }
 
     /// Runs this program as a child and returns what it, or what replaced it, wrote: a line each, its process id as

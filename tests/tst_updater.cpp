@@ -1,4 +1,6 @@
 // UpdateInstaller from outside: real child processes on real folders, killed wherever they can be.
+#include "Row.h"
+
 #include <QtTest>
 
 #include <filesystem>
@@ -139,9 +141,7 @@ QStringList tree(const QString &folder)
                      QDirIterator::Subdirectories);
     while (all.hasNext()) {
         const QString path = all.next();
-        struct stat status
-        {
-        };
+        struct stat status = {};
         lstat(path.toLocal8Bit(), &status);
         QFile file(path);
         QString content;
@@ -149,12 +149,9 @@ QStringList tree(const QString &folder)
             content = QString::fromStdString(std::filesystem::read_symlink(path.toLocal8Bit().toStdString()).string());
         if (S_ISREG(status.st_mode) && file.open(QIODevice::ReadOnly))
             content = QString::fromUtf8(file.readAll().left(4096));
-        entries << QStringLiteral("%1 %2 %3.%4 %5")
-                       .arg(path.mid(folder.size() + 1))
-                       .arg(status.st_mode, 0, 8)
-                       .arg(status.st_mtim.tv_sec)
-                       .arg(status.st_mtim.tv_nsec)
-                       .arg(content);
+        entries << path.mid(folder.size() + 1)
+                + QString::asprintf(" %o %ld.%ld ", status.st_mode, status.st_mtim.tv_sec, status.st_mtim.tv_nsec)
+                + content;
     }
     entries.sort();
     return entries;
@@ -162,14 +159,12 @@ QStringList tree(const QString &folder)
 
 bool shell(const QString &command)
 {
-    return QProcess::execute(QStringLiteral("sh"), { QStringLiteral("-ec"), command }) == 0;
+    return QProcess::execute("sh", { "-ec", command }) == 0;
 }
 
 quint64 deviceOf(const QString &path)
 {
-    struct stat status
-    {
-    };
+    struct stat status = {};
     return stat(path.toLocal8Bit(), &status) == 0 ? status.st_dev : 0;
 }
 
@@ -180,50 +175,20 @@ class UpdaterTest : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase();
-    void cleanupTestCase();
-    void init();
-    void commandLine_data();
-    void commandLine();
-    void refuses_data();
-    void refuses();
-    void installs_data();
-    void installs();
-    void swapsBack_data();
-    void swapsBack();
-    void killedAnywhere_data();
-    void killedAnywhere();
-    void watchesUnderLock();
-    void forgetsItsCaller();
+    /// Two file systems: memory for most of the work, as nothing here has to wait for a disk then.
+    void initTestCase()
+    {
+        for (const QString &root : { QString("/dev/shm"), QString("/run"), QDir::tempPath(), QDir::currentPath() }) {
+            std::unique_ptr<QTemporaryDir> &dir = first ? second : first;
+            if (!dir && QFileInfo(root).isWritable() && (!first || deviceOf(root) != deviceOf(first->path())))
+                dir = std::make_unique<QTemporaryDir>(root + "/updater-XXXXXX");
+        }
+        place = first->filePath("work/pläce with blanks");
+        app = place + "/app";
+        incoming = first->filePath("work/incoming");
+        abroad = second ? second->filePath("incoming") : incoming;
 
-private:
-    QStringList order(const QString &newDir) const;
-    void makeFolders();
-    void giveNewProgram(const QString &script) const;
-    QStringList namesBeside() const;
-
-    std::unique_ptr<QTemporaryDir> first, second; // on two file systems where the machine has them
-    QString place, app, incoming, abroad;
-    QStringList oldTree, newTree, otherTree;
-};
-
-/// Two file systems: memory for most of the work, as nothing here has to wait for a disk then.
-void UpdaterTest::initTestCase()
-{
-    QStringList roots { QStringLiteral("/dev/shm"), QStringLiteral("/run"), QDir::tempPath(), QDir::currentPath() };
-    const auto isClosed = [](const QString &root) { return !QFileInfo(root).isWritable(); };
-    roots.erase(std::remove_if(roots.begin(), roots.end(), isClosed), roots.end());
-    first = std::make_unique<QTemporaryDir>(roots.first() + QStringLiteral("/updater-XXXXXX"));
-    for (const QString &root : roots) {
-        if (!second && deviceOf(root) != deviceOf(first->path()))
-            second = std::make_unique<QTemporaryDir>(root + QStringLiteral("/updater-XXXXXX"));
-    }
-    place = first->filePath(QStringLiteral("work/pläce with blanks"));
-    app = place + QStringLiteral("/app");
-    incoming = first->filePath(QStringLiteral("work/incoming"));
-    abroad = second ? second->filePath(QStringLiteral("incoming")) : QString();
-
-    QVERIFY(shell(QStringLiteral(R"(
+        QVERIFY(shell(QString(R"(
         cd '%1'; mkdir -p work master/'pläce with blanks' master/incoming
         for version in 1.0 2.0 3.0; do
             mkdir '%1/'$version; cd '%1/'$version
@@ -236,368 +201,324 @@ void UpdaterTest::initTestCase()
         done
         cd '%1'; chmod 711 1.0; chmod 700 2.0
         mv 1.0 master/'pläce with blanks/app'; mv 2.0 master/incoming/new; mv 3.0 master/incoming/other)")
-                      .arg(first->path())));
-}
-
-/// Folders without write permission would stay.
-void UpdaterTest::cleanupTestCase()
-{
-    QVERIFY(shell(QStringLiteral("chmod -R u+w '%1' '%2'").arg(first->path(), (second ? second : first)->path())));
-}
-
-void UpdaterTest::init()
-{
-    makeFolders();
-}
-
-/// The old version installed in @c app, two new ones in @c incoming and @c abroad, nothing else.
-void UpdaterTest::makeFolders()
-{
-    QString command = QStringLiteral("cd '%1'; chmod -R u+w work; rm -rf work; cp -a master work;").arg(first->path());
-    if (second)
-        command +=
-            QStringLiteral("mkdir -p '%2'; chmod -R u+w '%2'; rm -rf '%2'; cp -a '%1' '%2'").arg(incoming, abroad);
-    QVERIFY(shell(command));
-    oldTree = tree(app);
-    newTree = tree(incoming + QStringLiteral("/new"));
-    otherTree = tree(incoming + QStringLiteral("/other"));
-    QVERIFY(oldTree.size() == 10 && newTree.size() == 10 && oldTree != newTree);
-}
-
-QStringList UpdaterTest::order(const QString &newDir) const
-{
-    return { QStringLiteral("-oldDir"), app, QStringLiteral("-newDir"), newDir, QStringLiteral("-exe"),
-             QStringLiteral("program") };
-}
-
-/// Replaces the program of the new version, wherever it waits.
-void UpdaterTest::giveNewProgram(const QString &script) const
-{
-    for (const QString &folder : { incoming, abroad }) {
-        QFile program(folder + QStringLiteral("/new/program"));
-        if (program.open(QIODevice::WriteOnly | QIODevice::Truncate))
-            program.write(script.toUtf8());
+                          .arg(first->path())));
     }
-}
 
-QStringList UpdaterTest::namesBeside() const
-{
-    return QDir(place).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
-}
+    /// Folders without write permission would stay.
+    void cleanupTestCase()
+    {
+        QVERIFY(shell(QString("chmod -R u+w '%1' '%2'").arg(first->path(), (second ? second : first)->path())));
+    }
 
-void UpdaterTest::commandLine_data()
-{
-    QTest::addColumn<QString>("words"); // OLD and NEW stand for the folders, a hyphen alone for an empty word
-    QTest::addColumn<int>("exitCode");
-    QTest::addColumn<QByteArray>("says");
+    /// The old version installed in @c app, two new ones in @c incoming and @c abroad, nothing else.
+    void init()
+    {
+        QString command = QString("cd '%1'; chmod -R u+w work; rm -rf work; cp -a master work;").arg(first->path());
+        if (second)
+            command += QString("mkdir -p '%2'; chmod -R u+w '%2'; rm -rf '%2'; cp -a '%1' '%2'").arg(incoming, abroad);
+        QVERIFY(shell(command));
+        oldTree = tree(app);
+        newTree = tree(incoming + "/new");
+        otherTree = tree(incoming + "/other");
+        QVERIFY(oldTree.size() == 10 && newTree.size() == 10 && oldTree != newTree);
+    }
 
-    const QByteArray usage = "usage: UpdateInstaller -oldDir DIR -newDir DIR -exe NAME\n";
-    QTest::newRow("help") << "--help" << 0 << QByteArray("Exit codes:");
-    QTest::newRow("version") << "--version" << 0 << QByteArray("UpdateInstaller ");
-    QTest::newRow("nothing") << "" << 2 << usage;
-    QTest::newRow("one missing") << "-oldDir OLD -newDir NEW" << 2 << usage;
-    QTest::newRow("value missing") << "-oldDir OLD -newDir NEW -exe" << 2 << usage;
-    QTest::newRow("unknown word") << "-oldDir OLD -newdir NEW -exe program" << 2 << usage;
-    QTest::newRow("one twice") << "-oldDir OLD -oldDir NEW -exe program" << 2 << usage;
-    QTest::newRow("one too many") << "-oldDir OLD -newDir NEW -exe program --help x" << 2 << usage;
-    QTest::newRow("no old folder") << "-oldDir - -newDir NEW -exe program" << 2 << usage;
-    QTest::newRow("no program") << "-oldDir OLD -newDir NEW -exe -" << 2 << usage;
-    QTest::newRow("absolute program") << "-oldDir OLD -newDir NEW -exe /bin/true" << 2 << usage;
-    QTest::newRow("program outside") << "-oldDir OLD -newDir NEW -exe sub/../../program" << 2 << usage;
-    QTest::newRow("root") << "-oldDir / -newDir NEW -exe program" << 5 << QByteArray("no place for a folder");
-    QTest::newRow("nowhere") << "-oldDir /no/where -newDir NEW -exe program" << 5 << QByteArray("no place");
-}
+    void commandLine_data()
+    {
+        QTest::addColumn<QString>("words"); // OLD and NEW stand for the folders, a hyphen alone for an empty word
+        QTest::addColumn<int>("exitCode");
+        QTest::addColumn<QByteArray>("says");
 
-void UpdaterTest::commandLine()
-{
-    QFETCH(QString, words);
-    QStringList arguments = words.split(QLatin1Char(' '), Qt::SkipEmptyParts);
-    arguments.replaceInStrings(QRegularExpression(QStringLiteral("^OLD$")), app);
-    arguments.replaceInStrings(QRegularExpression(QStringLiteral("^NEW$")), incoming + QStringLiteral("/new"));
-    arguments.replaceInStrings(QRegularExpression(QStringLiteral("^-$")), QString());
+        const QByteArray usage = "usage: UpdateInstaller -oldDir DIR -newDir DIR -exe NAME\n";
+        row("help", "--help", 0, QByteArray("Exit codes:"));
+        row("version", "--version", 0, QByteArray("UpdateInstaller "));
+        row("nothing", "", 2, usage);
+        row("one missing", "-oldDir OLD -newDir NEW", 2, usage);
+        row("value missing", "-oldDir OLD -newDir NEW -exe", 2, usage);
+        row("unknown word", "-oldDir OLD -newdir NEW -exe program", 2, usage);
+        row("one twice", "-oldDir OLD -oldDir NEW -exe program", 2, usage);
+        row("one too many", "-oldDir OLD -newDir NEW -exe program --help x", 2, usage);
+        row("no old folder", "-oldDir - -newDir NEW -exe program", 2, usage);
+        row("no program", "-oldDir OLD -newDir NEW -exe -", 2, usage);
+        row("absolute program", "-oldDir OLD -newDir NEW -exe /bin/true", 2, usage);
+        row("program outside", "-oldDir OLD -newDir NEW -exe sub/../../program", 2, usage);
+        row("root", "-oldDir / -newDir NEW -exe program", 5, QByteArray("no place for a folder"));
+        row("nowhere", "-oldDir /no/where -newDir NEW -exe program", 5, QByteArray("no place"));
+    }
 
-    const Outcome outcome = run(arguments);
-    QTEST(outcome.exitCode, "exitCode");
-    QFETCH(QByteArray, says);
-    QVERIFY2(outcome.output.contains(says) && !outcome.output.contains(" runs"), outcome.output);
-    QCOMPARE(tree(app), oldTree);
-    QCOMPARE(namesBeside(), QStringList { QStringLiteral("app") });
-}
+    void commandLine()
+    {
+        QFETCH(QString, words);
+        QStringList arguments = words.split(QChar(' '), Qt::SkipEmptyParts);
+        arguments.replaceInStrings(QRegularExpression("^OLD$"), app);
+        arguments.replaceInStrings(QRegularExpression("^NEW$"), incoming + "/new");
+        arguments.replaceInStrings(QRegularExpression("^-$"), QString());
 
-void UpdaterTest::refuses_data()
-{
-    QTest::addColumn<QString>("before"); // a shell's work in the folder above "new"
-    QTest::addColumn<QString>("newDir"); // a path in that folder, or nothing
-    QTest::addColumn<QByteArray>("says");
-    QTest::addColumn<int>("exchangeError");
-
-    QTest::newRow("empty argument") << ""
-                                    << "" << QByteArray("there is no new version") << 0;
-    QTest::newRow("no new folder") << ""
-                                   << "missing" << QByteArray("there is no new version") << 0;
-    QTest::newRow("new folder in no folder") << ""
-                                             << "missing/new" << QByteArray("there is no new version") << 0;
-    QTest::newRow("empty new folder") << "mkdir void"
-                                      << "void" << QByteArray("lacks its program") << 0;
-    QTest::newRow("program missing") << "rm new/program"
-                                     << "new" << QByteArray("lacks its program") << 0;
-    QTest::newRow("not executable") << "chmod -x new/program"
-                                    << "new" << QByteArray("is not executable") << 0;
-    QTest::newRow("program is a folder") << "rm new/program; mkdir new/program"
-                                         << "new" << QByteArray("is not executable") << 0;
-    QTest::newRow("program elsewhere") << "ln -sf /bin/true new/program"
-                                       << "new" << QByteArray("leads out of its folder") << 0;
-    QTest::newRow("new is a file") << ""
-                                   << "new/program" << QByteArray("is not a folder") << 0;
-    QTest::newRow("new is a link") << "ln -s new link"
-                                   << "link/" << QByteArray("is a symbolic link") << 0;
-    QTest::newRow("old is a link") << "mv \"$APP\" kept; ln -s \"$PWD/kept\" \"$APP\""
-                                   << "new" << QByteArray("is a symbolic link") << 0;
-    QTest::newRow("the same") << "ln -s \"$APP/..\" way"
-                              << "way/app" << QByteArray("are the same") << 0;
-    QTest::newRow("new in old") << "ln -s \"$APP\" way"
-                                << "way/sub" << QByteArray("inside each other") << 0;
-    QTest::newRow("old in new") << "ln -s \"$APP/../..\" way"
-                                << "way/pläce with blanks" << QByteArray("inside each other") << 0;
-    QTest::newRow("swap impossible") << ""
-                                     << "new" << QByteArray("cannot swap") << EPERM;
-}
-
-/// Every reason not to update: nothing is changed anywhere, and the installed program runs again.
-void UpdaterTest::refuses()
-{
-    QFETCH(QString, before);
-    QFETCH(QString, newDir);
-    QFETCH(QByteArray, says);
-    QFETCH(int, exchangeError);
-    QVERIFY(shell(QStringLiteral("APP='%1'; cd '%2'; %3").arg(app, incoming, before)));
-    const QStringList all = tree(incoming);
-
-    const Outcome outcome = run(order(newDir.isEmpty() ? newDir : incoming + QLatin1Char('/') + newDir), 0,
-                                [&] { exchangeError ? failExchange(unsigned(exchangeError)) : void(); });
-    QVERIFY2(outcome.output.contains(says), outcome.output);
-    QVERIFY2(outcome.output.contains("1.0 runs\n"), outcome.output);
-    QCOMPARE(outcome.exitCode, 1);
-    QCOMPARE(tree(app), oldTree);
-    QCOMPARE(namesBeside(), QStringList({ QStringLiteral("app"), QStringLiteral("app.update.log") }));
-    if (!exchangeError) // else the new folder has been on its way and kept the permissions of the old one
-        QCOMPARE(tree(incoming), all);
-    QCOMPARE(tree(incoming + QStringLiteral("/other")), otherTree);
-}
-
-void UpdaterTest::installs_data()
-{
-    QTest::addColumn<bool>("exchange");
-    QTest::addColumn<QString>("oldDir");
-    QTest::addColumn<QString>("newDir");
-
-    const QString near = incoming + QStringLiteral("/new");
-    QTest::newRow("one step") << true << app << near;
-    QTest::newRow("three steps") << false << app << near;
-    QTest::newRow("slashes behind") << true << app + QStringLiteral("//") << near + QStringLiteral("/");
-    QTest::newRow("relative") << true << "../../app/." << near;
-    if (second)
-        QTest::newRow("another file system") << true << app << abroad + QStringLiteral("/new");
-}
-
-void UpdaterTest::installs()
-{
-    QFETCH(bool, exchange);
-    QFETCH(QString, oldDir);
-    QFETCH(QString, newDir);
-    QStringList arguments = order(newDir);
-    arguments[1] = oldDir;
-    const QString inside = app + QStringLiteral("/sub");
-
-    const Outcome outcome = run(arguments, 0, [&] {
-        if (chdir(inside.toLocal8Bit()) != 0)
-            _exit(125);
-        exchange ? void() : failExchange(EINVAL);
-    });
-    QVERIFY2(outcome.output.contains("2.0 runs\n") && !outcome.output.contains("cannot"), outcome.output);
-    QCOMPARE(outcome.exitCode, 0);
-    QCOMPARE(tree(app), newTree);
-    QCOMPARE(int(QFile::permissions(app)), 0x7711); // of the old folder; the unpacked one is private
-    QCOMPARE(namesBeside(), QStringList({ QStringLiteral("app"), QStringLiteral("app.update.log") }));
-    QVERIFY(!QFile::exists(newDir));
-}
-
-void UpdaterTest::swapsBack_data()
-{
-    QTest::addColumn<QString>("script");
-    QTest::addColumn<bool>("exchange");
-    QTest::addColumn<QByteArray>("says");
-
-    QTest::newRow("fails") << "#!/bin/sh\nexit 3\n" << true << QByteArray("ended with exit code 3");
-    QTest::newRow("crashes") << "#!/bin/sh\nkill -SEGV $$\n" << true << QByteArray("was killed by signal 11");
-    QTest::newRow("crashes, three steps") << "#!/bin/sh\nkill -SEGV $$\n"
-                                          << false << QByteArray("was killed by signal 11");
-    QTest::newRow("no interpreter") << "#!/no/where\n" << true << QByteArray("cannot start");
-    QTest::newRow("no program at all") << "\177ELF" << true << QByteArray("cannot start");
-}
-
-void UpdaterTest::swapsBack()
-{
-    QFETCH(QString, script);
-    QFETCH(bool, exchange);
-    QFETCH(QByteArray, says);
-    giveNewProgram(script);
-    newTree = tree(incoming + QStringLiteral("/new"));
-
-    for (const QString &folder : { incoming, abroad }) {
-        if (folder.isEmpty())
-            continue;
-        const QString newDir = folder + QStringLiteral("/new");
-        const QStringList before = tree(newDir);
-        const Outcome outcome = run(order(newDir), 0, [&] { exchange ? void() : failExchange(EINVAL); });
-        QVERIFY2(outcome.output.contains(says) && outcome.output.contains("1.0 runs\n"), outcome.output);
-        QCOMPARE(outcome.exitCode, 3);
+        const Outcome outcome = run(arguments);
+        QTEST(outcome.exitCode, "exitCode");
+        QFETCH(QByteArray, says);
+        QVERIFY2(outcome.output.contains(says) && !outcome.output.contains(" runs"), outcome.output);
         QCOMPARE(tree(app), oldTree);
-        QCOMPARE(tree(newDir), before);
-        QCOMPARE(namesBeside(), QStringList({ QStringLiteral("app"), QStringLiteral("app.update.log") }));
+        QCOMPARE(namesBeside(), QStringList { "app" });
     }
-}
 
-void UpdaterTest::killedAnywhere_data()
-{
-    QTest::addColumn<bool>("exchange");
-    QTest::addColumn<bool>("copied");
-    QTest::addColumn<QString>("program"); // the new one: good, bad, or fickle, when it stands the first trial only
-    QTest::addColumn<bool>("twice");      // the next run is killed, too
-    QTest::addColumn<bool>("other");      // the next run brings another version
+    void refuses_data()
+    {
+        QTest::addColumn<QString>("before"); // a shell's work in the folder above "new"
+        QTest::addColumn<QString>("newDir"); // a path in that folder, or nothing
+        QTest::addColumn<QByteArray>("says");
+        QTest::addColumn<int>("error"); // of the exchange, or of writing anything large
 
-    QTest::newRow("one step") << true << false << "good" << false << false;
-    QTest::newRow("three steps") << false << false << "good" << false << false;
-    QTest::newRow("copied") << true << true << "good" << false << false;
-    QTest::newRow("failing") << true << false << "bad" << false << false;
-    QTest::newRow("failing, three steps") << false << false << "bad" << false << false;
-    QTest::newRow("failing, copied") << true << true << "bad" << false << false;
-    QTest::newRow("failing from the second time on") << true << false << "fickle" << false << false;
-    QTest::newRow("twice") << true << false << "good" << true << false;
-    QTest::newRow("failing twice, three steps") << false << false << "bad" << true << false;
-    QTest::newRow("another version next") << true << false << "good" << false << true;
-    QTest::newRow("another version next, three steps") << false << false << "good" << false << true;
-}
+        row("empty argument", "", "", QByteArray("there is no new version"), 0);
+        row("no new folder", "", "missing", QByteArray("there is no new version"), 0);
+        row("new folder in no folder", "", "missing/new", QByteArray("there is no new version"), 0);
+        row("empty new folder", "mkdir void", "void", QByteArray("lacks its program"), 0);
+        row("program missing", "rm new/program", "new", QByteArray("lacks its program"), 0);
+        row("not executable", "chmod -x new/program", "new", QByteArray("is not executable"), 0);
+        row("program is a folder", "rm new/program; mkdir new/program", "new", QByteArray("is not executable"), 0);
+        row("program elsewhere", "ln -sf /bin/true new/program", "new", QByteArray("leads out of its folder"), 0);
+        row("new is a file", "", "new/program", QByteArray("is not a folder"), 0);
+        row("new is a link", "ln -s new link", "link/", QByteArray("is a symbolic link"), 0);
+        row("old is a link", "mv \"$APP\" kept; ln -s \"$PWD/kept\" \"$APP\"", "new", QByteArray("is a symbolic link"),
+            0);
+        row("the same", "ln -s \"$APP/..\" way", "way/app", QByteArray("are the same"), 0);
+        row("new in old", "ln -s \"$APP\" way", "way/sub", QByteArray("inside each other"), 0);
+        row("old in new", "ln -s \"$APP/../..\" way", "way/pläce with blanks", QByteArray("inside each other"), 0);
+        row("swap impossible", "", "new", QByteArray("cannot swap"), EPERM);
+        if (second)
+            row("disk full", "", abroad + "/new", QByteArray("cannot"), EFBIG);
+    }
 
-/// Kills the updater before each of its steps on the disk. The installed folder is whole, old or new, whenever; the
-/// next run comes to the end that an undisturbed one comes to, and leaves as little behind.
-void UpdaterTest::killedAnywhere()
-{
-    QFETCH(bool, exchange);
-    QFETCH(bool, copied);
-    QFETCH(QString, program);
-    QFETCH(bool, twice);
-    QFETCH(bool, other);
-    if (copied && !second)
-        QSKIP("one file system only");
-    const auto prepare = [exchange] { exchange ? void() : failExchange(EINVAL); };
-    const QString source = copied ? abroad : incoming;
-    const QString newDir = source + QStringLiteral("/new");
-    const QString aside = place + QStringLiteral("/.app.update-aside");
-    const QHash<QString, QString> scripts {
-        { "good", QStringLiteral("true") },
-        { "bad", QStringLiteral("false") },
-        { "fickle", QStringLiteral("mkdir '%1/work/tried' 2>/dev/null").arg(first->path()) },
-    };
+    /// Every reason not to update: nothing is changed anywhere, and the installed program runs again.
+    void refuses()
+    {
+        QFETCH(QString, before);
+        QFETCH(QString, newDir);
+        QFETCH(QByteArray, says);
+        QFETCH(int, error);
+        QVERIFY(shell(QString("APP='%1'; cd '%2'; %3").arg(app, incoming, before)));
+        const QStringList all = tree(incoming) + tree(abroad);
 
-    int step = 0, exitCode = killed;
-    while (exitCode == killed) {
-        makeFolders();
-        giveNewProgram(QStringLiteral("#!/bin/sh\n") + scripts[program] + QStringLiteral("\n"));
-        const QStringList before = tree(newDir);
-        const QByteArray where = "killed at step " + QByteArray::number(++step);
+        const Outcome outcome = run(order(newDir.isEmpty() ? newDir : QDir(incoming).filePath(newDir)), 0, [error] {
+            const rlimit small { 10, 10 };
+            if (error == EPERM)
+                failExchange(EPERM);
+            else if (error == EFBIG)
+                setrlimit(RLIMIT_FSIZE, &small);
+        });
+        QVERIFY2(outcome.output.contains(says), outcome.output);
+        QVERIFY2(outcome.output.contains("1.0 runs\n"), outcome.output);
+        QCOMPARE(outcome.exitCode, 1);
+        QCOMPARE(tree(app), oldTree);
+        QCOMPARE(namesBeside(), withLog);
+        if (error != EPERM) // else the new folder has been on its way and kept the permissions of the old one
+            QCOMPARE(tree(incoming) + tree(abroad), all);
+        QCOMPARE(tree(incoming + "/other"), otherTree);
+    }
 
-        exitCode = run(order(newDir), step, prepare).exitCode;
-        if (twice)
-            run(order(newDir), step, prepare);
-        const bool isBetween = !exchange && !QFile::exists(app) && (tree(aside) == oldTree || tree(aside) == before);
-        QVERIFY2(isBetween || tree(app) == oldTree || tree(app) == before, where);
+    void installs_data()
+    {
+        QTest::addColumn<bool>("exchange");
+        QTest::addColumn<QString>("oldDir");
+        QTest::addColumn<QString>("newDir");
 
-        const Outcome next = run(order(other ? incoming + QStringLiteral("/other") : newDir), 0, prepare);
-        const QByteArray what = where + '\n' + next.output;
-        const QStringList left = tree(newDir);
-        if (next.exitCode == 3) {
-            QVERIFY2(program != QLatin1String("good") && next.output.contains("1.0 runs\n"), what);
-            QVERIFY2(tree(app) == oldTree && left == before, what);
-        } else {
-            QVERIFY2(next.exitCode == 0 || (next.exitCode == 1 && !QFile::exists(newDir)), what);
-            QVERIFY2(program != QLatin1String("bad") && next.output.contains(other ? "3.0 runs\n" : "started "), what);
-            QVERIFY2(tree(app) == (other ? otherTree : before), what);
-            QVERIFY2(left.isEmpty() || (other && left == before), what);
+        const QString near = incoming + "/new";
+        row("one step", true, app, near);
+        row("three steps", false, app, near);
+        row("slashes behind", true, app + "//", near + "/");
+        row("relative", true, "../../app/.", near);
+        if (second)
+            row("another file system", true, app, abroad + "/new");
+    }
+
+    void installs()
+    {
+        QFETCH(bool, exchange);
+        QFETCH(QString, oldDir);
+        QFETCH(QString, newDir);
+        QStringList arguments = order(newDir);
+        arguments[1] = oldDir;
+        const QString inside = app + "/sub";
+
+        const Outcome outcome = run(arguments, 0, [&] {
+            if (chdir(inside.toLocal8Bit()) != 0)
+                _exit(125);
+            exchange ? void() : failExchange(EINVAL);
+        });
+        QVERIFY2(outcome.output.contains("2.0 runs\n") && !outcome.output.contains("cannot"), outcome.output);
+        QCOMPARE(outcome.exitCode, 0);
+        QCOMPARE(tree(app), newTree);
+        QCOMPARE(int(QFile::permissions(app)), 0x7711); // of the old folder; the unpacked one is private
+        QCOMPARE(namesBeside(), withLog);
+        QVERIFY(!QFile::exists(newDir));
+    }
+
+    void swapsBack_data()
+    {
+        QTest::addColumn<QString>("script");
+        QTest::addColumn<bool>("exchange");
+        QTest::addColumn<QByteArray>("says");
+
+        row("fails", "#!/bin/sh\nexit 3\n", true, QByteArray("ended with exit code 3"));
+        row("crashes", "#!/bin/sh\nkill -SEGV $$\n", true, QByteArray("was killed by signal 11"));
+        row("crashes, three steps", "#!/bin/sh\nkill -SEGV $$\n", false, QByteArray("was killed by signal 11"));
+        row("no interpreter", "#!/no/where\n", true, QByteArray("cannot start"));
+        row("no program at all", "\177ELF", true, QByteArray("cannot start"));
+    }
+
+    void swapsBack()
+    {
+        QFETCH(QString, script);
+        QFETCH(bool, exchange);
+        QFETCH(QByteArray, says);
+        giveNewProgram(script);
+
+        for (const QString &folder : { incoming, abroad }) {
+            const QString newDir = folder + "/new";
+            const QStringList before = tree(newDir);
+            const Outcome outcome = run(order(newDir), 0, [&] { exchange ? void() : failExchange(EINVAL); });
+            QVERIFY2(outcome.output.contains(says) && outcome.output.contains("1.0 runs\n"), outcome.output);
+            QCOMPARE(outcome.exitCode, 3);
+            QCOMPARE(tree(app), oldTree);
+            QCOMPARE(tree(newDir), before);
+            QCOMPARE(namesBeside(), withLog);
         }
-        QVERIFY2(namesBeside() == QStringList({ QStringLiteral("app"), QStringLiteral("app.update.log") }), where);
-    }
-    QVERIFY2(exitCode != 124, "processes cannot be traced here");
-    QVERIFY2(step > 10, QByteArray::number(step));
-}
-
-/// As long as the new program is on trial the old version stays, and nobody else may touch the folder.
-void UpdaterTest::watchesUnderLock()
-{
-    giveNewProgram(QStringLiteral("#!/bin/sh\necho 2.0 runs\nread line\n"));
-    const QStringList before = tree(incoming + QStringLiteral("/new"));
-    QProcess updater;
-    updater.setProcessChannelMode(QProcess::MergedChannels);
-    updater.start(QStringLiteral(UPDATE_INSTALLER), order(incoming + QStringLiteral("/new")));
-    QByteArray output;
-    while (!output.contains("2.0 runs\n")) {
-        QVERIFY2(updater.waitForReadyRead(), output);
-        output += updater.readAll();
     }
 
-    QCOMPARE(tree(place + QStringLiteral("/.app.update-spare")), oldTree);
-    QCOMPARE(run(order(incoming + QStringLiteral("/other"))).exitCode, 4);
-    QCOMPARE(tree(app), before);
-    QCOMPARE(tree(incoming + QStringLiteral("/other")), otherTree);
+    void killedAnywhere_data()
+    {
+        QTest::addColumn<QString>("how");
+        for (const char *how : { "good", "good, three steps", "good, copied", "bad", "bad, three steps", "bad, copied",
+                                 "good the first time", "good, killed twice", "bad, three steps, killed twice",
+                                 "good, another next", "good, three steps, another next" })
+            row(how, QString(how));
+    }
 
-    QVERIFY(updater.waitForFinished());
-    QCOMPARE(updater.exitCode(), 0);
-    QCOMPARE(tree(app), before);
-    QCOMPARE(namesBeside(), QStringList({ QStringLiteral("app"), QStringLiteral("app.update.log") }));
-}
+    /// Kills the updater before each of its steps on the disk. The installed folder is whole, old or new, whenever; the
+    /// next run comes to the end that an undisturbed one comes to, and leaves as little behind.
+    void killedAnywhere()
+    {
+        QFETCH(QString, how);
+        const bool exchange = !how.contains("three steps"), copied = how.contains("copied");
+        const bool twice = how.contains("twice"), other = how.contains("another");
+        const bool isBad = how.startsWith("bad"), isFickle = how == "good the first time";
+        if (copied && !second)
+            QSKIP("one file system only");
+        const auto prepare = [exchange] { exchange ? void() : failExchange(EINVAL); };
+        const QString source = copied ? abroad : incoming;
+        const QString newDir = source + "/new";
+        const QString aside = place + "/.app.update-aside";
+        const QString tried = QString("mkdir '%1/work/tried' 2>/dev/null").arg(first->path());
 
-/// The host is replaced in the middle of whatever it does; nothing of that may reach the updater or the new program.
-void UpdaterTest::forgetsItsCaller()
-{
-    const QString abroadOrNot = second ? abroad : incoming;
-    giveNewProgram(QStringLiteral("#!/bin/sh\npwd; grep '^Sig[BI]' /proc/self/status; ls -l /proc/self/fd\n"));
-    const QString inside = app + QStringLiteral("/sub/deep");
-    const QString leak = incoming + QStringLiteral("/leak");
+        int step = 0, exitCode = killed;
+        while (exitCode == killed) {
+            init();
+            giveNewProgram("#!/bin/sh\n" + (isBad ? "false" : isFickle ? tried : "true") + "\n");
+            const QStringList before = tree(newDir);
+            const QByteArray where = "killed at step " + QByteArray::number(++step);
 
-    const Outcome outcome = run(order(abroadOrNot + QStringLiteral("/new")), 0, [&] {
-        sigset_t all;
-        sigfillset(&all);
-        sigprocmask(SIG_BLOCK, &all, nullptr);
-        raise(SIGTERM);
-        signal(SIGCHLD, SIG_IGN);
-        signal(SIGPIPE, SIG_IGN);
-        const itimerval soon { {}, { 0, 1 } };
-        setitimer(ITIMER_REAL, &soon, nullptr);
-        if (open(leak.toLocal8Bit(), O_CREAT | O_RDWR, 0600) < 0 || chdir(inside.toLocal8Bit()) != 0)
-            _exit(125);
-        close(STDIN_FILENO);
-    });
-    QVERIFY2(outcome.exitCode == 0, outcome.output);
-    QVERIFY2(outcome.output.contains('\n' + inside.toLocal8Bit() + '\n'), outcome.output);
-    // Of the ignored signals only those that the C library keeps for itself, 32 and 33.
-    const QRegularExpression clean(QStringLiteral("SigBlk:\t0+\nSigIgn:\t[0-9a-f]{8}[08]0{7}\n"));
-    QVERIFY2(QString::fromLocal8Bit(outcome.output).contains(clean), outcome.output);
-    QVERIFY2(!outcome.output.contains("leak"), outcome.output);
+            exitCode = run(order(newDir), step, prepare).exitCode;
+            if (twice)
+                run(order(newDir), step, prepare);
+            const bool isBetween =
+                !exchange && !QFile::exists(app) && (tree(aside) == oldTree || tree(aside) == before);
+            QVERIFY2(isBetween || tree(app) == oldTree || tree(app) == before, where);
 
-    // A full disk, or as here a limit of the host's, ends the copy and changes nothing.
-    makeFolders();
-    if (!second)
-        return;
-    const QStringList before = tree(abroad);
-    const Outcome full = run(order(abroad + QStringLiteral("/new")), 0, [] {
-        const rlimit small { 10, 10 };
-        setrlimit(RLIMIT_FSIZE, &small);
-    });
-    QVERIFY2(full.exitCode == 1 && full.output.contains("1.0 runs\n"), full.output);
-    QCOMPARE(tree(app), oldTree);
-    QCOMPARE(tree(abroad), before);
-    QCOMPARE(namesBeside(), QStringList({ QStringLiteral("app"), QStringLiteral("app.update.log") }));
-}
+            const Outcome next = run(order(other ? incoming + "/other" : newDir), 0, prepare);
+            const QByteArray what = where + '\n' + next.output;
+            const QStringList left = tree(newDir);
+            if (next.exitCode == 3) {
+                QVERIFY2((isBad || isFickle) && next.output.contains("1.0 runs\n"), what);
+                QVERIFY2(tree(app) == oldTree && left == before, what);
+            } else {
+                QVERIFY2(next.exitCode == 0 || (next.exitCode == 1 && !QFile::exists(newDir)), what);
+                QVERIFY2(!isBad && next.output.contains(other ? "3.0 runs\n" : "started "), what);
+                QVERIFY2(tree(app) == (other ? otherTree : before), what);
+                QVERIFY2(left.isEmpty() || (other && left == before), what);
+            }
+            QVERIFY2(namesBeside() == withLog, where);
+        }
+        QVERIFY2(exitCode != 124, "processes cannot be traced here");
+        QVERIFY2(step > 10, QByteArray::number(step));
+    }
+
+    /// As long as the new program is on trial the old version stays, and nobody else may touch the folder.
+    void watchesUnderLock()
+    {
+        giveNewProgram("#!/bin/sh\necho 2.0 runs\nread line\n");
+        const QStringList before = tree(incoming + "/new");
+        QProcess updater;
+        updater.setProcessChannelMode(QProcess::MergedChannels);
+        updater.start(UPDATE_INSTALLER, order(incoming + "/new"));
+        QByteArray output;
+        while (!output.contains("2.0 runs\n")) {
+            QVERIFY2(updater.waitForReadyRead(), output);
+            output += updater.readAll();
+        }
+
+        QCOMPARE(tree(place + "/.app.update-spare"), oldTree);
+        QCOMPARE(run(order(incoming + "/other")).exitCode, 4);
+        QCOMPARE(tree(app), before);
+        QCOMPARE(tree(incoming + "/other"), otherTree);
+
+        QVERIFY(updater.waitForFinished());
+        QCOMPARE(updater.exitCode(), 0);
+        QCOMPARE(tree(app), before);
+        QCOMPARE(namesBeside(), withLog);
+    }
+
+    /// The host is replaced in the middle of whatever it does; nothing of that may reach the updater or the new
+    /// program.
+    void forgetsItsCaller()
+    {
+        giveNewProgram("#!/bin/sh\npwd; grep '^Sig[BI]' /proc/self/status; ls -l /proc/self/fd\n");
+        const QString inside = app + "/sub/deep";
+        const QString leak = incoming + "/leak";
+
+        const Outcome outcome = run(order(abroad + "/new"), 0, [&] {
+            sigset_t all;
+            sigfillset(&all);
+            sigprocmask(SIG_BLOCK, &all, nullptr);
+            raise(SIGTERM);
+            signal(SIGCHLD, SIG_IGN);
+            signal(SIGPIPE, SIG_IGN);
+            const itimerval soon { {}, { 0, 1 } };
+            setitimer(ITIMER_REAL, &soon, nullptr);
+            if (open(leak.toLocal8Bit(), O_CREAT | O_RDWR, 0600) < 0 || chdir(inside.toLocal8Bit()) != 0)
+                _exit(125);
+            close(STDIN_FILENO);
+        });
+        QVERIFY2(outcome.exitCode == 0, outcome.output);
+        QVERIFY2(outcome.output.contains('\n' + inside.toLocal8Bit() + '\n'), outcome.output);
+        // Of the ignored signals only those that the C library keeps for itself, 32 and 33.
+        const QRegularExpression clean("SigBlk:\t0+\nSigIgn:\t[0-9a-f]{8}[08]0{7}\n");
+        QVERIFY2(QString::fromLocal8Bit(outcome.output).contains(clean), outcome.output);
+        QVERIFY2(!outcome.output.contains("leak"), outcome.output);
+    }
+
+private:
+    QStringList order(const QString &newDir) const { return { "-oldDir", app, "-newDir", newDir, "-exe", "program" }; }
+
+    /// Replaces the program of the new version, wherever it waits.
+    void giveNewProgram(const QString &script) const
+    {
+        for (const QString &folder : { incoming, abroad }) {
+            QFile program(folder + "/new/program");
+            if (program.open(QIODevice::WriteOnly | QIODevice::Truncate))
+                program.write(script.toUtf8());
+        }
+    }
+
+    QStringList namesBeside() const
+    {
+        return QDir(place).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
+    }
+
+    std::unique_ptr<QTemporaryDir> first, second; // on two file systems where the machine has them
+    QString place, app, incoming, abroad;         // the last on the second file system, or the same as incoming
+    QStringList oldTree, newTree, otherTree;
+    const QStringList withLog { "app", "app.update.log" };
+};
 
 QTEST_GUILESS_MAIN(UpdaterTest)
 #include "tst_updater.moc"

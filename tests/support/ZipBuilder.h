@@ -6,8 +6,6 @@
 
 #include <sys/stat.h>
 
-#include <array>
-
 /// One entry of an archive made by hand, where each part can lie.
 struct ZipItem
 {
@@ -16,46 +14,14 @@ struct ZipItem
     {
     }
 
-    ZipItem &deflate()
-    {
-        deflated = true;
-        return *this;
-    }
-    ZipItem &at(quint32 unixTime)
-    {
-        time = unixTime;
-        return *this;
-    }
-    ZipItem &flag(quint16 bit)
-    {
-        flags |= bit;
-        return *this;
-    }
-    ZipItem &by(quint16 system)
-    {
-        madeBy = system;
-        return *this;
-    } ///< 0: DOS, 3: Unix
-    ZipItem &announce(quint64 bytes)
-    {
-        announced = qint64(bytes);
-        return *this;
-    }
-    ZipItem &checksum(quint32 value)
-    {
-        wrongSum = value;
-        return *this;
-    }
-    ZipItem &wide()
-    {
-        zip64 = true;
-        return *this;
-    }
-    ZipItem &sameDataAs(int item)
-    {
-        shared = item;
-        return *this;
-    }
+    ZipItem &deflate() { return deflated = true, *this; }
+    ZipItem &wide() { return zip64 = true, *this; }
+    ZipItem &at(quint32 unixTime) { return time = unixTime, *this; }
+    ZipItem &flag(quint16 bit) { return flags |= bit, *this; }
+    ZipItem &by(quint16 system) { return madeBy = system, *this; } ///< 0: DOS, 3: Unix
+    ZipItem &announce(quint64 bytes) { return announced = qint64(bytes), *this; }
+    ZipItem &checksum(quint32 value) { return wrongSum = value, *this; }
+    ZipItem &sameDataAs(int item) { return shared = item, *this; }
 
     QByteArray name, data;
     unsigned mode;
@@ -93,24 +59,21 @@ public:
         return zip.bytes;
     }
 
+private:
     static quint32 crc32(const QByteArray &data)
     {
-        static const auto table = [] {
-            std::array<quint32, 256> sums {};
-            for (quint32 i = 0; i < 256; ++i) {
-                sums[i] = i;
-                for (int bit = 0; bit < 8; ++bit)
-                    sums[i] = sums[i] >> 1 ^ (sums[i] & 1 ? 0xedb88320 : 0);
-            }
-            return sums;
-        }();
+        static constexpr quint32 table[] { 0x00000000, 0x1db71064, 0x3b6e20c8, 0x26d930ac, 0x76dc4190, 0x6b6b51f4,
+                                           0x4db26158, 0x5005713c, 0xedb88320, 0xf00f9344, 0xd6d6a3e8, 0xcb61b38c,
+                                           0x9b64c2b0, 0x86d3d2d4, 0xa00ae278, 0xbdbdf21c }; // for half a byte
         quint32 crc = ~0u;
-        for (const char byte : data)
-            crc = crc >> 8 ^ table[quint8(crc) ^ quint8(byte)];
+        for (const char byte : data) {
+            crc ^= quint8(byte);
+            crc = crc >> 4 ^ table[crc & 15];
+            crc = crc >> 4 ^ table[crc & 15];
+        }
         return ~crc;
     }
 
-private:
     /// What qCompress() makes, without its length, the zlib header and the zlib checksum.
     static QByteArray rawDeflate(const QByteArray &data)
     {
@@ -148,8 +111,7 @@ private:
 
     void finish(const QList<QByteArray> &directory)
     {
-        const quint64 offset = quint64(bytes.size());
-        const quint64 count = quint64(directory.size());
+        const quint64 offset = quint64(bytes.size()), count = quint64(directory.size());
         bytes += directory.join();
         const quint64 end = quint64(bytes.size());
         if (count > 0xffff) {
