@@ -11,65 +11,6 @@ constexpr qint64 MostQueued = 1024 * 1024;
 
 } // namespace
 
-HttpAnswer HttpAnswer::raw(const QByteArray &bytes)
-{
-    HttpAnswer answer(bytes);
-    answer.framing = Raw;
-    return answer;
-}
-
-HttpAnswer HttpAnswer::redirect(const QByteArray &location, int status)
-{
-    return HttpAnswer("This page has moved.", status).header("Location", location);
-}
-
-HttpAnswer &HttpAnswer::header(const QByteArray &name, const QByteArray &value)
-{
-    headers.append({ name, value });
-    return *this;
-}
-
-HttpAnswer &HttpAnswer::generate(qint64 bytes)
-{
-    generated = bytes;
-    return *this;
-}
-
-HttpAnswer &HttpAnswer::announce(qint64 bytes)
-{
-    announced = bytes;
-    return *this;
-}
-
-HttpAnswer &HttpAnswer::unannounced()
-{
-    framing = UntilClose;
-    return *this;
-}
-
-HttpAnswer &HttpAnswer::chunked()
-{
-    framing = Chunked;
-    return *this;
-}
-
-HttpAnswer &HttpAnswer::hold()
-{
-    return holdAfter(-1);
-}
-
-HttpAnswer &HttpAnswer::holdAfter(qint64 bodyBytes)
-{
-    heldAt = bodyBytes;
-    return *this;
-}
-
-HttpAnswer &HttpAnswer::dropAfter(qint64 bodyBytes)
-{
-    droppedAt = bodyBytes;
-    return *this;
-}
-
 class HttpServerConnection : public QObject
 {
 public:
@@ -98,8 +39,7 @@ private:
             request.headers.insert(line.left(line.indexOf(':')).toLower(), line.mid(line.indexOf(':') + 1).trimmed());
         answer = server->answerTo(request);
         isAnswering = true;
-        isHeadSent = false;
-        isHoldTold = false;
+        isHeadSent = isHoldTold = false;
         sent = 0;
         server->requests.append(request);
         emit server->requested(request.target);
@@ -199,21 +139,6 @@ QUrl HttpServer::url(const QString &path) const
     return url;
 }
 
-void HttpServer::route(const QByteArray &path, const HttpAnswer &answer)
-{
-    routes.insert(path, [answer](const HttpTestRequest &) { return answer; });
-}
-
-void HttpServer::route(const QByteArray &path, const Script &script)
-{
-    routes.insert(path, script);
-}
-
-void HttpServer::requireProxyLogin(const QByteArray &user, const QByteArray &password)
-{
-    proxyLogin = "Basic " + (user + ':' + password).toBase64();
-}
-
 void HttpServer::release()
 {
     isReleased = true;
@@ -239,8 +164,5 @@ HttpAnswer HttpServer::answerTo(const HttpTestRequest &request) const
     if (!proxyLogin.isEmpty() && request.headers.value("proxy-authorization") != proxyLogin)
         return HttpAnswer("Who are you?", 407).header("Proxy-Authenticate", "Basic realm=\"tests\"");
     const QByteArray path = QUrl(QString::fromLatin1(request.target)).path().toLatin1();
-    for (const QByteArray &key : { request.target, path })
-        if (const Script script = routes.value(key))
-            return script(request);
-    return HttpAnswer("No such page.", 404);
+    return routes.value(request.target, routes.value(path, HttpAnswer("No such page.", 404)));
 }

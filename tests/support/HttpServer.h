@@ -8,8 +8,6 @@
 #include <QTcpServer>
 #include <QUrl>
 
-#include <functional>
-
 /// What the test server answers: a status, headers and a body, and where the answer goes wrong.
 /// @code
 /// HttpAnswer("not here", 404)
@@ -21,17 +19,30 @@ struct HttpAnswer
     HttpAnswer(const QByteArray &body = QByteArray(), int status = 200) : status(status), body(body) { }
 
     /// These bytes and nothing else, then the end of the connection.
-    static HttpAnswer raw(const QByteArray &bytes);
-    static HttpAnswer redirect(const QByteArray &location, int status = 302);
+    static HttpAnswer raw(const QByteArray &bytes) { return HttpAnswer(bytes).set(&HttpAnswer::framing, Raw); }
+    static HttpAnswer redirect(const QByteArray &location, int status = 302)
+    {
+        return HttpAnswer("This page has moved.", status).header("Location", location);
+    }
 
-    HttpAnswer &header(const QByteArray &name, const QByteArray &value);
-    HttpAnswer &generate(qint64 bytes); ///< so many "x" behind the body, made as they leave
-    HttpAnswer &announce(qint64 bytes); ///< a Content-Length that is not the body's
-    HttpAnswer &unannounced();          ///< no Content-Length: the end of the connection ends the body
-    HttpAnswer &chunked();
-    HttpAnswer &hold();                      ///< nothing leaves before HttpServer::release()
-    HttpAnswer &holdAfter(qint64 bodyBytes); ///< head and so many bytes leave, the rest after HttpServer::release()
-    HttpAnswer &dropAfter(qint64 bodyBytes); ///< the connection ends there
+    HttpAnswer &header(const QByteArray &name, const QByteArray &value)
+    {
+        headers.append({ name, value });
+        return *this;
+    }
+    /// So many "x" behind the body, made as they leave.
+    HttpAnswer &generate(qint64 bytes) { return set(&HttpAnswer::generated, bytes); }
+    /// A Content-Length that is not the body's.
+    HttpAnswer &announce(qint64 bytes) { return set(&HttpAnswer::announced, bytes); }
+    /// No Content-Length: the end of the connection ends the body.
+    HttpAnswer &unannounced() { return set(&HttpAnswer::framing, UntilClose); }
+    HttpAnswer &chunked() { return set(&HttpAnswer::framing, Chunked); }
+    /// Nothing leaves before HttpServer::release().
+    HttpAnswer &hold() { return holdAfter(-1); }
+    /// Head and so many bytes leave, the rest after HttpServer::release().
+    HttpAnswer &holdAfter(qint64 bodyBytes) { return set(&HttpAnswer::heldAt, bodyBytes); }
+    /// The connection ends there.
+    HttpAnswer &dropAfter(qint64 bodyBytes) { return set(&HttpAnswer::droppedAt, bodyBytes); }
 
     static constexpr qint64 Endless = Q_INT64_C(1) << 62;
 
@@ -45,6 +56,14 @@ struct HttpAnswer
     qint64 announced = -1; // the body's own length
     qint64 heldAt = -2;    // never; -1: before the head
     qint64 droppedAt = -1; // never
+
+private:
+    template<class Value>
+    HttpAnswer &set(Value HttpAnswer::*member, Value value)
+    {
+        this->*member = value;
+        return *this;
+    }
 };
 
 struct HttpTestRequest
@@ -66,19 +85,16 @@ class HttpServer : public QTcpServer
     Q_OBJECT
 
 public:
-    using Script = std::function<HttpAnswer(const HttpTestRequest &)>;
-
     /// Listens at once; port 0 takes a free one. Where the address is refused isListening() is false.
     explicit HttpServer(const QHostAddress &address = QHostAddress(QHostAddress::LocalHost), quint16 port = 0);
 
     /// The address of @p path here; port 80 is left out.
     QUrl url(const QString &path = QStringLiteral("/")) const;
 
-    void route(const QByteArray &path, const HttpAnswer &answer);
-    void route(const QByteArray &path, const Script &script);
+    void route(const QByteArray &path, const HttpAnswer &answer) { routes.insert(path, answer); }
 
-    /// From now on answers 407 to requests without these credentials.
-    void requireProxyLogin(const QByteArray &user, const QByteArray &password);
+    /// From now on answers 407 to requests without this login, "user:password".
+    void requireProxyLogin(const QByteArray &login) { proxyLogin = "Basic " + login.toBase64(); }
 
     /// Lets go all answers that are held, and those that get to their hold later.
     void release();
@@ -99,7 +115,7 @@ private:
     friend class HttpServerConnection;
     HttpAnswer answerTo(const HttpTestRequest &request) const;
 
-    QHash<QByteArray, Script> routes;
+    QHash<QByteArray, HttpAnswer> routes;
     QByteArray proxyLogin; // as in the header; empty: everybody may
     bool isReleased = false;
 };
