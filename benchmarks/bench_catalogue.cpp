@@ -3,6 +3,7 @@
 #include "DownloadManager.h"
 #include "PackageIndex.h"
 #include "SoftwareUpdateClient.h"
+#include "XmlTree.h"
 
 #include <QApplication>
 #include <QBuffer>
@@ -61,6 +62,16 @@ void dom(benchmark::State &state)
         QDomDocument document;
         document.setContent(&reader, false);
         benchmark::DoNotOptimize(document);
+    }
+}
+
+void tree(benchmark::State &state)
+{
+    QByteArray xml = catalogue(int(state.range(0)), int(state.range(1)));
+    for (auto _ : state) {
+        QBuffer device(&xml);
+        device.open(QIODevice::ReadOnly);
+        benchmark::DoNotOptimize(XmlTree(&device).documentElement());
     }
 }
 
@@ -125,6 +136,7 @@ void oneSetAndOnePerPackage(benchmark::internal::Benchmark *benchmark)
 }
 
 BENCHMARK(dom)->Apply(oneSetAndOnePerPackage)->Unit(benchmark::kMillisecond);
+BENCHMARK(tree)->Apply(oneSetAndOnePerPackage)->Unit(benchmark::kMillisecond);
 BENCHMARK(parse)->Apply(oneSetAndOnePerPackage)->Unit(benchmark::kMillisecond);
 BENCHMARK(candidatesOf500Models)->Arg(20'000)->Unit(benchmark::kMillisecond);
 BENCHMARK(duplicates)->Arg(4000)->Unit(benchmark::kMillisecond);
