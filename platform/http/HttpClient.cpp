@@ -48,6 +48,13 @@ QNetworkRequest networkRequest(const QUrl &url)
     return request;
 }
 
+/// After a redirect Qt may tell the old status once more: a server that was not reached then has none.
+bool isLeftOver(int status, QNetworkReply::NetworkError error)
+{
+    return status / 100 == 3 && error != QNetworkReply::NoError && error <= QNetworkReply::UnknownProxyError
+        && error != QNetworkReply::TooManyRedirectsError && error != QNetworkReply::InsecureRedirectError;
+}
+
 HttpHeader headerOf(const QNetworkReply &reply)
 {
     HttpHeader header;
@@ -187,6 +194,8 @@ void HttpClient::send(const RequestData &request)
     connect(reply, &QNetworkReply::readyRead, this, &HttpClient::readBody);
     connect(reply, &QNetworkReply::finished, this, [this] {
         readBody();
+        if (reply && isLeftOver(current->status, reply->error()))
+            current->status = 0;
         endRequest();
     });
     stallTimer.start(msSilence);
