@@ -52,7 +52,7 @@ private slots:
 
     void keeps_data()
     {
-        QTest::addColumn<bool>("inBackground");
+        columns<bool>("inBackground");
         row("reader", false);
         row("unzipper", true);
     }
@@ -94,8 +94,7 @@ private slots:
 
     void refuses_data()
     {
-        QTest::addColumn<QByteArray>("bytes");
-        QTest::addColumn<QString>("reason");
+        columns<QByteArray, QString>("bytes", "reason");
         const auto row = [](const char *name, const QList<ZipItem> &items, const char *reason) {
             ::row(name, ZipBuilder::archive(items), QString::fromUtf8(reason));
         };

@@ -44,8 +44,7 @@ class AvailableTest : public QObject
 private slots:
     void rows_data()
     {
-        QTest::addColumn<PackageInfo>("package");
-        QTest::addColumn<QString>("row");
+        columns<PackageInfo, QString>("package", "row");
         PackageInfo p = package("Application", { "de" });
         p.publicName = "public";
         p.publicRelease = "2026";
@@ -83,9 +82,8 @@ private slots:
 
     void foreignRows_data()
     {
-        QTest::addColumn<QList<QStringSet>>("firmware");
-        QTest::addColumn<QString>("language");
-        QTest::addColumn<SoftUpIndexList>("foreign"); // row 0 is the application
+        // foreign: row 0 is the application
+        columns<QList<QStringSet>, QString, SoftUpIndexList>("firmware", "language", "foreign");
         const QList<QStringSet> mixed { { "de", "en" }, { "en" }, { "fr" } };
         row("de", mixed, "de", SoftUpIndexList { 2, 3 });
         row("fr", mixed, "fr", SoftUpIndexList { 1, 2 });

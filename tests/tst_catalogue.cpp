@@ -86,9 +86,7 @@ class CatalogueTest : public QObject
 private slots:
     void values_data()
     {
-        QTest::addColumn<QByteArray>("xml");
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QString>("value");
+        columns<QByteArray, QString, QString>("xml", "name", "value");
         const auto add = [](const char *title, const QByteArray &xml, const char *name, const char *value) {
             row(title, xml, name, value);
         };
@@ -192,8 +190,7 @@ private slots:
 
     void sizes_data()
     {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<qint64>("bytes");
+        columns<QString, qint64>("text", "bytes");
         const auto add = [](const char *text, qint64 bytes) { row(text, text, bytes); };
         add("2048", 2048);
         add(" 2048 ", 2048);
@@ -225,8 +222,7 @@ private slots:
 
     void dates_data()
     {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QDateTime>("date");
+        columns<QString, QDateTime>("text", "date");
         row("time", "2011-04-05 13:45:59", QDateTime(QDate(2011, 4, 5), QTime(13, 45, 59)));
         row("day", "2011-04-05", QDateTime(QDate(2011, 4, 5), QTime(0, 0)));
         for (const char *text : { "05.04.2011", "2011-02-30", "2011-04-05 24:00:00", "2011-04-05T13:45:59",
@@ -247,9 +243,7 @@ private slots:
 
     void suffixes_data()
     {
-        QTest::addColumn<QString>("url");
-        QTest::addColumn<QString>("suffix");
-        QTest::addColumn<bool>("suspicious");
+        columns<QString, QString, bool>("url", "suffix", "suspicious");
         const auto add = [](const char *url, const char *suffix, bool suspicious = false) {
             row(url, url, suffix, suspicious);
         };
@@ -296,7 +290,7 @@ private slots:
 
     void refused_data()
     {
-        QTest::addColumn<QByteArray>("xml");
+        columns<QByteArray>("xml");
         const QByteArray manyPackages =
             QByteArray("<package platform='x'><readme url='y'/></package>").repeated(50'000);
         QByteArray words;

@@ -1,5 +1,6 @@
 // qv-catalogue as its users run it: what it prints for good, bad and odd catalogues, and its exit code.
 #include "HttpServer.h"
+#include "Row.h"
 
 #include <QFile>
 #include <QJsonArray>
@@ -59,8 +60,8 @@ class CatalogueToolTest : public QObject
 private slots:
     void lint_data()
     {
-        QTest::addColumn<QByteArray>("packages");
-        QTest::addColumn<QStringList>("findings"); // beginning and end of the lines, behind the name of the file
+        // findings: beginning and end of the lines, behind the name of the file
+        columns<QByteArray, QStringList>("packages", "findings");
         const auto row = [](const char *title, const QByteArray &packages, const QStringList &findings) {
             QTest::newRow(title) << packages << findings;
         };
@@ -125,8 +126,8 @@ private slots:
 
     void offer_data()
     {
-        QTest::addColumn<QStringList>("options");
-        QTest::addColumn<QStringList>("files"); // name and suffix of the rows
+        // files: name and suffix of the rows
+        columns<QStringList, QStringList>("options", "files");
         const auto row = [](const char *title, const QString &options, const QStringList &files) {
             QTest::newRow(title) << options.split(' ', Qt::SkipEmptyParts) << files;
         };
@@ -189,7 +190,7 @@ private slots:
 
     void cannotWork_data()
     {
-        QTest::addColumn<QStringList>("arguments");
+        columns<QStringList>("arguments");
         const QString site = SITE "/catalogue.xml";
         QTest::newRow("nothing") << QStringList();
         QTest::newRow("unknown command") << QStringList { "check", site };

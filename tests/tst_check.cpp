@@ -66,9 +66,7 @@ class CheckTest : public QObject
 private slots:
     void outcomes_data()
     {
-        QTest::addColumn<HttpAnswer>("answer");
-        QTest::addColumn<QString>("notification");
-        QTest::addColumn<QString>("lastLine");
+        columns<HttpAnswer, QString, QString>("answer", "notification", "lastLine");
         const auto add = [](const char *name, const HttpAnswer &answer, const char *notification, const char *line) {
             row(name, answer, notification, line);
         };
@@ -210,11 +208,7 @@ private slots:
 
     void whoChecksWhen_data()
     {
-        QTest::addColumn<bool>("enabled");
-        QTest::addColumn<int>("interval");
-        QTest::addColumn<QByteArray>("slot");
-        QTest::addColumn<int>("delay");
-        QTest::addColumn<bool>("checks");
+        columns<bool, int, QByteArray, int, bool>("enabled", "interval", "slot", "delay", "checks");
         row("at start", true, 0, QByteArray("doInitialCheck"), 0, true);
         row("at start, later", true, 0, QByteArray("doInitialCheck"), 1, true);
         row("daily, at start", true, 1, QByteArray("doInitialCheck"), 0, false);
@@ -296,7 +290,7 @@ private slots:
 
     void goneInTheMiddle_data()
     {
-        QTest::addColumn<int>("what");
+        columns<int>("what");
         row("dialog closed", 0);
         row("dialog destroyed", 1);
         row("client destroyed", 2);

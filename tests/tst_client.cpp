@@ -40,8 +40,7 @@ private slots:
 
     void storedServer_data()
     {
-        QTest::addColumn<QVariant>("stored");
-        QTest::addColumn<QString>("server");
+        columns<QVariant, QString>("stored", "server");
         row("none", QVariant(), "http://argument/");
         row("other", QVariant("http://stored/"), "http://stored/");
         row("empty", QVariant(""), "");
@@ -79,8 +78,8 @@ private slots:
 
     void readingTheStore_data()
     {
-        QTest::addColumn<QVariantMap>("stored");
-        QTest::addColumn<QString>("expected"); // the fields in order
+        // expected: the fields in order
+        columns<QVariantMap, QString>("stored", "expected");
         row("nothing", QVariantMap(), "-|0|-|true|false|0|||");
         row("all",
             QVariantMap { { "product", "P" },
@@ -170,9 +169,7 @@ private slots:
 
     void whenACheckIsDue_data()
     {
-        QTest::addColumn<int>("interval");
-        QTest::addColumn<QDateTime>("last");
-        QTest::addColumn<QDateTime>("due");
+        columns<int, QDateTime, QDateTime>("interval", "last", "due");
         const auto at = [](int month, int day) { return QDateTime(QDate(2025, month, day), QTime(12, 0)); };
         row("daily", 1, at(3, 1), at(3, 2));
         row("weekly", 2, at(3, 1), at(3, 8));
@@ -193,9 +190,7 @@ private slots:
 
     void hourlyTick_data()
     {
-        QTest::addColumn<int>("interval");
-        QTest::addColumn<int>("daysAgo");
-        QTest::addColumn<QString>("line");
+        columns<int, int, QString>("interval", "daysAgo", "line");
         const QString prefix = "SoftwareUpdateClient::queryLastUpdate() -> ";
         row("at start", 0, 99, QString());
         row("daily", 1, 2, prefix + "daily update fired");

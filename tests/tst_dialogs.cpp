@@ -60,10 +60,7 @@ private slots:
 
     void settingsPassThrough_data()
     {
-        QTest::addColumn<QString>("version");
-        QTest::addColumn<QString>("lastCheck");
-        QTest::addColumn<QString>("versionAfter");
-        QTest::addColumn<QString>("lastCheckAfter");
+        columns<QString, QString, QString, QString>("version", "lastCheck", "versionAfter", "lastCheckAfter");
         row("texts", "2.1", "today", "2.1", "today");
         row("empty texts show the captions", "", "", "", "");
         row("null version keeps the old text", QString(), "today", "1.0", "today");
@@ -142,8 +139,8 @@ private slots:
     void tableContents_data()
     {
         using Rows = QList<QStringList>;
-        QTest::addColumn<Rows>("rows");
-        QTest::addColumn<QString>("cells"); // row by row; "-" is a cell without item
+        // cells: row by row; "-" is a cell without item
+        columns<Rows, QString>("rows", "cells");
         row("even", Rows { { "a", "b" }, { "c", "d" } }, "abcd");
         row("short row", Rows { { "a", "b" }, { "c" } }, "abc-");
         row("long row", Rows { { "a" }, { "b", "c" }, {} }, "ab-");

@@ -96,10 +96,8 @@ private slots:
 
     void outcomes_data()
     {
-        QTest::addColumn<HttpAnswer>("answer");
-        QTest::addColumn<qint64>("announced");
-        QTest::addColumn<int>("status"); // of a failure; -1: success
-        QTest::addColumn<int>("size");
+        // status: of a failure; -1: success
+        columns<HttpAnswer, qint64, int, int>("answer", "announced", "status", "size");
 
         row("exact", Ten, qint64(10), -1, 10);
         row("one byte short", Ten, qint64(11), 200, 10);
@@ -226,8 +224,7 @@ private slots:
 
     void releaseNotes_data()
     {
-        QTest::addColumn<HttpAnswer>("answer");
-        QTest::addColumn<QString>("text");
+        columns<HttpAnswer, QString>("answer", "text");
         row("found", HttpAnswer("Grüße"), "Grüße");
         row("redirected", HttpAnswer::redirect("/elsewhere"), "elsewhere");
         row("another good status", HttpAnswer("made", 201), "");

@@ -1,5 +1,6 @@
 // Single files and folders: private temporary folders, what erase() spares, replacing in one step, the folder chooser.
 #include "FileUtils.h"
+#include "Row.h"
 
 #include <QDir>
 #include <QFileDialog>
@@ -74,7 +75,7 @@ private slots:
 
     void folderChooser_data()
     {
-        QTest::addColumn<bool>("accept");
+        columns<bool>("accept");
         QTest::newRow("chosen") << true;
         QTest::newRow("cancelled") << false;
     }

@@ -76,9 +76,7 @@ private slots:
 
     void accesses_data()
     {
-        QTest::addColumn<QString>("typed");
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("login");
+        columns<QString, QString, QString>("typed", "text", "login");
 
         row("address and port", "proxy.example:3128", "http://proxy.example:3128", ":");
         row("default port", " proxy.example ", "http://proxy.example:8080", ":");
@@ -226,9 +224,7 @@ private slots:
 
     void answers_data()
     {
-        QTest::addColumn<HttpAnswer>("answer");
-        QTest::addColumn<int>("status");
-        QTest::addColumn<int>("size");
+        columns<HttpAnswer, int, int>("answer", "status", "size");
 
         const HttpAnswer ten("0123456789");
         row("counted", ten, 200, 10);
@@ -282,9 +278,7 @@ private slots:
 
     void redirects_data()
     {
-        QTest::addColumn<HttpAnswer>("answer");
-        QTest::addColumn<int>("status");
-        QTest::addColumn<int>("visited");
+        columns<HttpAnswer, int, int>("answer", "status", "visited");
         row("most", HttpAnswer::redirect("/9"), 200, 11);
         row("one too many", HttpAnswer::redirect("/10"), 302, 11);
         row("to itself", HttpAnswer::redirect("/x"), 302, 11);
@@ -348,8 +342,7 @@ private slots:
 
     void proxies_data()
     {
-        QTest::addColumn<QString>("route");
-        QTest::addColumn<int>("status");
+        columns<QString, int>("route", "status");
         row("own", "own", 200);
         row("global", "global", 200);
         row("login", "login", 200);
@@ -448,7 +441,7 @@ private slots:
 
     void anybodyMayBeDeletedAtAnyTime_data()
     {
-        QTest::addColumn<QString>("when");
+        columns<QString>("when");
         for (const char *when : { "executed", "started", "held", "progress", "slot", "receiver", "receiver executed" })
             row(when, when);
     }

@@ -154,8 +154,8 @@ private slots:
     void defaultExecutable_data()
     {
         using Files = QList<QByteArray>;
-        QTest::addColumn<Files>("files"); // x: a program, -: a file, >: a link to the rest
-        QTest::addColumn<QString>("program");
+        // files: x: a program, -: a file, >: a link to the rest
+        columns<Files, QString>("files", "program");
         row("nothing", Files {}, "");
         row("no program", Files { "-readme", "-bin/data" }, "");
         row("largest", Files { "x1", "x22", "-333" }, "22");
@@ -226,10 +226,8 @@ private slots:
 
     void zipInstaller_data()
     {
-        QTest::addColumn<QByteArray>("archive");
-        QTest::addColumn<QString>("folder");
-        QTest::addColumn<bool>("hasShell");
-        QTest::addColumn<QStringList>("output"); // %1: the scratch folder, %2: the temporary one
+        // output: %1: the scratch folder, %2: the temporary one
+        columns<QByteArray, QString, bool, QStringList>("archive", "folder", "hasShell", "output");
         const QByteArray package = ZipBuilder::archive({ { "readme", "text" }, { "bin/tool", "#!/bin/sh", Program } });
         const QString chooser = "Select Installation Path for 'p.zip'|" + QCoreApplication::applicationDirPath();
         // Of the folder's 16-bit characters only the first is seen.
@@ -263,11 +261,9 @@ private slots:
 
     void outcomes_data()
     {
-        QTest::addColumn<QString>("file");
-        QTest::addColumn<QString>("answer");
-        QTest::addColumn<QString>("box");  // besides the question
-        QTest::addColumn<QString>("line"); // of the log, %1 for the file
-        QTest::addColumn<bool>("isKept");
+        // box: besides the question
+        // line: of the log, %1 for the file
+        columns<QString, QString, QString, QString, bool>("file", "answer", "box", "line", "isKept");
         const QString run = "SoftwareUpdateClient::install%1Package() -> trying to run ";
         const QString unknown = "Critical|Download Error|Unknown package type! Installation cannot proceed!|OK:Accept";
         const QString error = "Critical|Download Error|Error downloading! Http status code 404|OK:Accept";
@@ -304,7 +300,7 @@ private slots:
 
     void duringTheDownload_data()
     {
-        QTest::addColumn<bool>("cancels");
+        columns<bool>("cancels");
         row("cancelled", true);
         row("dialog closed", false);
     }
@@ -344,7 +340,7 @@ private slots:
 
     void macPackages_data()
     {
-        QTest::addColumn<bool>("canOpen");
+        columns<bool>("canOpen");
         row("opened", true);
         row("cannot be opened", false);
     }
@@ -383,9 +379,10 @@ private slots:
 
     void restartNow_data()
     {
-        QTest::addColumn<QByteArray>("updater"); // beside the application
-        QTest::addColumn<QByteArray>("present"); // one folder above: a program, or a link to nowhere
-        QTest::addColumn<QStringList>("output"); // %1: the scratch folder
+        // updater: beside the application
+        // present: one folder above: a program, or a link to nowhere
+        // output: %1: the scratch folder
+        columns<QByteArray, QByteArray, QStringList>("updater", "present", "output");
         const QStringList handOver { "-oldDir", "%1/app", "-newDir", "", "-exe", "tst_install" };
         const QStringList failure { question, restart, installationFailed };
         const QByteArray old = QByteArray(showArguments).replace("$$", "$$ old");

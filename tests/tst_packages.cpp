@@ -95,9 +95,7 @@ private slots:
 
     void languageFallback_data()
     {
-        QTest::addColumn<QString>("language");
-        QTest::addColumn<QString>("fallback");
-        QTest::addColumn<QString>("found");
+        columns<QString, QString, QString>("language", "fallback", "found");
         row("exact", "de_DE", "en", "exact");
         row("two letters", "de_CH", "en_US", "newer");
         row("fallback", "fr_FR", "en", "english");
@@ -138,9 +136,7 @@ private slots:
 
     void candidateTest_data()
     {
-        QTest::addColumn<PackageInfo>("filter");
-        QTest::addColumn<QStringList>("suffixes");
-        QTest::addColumn<bool>("passes");
+        columns<PackageInfo, QStringList, bool>("filter", "suffixes", "passes");
         const auto filter = [](const QString &name, const QString &release, const QString &status,
                                const QStringSet &platforms) {
             return PackageInfo("", name, release, status, QDateTime(), platforms, { "xx" }, "", "");
@@ -163,9 +159,7 @@ private slots:
 
     void candidates_data()
     {
-        QTest::addColumn<QString>("offered");
-        QTest::addColumn<QString>("installed");
-        QTest::addColumn<QString>("kept");
+        columns<QString, QString, QString>("offered", "installed", "kept");
         row("number order", "2.9.1 2.10 2.8", "2.9", "2.10");
         row("all of the newest", "3.0 2.0 3.0", "1", "3.0 3.0");
         row("first spelling", "2.1 2.1.0 2.1", "1", "2.1 2.1");
@@ -221,8 +215,7 @@ private slots:
 
     void queryFilter_data()
     {
-        QTest::addColumn<PackageInfo>("filter");
-        QTest::addColumn<bool>("passes");
+        columns<PackageInfo, bool>("filter", "passes");
         const QDateTime day(QDate(2020, 1, 2), QTime(0, 0));
         const auto filter = [](const QString &release, const QString &status, const QDateTime &date,
                                const QStringSet &languages) {

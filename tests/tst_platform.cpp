@@ -41,9 +41,7 @@ class PlatformTest : public QObject
 private slots:
     void versionOrder_data()
     {
-        QTest::addColumn<QString>("older");
-        QTest::addColumn<QString>("newer");
-        QTest::addColumn<bool>("equal");
+        columns<QString, QString, bool>("older", "newer", "equal");
         const auto add = [](const char *older, const char *newer, bool equal = false) {
             QTest::addRow("%s %s %s", older, equal ? "=" : "<", newer) << older << newer << equal;
         };
@@ -162,9 +160,7 @@ private slots:
 
     void queuedCalls_data()
     {
-        QTest::addColumn<QByteArray>("slot");
-        QTest::addColumn<QByteArray>("type");
-        QTest::addColumn<QString>("seen");
+        columns<QByteArray, QByteArray, QString>("slot", "type", "seen");
         row("name", QByteArray("plain"), QByteArray("QByteArray"), "plain x");
         row("SLOT()", QByteArray(SLOT(plain(QByteArray))), QByteArray("QByteArray"), "plain x");
         row("spelled with const", QByteArray("plain"), QByteArray("const QByteArray &"), "plain x");
@@ -191,7 +187,7 @@ private slots:
 
     void treeEqualsDom_data()
     {
-        QTest::addColumn<QByteArray>("xml");
+        columns<QByteArray>("xml");
         row("siblings of one name", QByteArray("<a><b>1</b><c/><b>2</b><b x='y'/></a>"));
         row("mixed text", QByteArray("<a>x<b>y<!-- no --></b>z <![CDATA[<&]]>\n <b> </b>&amp;</a>"));
         row("comments and white space", QByteArray("<?xml version='1.0'?>\n<!-- a --><a>\n <b>\n</b></a>\n"));
@@ -215,7 +211,7 @@ private slots:
 
     void refusedXml_data()
     {
-        QTest::addColumn<QByteArray>("xml");
+        columns<QByteArray>("xml");
         const auto nested = [](int levels) {
             return QByteArray("<a>").repeated(levels) + QByteArray("</a>").repeated(levels);
         };

@@ -105,8 +105,7 @@ private slots:
 
     void answers_data()
     {
-        QTest::addColumn<HttpAnswer>("answer");
-        QTest::addColumn<int>("count");
+        columns<HttpAnswer, int>("answer", "count");
 
         row("catalogue", HttpAnswer(TwoPackages), 2);
         row("catalogue with an error status", HttpAnswer(TwoPackages, 500), 2);
@@ -161,10 +160,7 @@ private slots:
     // What the filters select is told to the log alone.
     void filters_data()
     {
-        QTest::addColumn<bool>("isFirmware");
-        QTest::addColumn<QString>("release");
-        QTest::addColumn<QStringSet>("languages");
-        QTest::addColumn<QString>("told");
+        columns<bool, QString, QStringSet, QString>("isFirmware", "release", "languages", "told");
         const QStringSet german { "de" };
         row("none", false, "", QStringSet(), "2 new, 1 match best");
         row("release up to date", false, "3.1", QStringSet(), "2 new, 0 match best");
@@ -325,8 +321,7 @@ private slots:
 
     void hostileStores_data()
     {
-        QTest::addColumn<QByteArray>("text");
-        QTest::addColumn<QString>("cache");
+        columns<QByteArray, QString>("text", "cache");
         const QByteArray good = "[Download]\nver=3\n";
         row("no settings syntax", QByteArray("\0\xff[[[=\n%%=;[Down", 16), QString());
         row("endless history", good + "hist\\size=2147483647\nhist\\1\\version=a\n", QString());

@@ -34,7 +34,7 @@ class TranslationsTest : public QObject
 private slots:
     void languages_data()
     {
-        QTest::addColumn<QString>("language");
+        columns<QString>("language");
         row("German", "de_DE");
         row("French", "fr_FR");
     }
@@ -93,10 +93,7 @@ private slots:
 
     void dialogs_data()
     {
-        QTest::addColumn<QString>("language");
-        QTest::addColumn<QString>("title");
-        QTest::addColumn<QString>("checkNow");
-        QTest::addColumn<QString>("support");
+        columns<QString, QString, QString, QString>("language", "title", "checkNow", "support");
         row("English", "", "Update Available", "Check Now", "For more information and updates visit <a href=\"");
         row("German", "de_DE", "Update verfügbar", "Jetzt suchen",
             "Weitere Informationen und Updates finden Sie unter <a href=\"");

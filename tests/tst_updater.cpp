@@ -225,9 +225,8 @@ private slots:
 
     void commandLine_data()
     {
-        QTest::addColumn<QString>("words"); // OLD and NEW stand for the folders, a hyphen alone for an empty word
-        QTest::addColumn<int>("exitCode");
-        QTest::addColumn<QByteArray>("says");
+        // words: OLD and NEW stand for the folders, a hyphen alone for an empty word
+        columns<QString, int, QByteArray>("words", "exitCode", "says");
 
         const QByteArray usage = "usage: UpdateInstaller -oldDir DIR -newDir DIR -exe NAME\n";
         row("help", "--help", 0, QByteArray("Exit codes:"));
@@ -264,10 +263,10 @@ private slots:
 
     void refuses_data()
     {
-        QTest::addColumn<QString>("before"); // a shell's work in the folder above "new"
-        QTest::addColumn<QString>("newDir"); // a path in that folder, or nothing
-        QTest::addColumn<QByteArray>("says");
-        QTest::addColumn<int>("error"); // of the exchange, or of writing anything large
+        // before: a shell's work in the folder above "new"
+        // newDir: a path in that folder, or nothing
+        // error: of the exchange, or of writing anything large
+        columns<QString, QString, QByteArray, int>("before", "newDir", "says", "error");
 
         row("empty argument", "", "", QByteArray("there is no new version"), 0);
         row("no new folder", "", "missing", QByteArray("there is no new version"), 0);
@@ -318,9 +317,7 @@ private slots:
 
     void installs_data()
     {
-        QTest::addColumn<bool>("exchange");
-        QTest::addColumn<QString>("oldDir");
-        QTest::addColumn<QString>("newDir");
+        columns<bool, QString, QString>("exchange", "oldDir", "newDir");
 
         const QString near = incoming + "/new";
         row("one step", true, app, near);
@@ -355,9 +352,7 @@ private slots:
 
     void swapsBack_data()
     {
-        QTest::addColumn<QString>("script");
-        QTest::addColumn<bool>("exchange");
-        QTest::addColumn<QByteArray>("says");
+        columns<QString, bool, QByteArray>("script", "exchange", "says");
 
         row("fails", "#!/bin/sh\nexit 3\n", true, QByteArray("ended with exit code 3"));
         row("crashes", "#!/bin/sh\nkill -SEGV $$\n", true, QByteArray("was killed by signal 11"));
@@ -387,7 +382,7 @@ private slots:
 
     void killedAnywhere_data()
     {
-        QTest::addColumn<QString>("how");
+        columns<QString>("how");
         for (const char *how : { "good", "good, three steps", "good, copied", "bad", "bad, three steps", "bad, copied",
                                  "good the first time", "good, killed twice", "bad, three steps, killed twice",
                                  "good, another next", "good, three steps, another next" })

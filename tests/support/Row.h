@@ -2,7 +2,15 @@
 
 #include <QTest>
 
-/// One row of a test's table on one line: row("in words", value, value).
+/// The columns of a test's table on one line: columns<QString, int>("text", "size").
+template<class... Values, class... Names>
+void columns(Names... names)
+{
+    static_assert(sizeof...(Values) == sizeof...(Names));
+    (QTest::addColumn<Values>(names), ...);
+}
+
+/// One row of it: row("in words", value, value).
 template<class... Values>
 void row(const char *name, const Values &...values)
 {
