@@ -7,14 +7,19 @@ set(QV_CMAKEDIR ${CMAKE_INSTALL_LIBDIR}/cmake/SoftwareUpdateClient-qt${QT_VERSIO
 
 # Headers that are not listed are internal: XmlReader.h, XmlTree.h, ZipDirectory.h, ZipExtractor.h, QtCompat.h.
 set(QV_PUBLIC_HEADERS
-    src/DownloadManager.h
-    src/PackageIndex.h
-    src/PackageInfo.h
-    src/SoftwareUpdateAvailableDialog.h
-    src/SoftwareUpdateClient.h
-    src/SoftwareUpdateDialog.h
     src/SoftwareUpdateExport.h
     src/SoftwareUpdateTypes.h
+    src/catalogue/PackageIndex.h
+    src/catalogue/PackageInfo.h
+    src/client/SoftwareUpdateClient.h
+    src/dialogs/SoftwareUpdateAvailableDialog.h
+    src/dialogs/SoftwareUpdateDialog.h
+    src/manager/DownloadManager.h
+    platform/base/ExceptionQt.h
+    platform/base/IOException.h
+    platform/base/ParseException.h
+    platform/base/PlatformExport.h
+    platform/base/SmartHandle.h
     platform/files/FileUtils.h
     platform/files/Unzipper.h
     platform/files/ZipDevice.h
@@ -27,20 +32,15 @@ set(QV_PUBLIC_HEADERS
     platform/http/NetworkProxy.h
     platform/http/NodeDB.h
     platform/http/RequestData.h
-    platform/log/ExceptionQt.h
-    platform/log/IOException.h
     platform/log/LogQt.h
     platform/log/MutexLocker.h
-    platform/log/ParseException.h
     platform/util/ConnectHelpers.h
     platform/util/DialogFlags.h
-    platform/util/PlatformExport.h
     platform/util/Preferences.h
     platform/util/QuorvelSoftwareVersion.h
-    platform/util/SmartHandle.h
     platform/util/StringUtils.h
     platform/util/VersionNumber.h
-    platform/util/XmlUtils.h
+    platform/xml/XmlUtils.h
 )
 install(FILES ${QV_PUBLIC_HEADERS} DESTINATION ${QV_INCLUDEDIR} COMPONENT development)
 
