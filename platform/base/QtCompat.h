@@ -1,17 +1,33 @@
 #pragma once
 
-// The few places where Qt 5 and Qt 6 differ for this project.
+// All differences between Qt 5 and Qt 6 that this project's code knows of. Internal: no installed header includes it.
 
-#include <QDomDocument>
-#include <QSet>
-#include <QStringList>
+#include <QByteArray>
+#include <QMetaType>
 #include <QtGlobal>
 
 namespace qv {
 
-inline QSet<QString> toSet(const QStringList &list)
+#if QT_VERSION_MAJOR >= 6
+
+/// Whether a DOM keeps a CDATA section that holds nothing but white space.
+constexpr bool domKeepsBlankSections = true;
+
+/// The meta-type id of a registered type name, QMetaType::UnknownType for others.
+inline int typeId(const QByteArray &name)
 {
-    return QSet<QString>(list.cbegin(), list.cend());
+    return QMetaType::fromName(name).id();
 }
+
+#else
+
+constexpr bool domKeepsBlankSections = false;
+
+inline int typeId(const QByteArray &name)
+{
+    return QMetaType::type(name);
+}
+
+#endif
 
 } // namespace qv

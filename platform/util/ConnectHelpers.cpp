@@ -2,9 +2,9 @@
 #include "ConnectHelpers.h"
 
 #include "LogQt.h"
+#include "QtCompat.h"
 
 #include <QMetaMethod>
-#include <QMetaType>
 
 #include <vector>
 
@@ -20,15 +20,6 @@ QByteArray slotName(const char *slot)
         name.remove(0, 1);
     const auto bracket = name.indexOf('(');
     return (bracket < 0 ? name : name.left(bracket)).trimmed();
-}
-
-int typeId(const QByteArray &name)
-{
-#if QT_VERSION_MAJOR >= 6
-    return QMetaType::fromName(name).id();
-#else
-    return QMetaType::type(name);
-#endif
 }
 
 bool isSameType(const QByteArray &declared, const QByteArray &given)

@@ -22,6 +22,9 @@ public:
     VersionNumber() = default;
     explicit VersionNumber(const std::string &ascii);
 
+    /// The same from a text as catalogues and stores hold it: characters outside of Latin-1 count as "?".
+    static VersionNumber fromText(const QString &text) { return VersionNumber(text.toLatin1().toStdString()); }
+
     /// The text that the version was made of, without outer blanks; "0" for one made of nothing.
     QString toString() const;
 

@@ -3,6 +3,9 @@
 #include "XmlReader.h"
 
 #include "ParseException.h"
+#include "QtCompat.h"
+
+#include <QRegularExpression>
 
 #include <algorithm>
 #include <cstring>
@@ -56,17 +59,23 @@ bool hasUtf16Mark(const QByteArray &bytes)
     return bytes.startsWith("\xff\xfe") || bytes.startsWith("\xfe\xff");
 }
 
-/// @p bytes as text where they are in an encoding that the two Qts read differently; null for UTF-8.
+/// True for encodings in which the signs of XML are single bytes of ASCII, and which both Qts read alike.
+bool isPlainEncoding(const QByteArray &name)
+{
+    static const QRegularExpression plain(
+        QRegularExpression::anchoredPattern(QStringLiteral("utf-?8|(us-)?ascii|latin-?[0-9]+|iso[-_]?8859[-_]1?[0-9]"
+                                                           "|(windows-|cp)125[0-8]")));
+    return plain.match(QString::fromLatin1(name)).hasMatch();
+}
+
+/// @p bytes as text where they are UTF-16; null where they can be read as they are.
 QString recode(const QByteArray &bytes)
 {
     if (hasUtf16Mark(bytes))
         return QString::fromUtf16(reinterpret_cast<const char16_t *>(bytes.constData()), int(bytes.size() / 2));
     if (bytes.contains('\0'))
         refuse("not a text");
-    const QByteArray encoding = declaredEncoding(bytes);
-    if (encoding == "iso-8859-1" || encoding == "us-ascii")
-        return QString::fromLatin1(bytes);
-    if (encoding != "utf-8")
+    if (!isPlainEncoding(declaredEncoding(bytes)))
         refuse("unknown encoding");
     return QString();
 }
@@ -81,16 +90,20 @@ XmlReader::XmlReader(QIODevice *device) : bytes(device->read(maxBytes + 1))
     if (!recoded.isNull())
         bytes.clear();
     refuseEndlessTags(recoded.isNull() ? bytes : recoded.toUtf8());
+    source.setBuffer(&bytes);
+    source.open(QIODevice::ReadOnly);
     restart(reader);
 }
 
 void XmlReader::restart(QXmlStreamReader &fresh) const
 {
     fresh.clear();
-    if (recoded.isNull())
-        fresh.addData(bytes);
-    else
+    if (recoded.isNull()) {
+        source.seek(0);
+        fresh.setDevice(&source);
+    } else {
         fresh.addData(recoded);
+    }
     fresh.setNamespaceProcessing(false);
 }
 
@@ -118,6 +131,8 @@ bool XmlReader::readNext()
 
 bool XmlReader::isText() const
 {
+    if (reader.isCDATA() && domKeepsBlankSections)
+        return true;
     return reader.isCharacters() && !reader.isWhitespace() && !reader.text().trimmed().isEmpty();
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QIODevice>
+#include <QBuffer>
 #include <QXmlStreamReader>
 
 namespace qv {
@@ -9,8 +9,9 @@ namespace qv {
 /// the platform library.
 ///
 /// Refused are documents of more than 16 MiB, 64 levels, 600,000 elements and attributes together or 64 attributes on
-/// one element, DTDs that declare entities or are longer than 4 KiB, and encodings other than UTF-8, US-ASCII,
-/// ISO-8859-1 and UTF-16 with a byte-order mark. No file and no network is touched, whatever the document refers to.
+/// one element, DTDs that declare entities or are longer than 4 KiB, and encodings other than UTF-8, UTF-16 with a
+/// byte-order mark, US-ASCII, the ISO-8859 family and the Windows code pages 125x, under their usual names. No file and
+/// no network is touched, whatever the document refers to.
 class XmlReader
 {
 public:
@@ -25,7 +26,7 @@ public:
     /// Characters that count: not white space alone, such as stands between elements.
     bool isText() const;
 
-    /// Puts @p fresh at the start of the same document.
+    /// Puts @p fresh at the start of the same document, which this object has read to its end; it must live as long.
     void restart(QXmlStreamReader &fresh) const;
 
 private:
@@ -34,6 +35,7 @@ private:
 
     QByteArray bytes; // the document, unless it had to be recoded
     QString recoded;
+    mutable QBuffer source; // of the bytes: a reader that pulls them decodes piece by piece
     QXmlStreamReader reader;
     int depth = 0;
     int elements = 0; // and attributes

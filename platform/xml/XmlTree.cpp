@@ -11,25 +11,30 @@ namespace {
 constexpr int none = -1;
 constexpr int maxNamesInElement = 256;
 
+QString textOf(const QByteArray &bytes, int begin, int size)
+{
+    return size == 0 ? QStringLiteral("") : QString::fromUtf8(bytes.constData() + begin, size);
+}
+
 } // namespace
 
 XmlTree::XmlTree(QIODevice *device)
 {
     XmlReader reader(device);
-    nodes.push_back({ none, none, 0, 0, none, none, 0, 0 });
+    nodes.push_back({ none, none, 0, 0, none, none, {} });
     int current = 0;
     while (reader.readNext()) {
         if (reader.token().isStartElement()) {
             open(reader, current);
             current = int(nodes.size()) - 1;
         } else if (reader.token().isEndElement()) {
-            nodes[size_t(current)].textEnd = int(text.size());
+            nodes[size_t(current)].text.size = int(texts.size()) - nodes[size_t(current)].text.begin;
             current = nodes[size_t(current)].parent;
         } else if (reader.isText()) {
-            text += reader.token().text();
+            texts += reader.token().text().toUtf8();
         }
     }
-    nodes.front().textEnd = int(text.size());
+    nodes.front().text.size = int(texts.size());
 }
 
 void XmlTree::open(const XmlReader &reader, int parent)
@@ -37,10 +42,12 @@ void XmlTree::open(const XmlReader &reader, int parent)
     const int name = nameId(reader.token().qualifiedName());
     const int firstAttribute = int(attributes.size());
     const auto given = reader.token().attributes();
-    for (const QXmlStreamAttribute &attribute : given)
-        attributes.push_back({ nameId(attribute.qualifiedName()), attribute.value().toString() });
-    const int start = int(text.size());
-    nodes.push_back({ name, parent, firstAttribute, int(attributes.size()), none, none, start, start });
+    for (const QXmlStreamAttribute &attribute : given) {
+        const QByteArray value = attribute.value().toUtf8();
+        attributes.push_back({ nameId(attribute.qualifiedName()), { int(values.size()), int(value.size()) } });
+        values += value;
+    }
+    nodes.push_back({ name, parent, firstAttribute, int(attributes.size()), none, none, { int(texts.size()), 0 } });
     addToGroup(parent, int(nodes.size()) - 1);
 }
 
@@ -100,14 +107,14 @@ std::optional<QString> XmlElement::attribute(const QString &name) const
     for (int i = data().firstAttribute; i < data().endAttribute; ++i) {
         const XmlTree::Attribute &attribute = tree->attributes[size_t(i)];
         if (tree->names[size_t(attribute.name)] == name)
-            return attribute.value;
+            return textOf(tree->values, attribute.value.begin, attribute.value.size);
     }
     return std::nullopt;
 }
 
 QString XmlElement::text() const
 {
-    return QString(tree->text.constData() + data().textBegin, data().textEnd - data().textBegin);
+    return textOf(tree->texts, data().text.begin, data().text.size);
 }
 
 } // namespace qv

@@ -2,6 +2,7 @@
 
 #include "PlatformExport.h"
 
+#include <QByteArray>
 #include <QHash>
 #include <QIODevice>
 #include <QString>
@@ -16,7 +17,7 @@ class XmlElement;
 class XmlReader;
 
 /// A document as a read-only tree: a third of the time and a tenth of the memory of a DOM, and every look-up by name
-/// takes the same time however many siblings there are. White space between elements is dropped.
+/// takes the same time however many siblings there are. White space between elements is dropped, as by a DOM.
 class QV_PLATFORM_EXPORT XmlTree
 {
 public:
@@ -29,10 +30,15 @@ public:
 private:
     friend class XmlElement;
 
+    struct Piece ///< of texts or values
+    {
+        int begin;
+        int size;
+    };
     struct Attribute
     {
         int name;
-        QString value;
+        Piece value;
     };
     struct Node
     {
@@ -42,8 +48,7 @@ private:
         int endAttribute;
         int firstGroup;
         int nextSameName; ///< the next child of the parent with this name
-        int textBegin;
-        int textEnd;
+        Piece text;
     };
     struct Group ///< the children of one name
     {
@@ -62,7 +67,8 @@ private:
     std::vector<Attribute> attributes;
     std::deque<QString> names; // each once; never moved, as nameIds looks at them
     QHash<QStringView, int> nameIds;
-    QString text; // of the whole document: an element's own is a piece of it
+    QByteArray texts;  // of the whole document, UTF-8: an element's own is a piece of it
+    QByteArray values; // of the attributes, likewise
 };
 
 /// An element of an XmlTree, or the document around its root, or null: a light value, as long-lived as the tree.
