@@ -1,12 +1,13 @@
 // XML in, PackageInfoList out. Called for every answer of an update server. A value is looked up from a package
 // outwards: each level of the document is read once, over what it inherits from the level around it.
-#include "DownloadManager.h"
+#include "CatalogueReader.h"
 
+#include "CatalogueValues.h"
+#include "Kinds.h"
 #include "LogQt.h"
 #include "ParseException.h"
 #include "XmlTree.h"
 
-#include <array>
 #include <limits>
 #include <memory>
 #include <optional>
@@ -40,24 +41,34 @@ private:
 
 /// What one level itself says of a value: its first child of that name, or else its attribute.
 template<class Element>
-std::optional<QString> ownValue(const Element &level, const QString &tag)
+std::optional<QString> ownValue(const Element &level, const QString &word)
 {
-    const Element child = level.firstChild(tag);
-    return child.isNull() ? level.attribute(tag) : child.text();
+    const Element child = level.firstChild(word);
+    return child.isNull() ? level.attribute(word) : child.text();
+}
+
+/// All that one level itself says of it: its children of that name, then its attribute.
+template<class Element, class Function>
+void forEachOwn(const Element &level, const QString &word, Function take)
+{
+    for (Element child = level.firstChild(word); !child.isNull(); child = child.nextSameName())
+        take(child.text());
+    if (const auto attribute = level.attribute(word))
+        take(*attribute);
 }
 
 template<class Element>
-Element searchStart(const Element &element)
+Element startOf(const Element &element)
 {
-    const Element file = element.firstChild(DownloadManager::FILE);
+    const Element file = element.firstChild(Word::file);
     return file.isNull() ? element : file;
 }
 
 template<class Element>
-QString valueFrom(Element level, const QString &tag)
+QString valueFrom(Element level, const QString &word)
 {
     for (; !level.isNull(); level = level.parent()) {
-        if (const auto value = ownValue(level, tag))
+        if (const auto value = ownValue(level, word))
             return *value;
     }
     return QString();
@@ -65,194 +76,178 @@ QString valueFrom(Element level, const QString &tag)
 
 /// The value that a look-up from @p element finds, given what the look-up from around it gives.
 template<class Element>
-QString valueOver(const QString &inherited, const Element &element, const QString &tag)
+QString valueOver(const QString &inherited, const Element &element, const QString &word)
 {
-    const Element start = searchStart(element);
-    if (const auto value = ownValue(start, tag))
+    const Element start = startOf(element);
+    if (const auto value = ownValue(start, word))
         return *value;
-    return ownValue(element, tag).value_or(inherited);
+    return ownValue(element, word).value_or(inherited);
 }
 
-template<class Element>
-int addOwnWords(const Element &level, const QString &tag, QStringSet &out)
-{
-    int count = 0;
-    const auto add = [&](const QString &text) {
-        int words = 0;
-        out.unite(StringUtils::splitStringSet(text, StringUtils::splitWords, Qt::SkipEmptyParts, &words));
-        count += words;
-    };
-    for (Element child = level.firstChild(tag); !child.isNull(); child = child.nextSameName())
-        add(child.text());
-    if (const auto attribute = level.attribute(tag))
-        add(*attribute);
-    return count;
-}
-
-/// How far values that packages share may unfold: without a limit, a small document with large values in its outer
-/// sets becomes gigabytes of packages.
+/// Memory for what packages inherit and cannot share: without a limit, a small document with large values in its outer
+/// sets becomes gigabytes of packages. Counted as it is allocated, roughly.
 class Allowance
 {
 public:
-    static Allowance ofCatalogue() { return Allowance(16 << 20, 16 << 10); }
-    static Allowance unlimited()
-    {
-        return Allowance(std::numeric_limits<qint64>::max(), std::numeric_limits<qint64>::max());
-    }
+    static Allowance ofCatalogue() { return Allowance(64LL << 20); }
+    static Allowance unlimited() { return Allowance(std::numeric_limits<qint64>::max()); }
 
-    /// For a text that is read anew for a package or a link.
-    void spendOn(const QString &text) { take(text.size() <= longestText ? text.size() : left + 1); }
+    void spendOnWords(qint64 count) { spend(200 + count * 40); }
+    void spendOnLinks(qint64 count) { spend(count * 100); }
 
-    /// For so many words or links that a level cannot share with the level around.
-    void spendOnEntries(qint64 entries) { take(entries * charactersOfEntry); }
+    /// For an address that is put together, and taken apart again by QUrl.
+    void spendOnUrl(qint64 characters) { spend(characters * 4); }
 
 private:
-    Allowance(qint64 characters, qint64 longestText) : left(characters), longestText(longestText) { }
+    explicit Allowance(qint64 bytes) : left(bytes) { }
 
-    void take(qint64 characters)
+    void spend(qint64 bytes)
     {
-        left -= characters;
+        left -= bytes;
         if (left < 0)
             throw ParseException(QStringLiteral("the catalogue's inherited values unfold to too much"));
     }
 
-    static constexpr qint64 charactersOfEntry = 64;
-
     qint64 left;
-    qint64 longestText;
 };
 
 /// @p language and @p url are what a look-up from the level, not from its "file" child, finds.
 template<class Element>
-int addOwnUrls(const Element &level, const QString &tag, const QString &language, const QString &url,
+int addOwnUrls(const Element &level, const QString &word, const QString &language, const QString &url,
                Allowance &allowance, UrlMap &out)
 {
     int count = 0;
     const auto add = [&](const QString &itsLanguage, const QString &itsUrl) {
-        allowance.spendOn(itsUrl);
-        out.insert(itsLanguage.isEmpty() ? QStringLiteral("en") : itsLanguage, QUrl(itsUrl));
+        allowance.spendOnUrl(itsUrl.size());
+        out.insert(itsLanguage.isEmpty() ? defaultLanguage : itsLanguage, QUrl(itsUrl));
         ++count;
     };
     // Deliberate: a link without its own language or URL takes those of the package or set around it, unsplit.
-    for (Element child = level.firstChild(tag); !child.isNull(); child = child.nextSameName())
-        add(valueOver(language, child, DownloadManager::LANGUAGE), valueOver(url, child, DownloadManager::URL));
-    if (const auto attribute = level.attribute(tag))
-        add(valueOver(language, level, DownloadManager::LANGUAGE), *attribute);
+    for (Element child = level.firstChild(word); !child.isNull(); child = child.nextSameName())
+        add(valueOver(language, child, Word::language), valueOver(url, child, Word::url));
+    if (const auto attribute = level.attribute(word))
+        add(valueOver(language, level, Word::language), *attribute);
     return count;
 }
 
-/// The single values of a package.
-enum Value {
-    Type,
-    Name,
-    PublicName,
-    Release,
-    PublicRelease,
-    Status,
-    ReleaseDate,
-    BaseUrl,
-    Url,
-    Size,
-    Comment,
-    Language
-};
+/// Sets of words that equal levels inside one set share: by what they say themselves.
+using Unions = QHash<QString, QStringSet>;
 
 /// All values of one level of the document, those inherited included. Whatever a level does not change it shares with
-/// the level around.
+/// the level around; what its neighbour inside the same set says too, with that.
 class Level
 {
 public:
     template<class Element>
-    Level over(const Element &element, Allowance &allowance) const
-    {
-        Level level = *this;
-        for (size_t i = 0; i < values.size(); ++i) {
-            if (auto value = ownValue(element, *tags()[i]))
-                level.values[i] = *value;
-        }
-        addWords(element, DownloadManager::PLATFORM, level.platforms, allowance);
-        addWords(element, DownloadManager::LANGUAGE, level.languages, allowance);
-        level.addUrls(element, DownloadManager::RELEASE_NOTES, level.releaseNotes, allowance);
-        level.addUrls(element, DownloadManager::README, level.readme, allowance);
-        return level;
-    }
+    Level over(const Element &element, Allowance &allowance) const;
 
-    void fill(PackageInfo &info, Allowance &allowance) const
-    {
-        for (const Value value : { ReleaseDate, BaseUrl, Url, Size })
-            allowance.spendOn(values[value]);
-        info.type = values[Type];
-        info.name = values[Name];
-        info.publicName = values[PublicName];
-        info.platforms = platforms;
-        info.release = values[Release];
-        info.publicRelease = values[PublicRelease];
-        info.status = values[Status];
-        info.releaseDate = DownloadManager::parseReleaseDate(values[ReleaseDate]);
-        info.url = QUrl(values[BaseUrl] + values[Url]);
-        info.languages = languages;
-        info.releaseNotes = releaseNotes;
-        info.readme = readme;
-        info.fileSize = DownloadManager::parseFileSize(values[Size]);
-        info.suffix = DownloadManager::parsePackageSuffix(info.url.toString());
-        info.comment = values[Comment];
-    }
+    /// The package, when all its levels have been read.
+    PackageInfo finished(Allowance &allowance) const;
+
+    /// Forgets what neighbours share: no more packages stand at this level.
+    void close() { platformUnions = languageUnions = Unions(); }
 
 private:
-    using Tags = std::array<const QString *, Language + 1>;
-
-    static const Tags &tags()
+    /// What a single value fills. One line for each.
+    struct Field
     {
-        using M = DownloadManager;
-        static const Tags tags = { &M::TYPE,
-                                   &M::NAME,
-                                   &M::NAME_PUBLIC,
-                                   &M::RELEASE_VERSION,
-                                   &M::RELEASE_VERSION_PUBLIC,
-                                   &M::RELEASE_STATUS,
-                                   &M::RELEASE_DATE,
-                                   &M::BASE_URL,
-                                   &M::URL,
-                                   &M::FILE_SIZE,
-                                   &M::COMMENT,
-                                   &M::LANGUAGE };
-        return tags;
-    }
+        const QString &word;
+        void (*fill)(Level &level, const QString &text);
+    };
+    static const Field fields[];
 
     template<class Element>
-    static void addWords(const Element &element, const QString &tag, QStringSet &words, Allowance &allowance)
-    {
-        QStringSet own;
-        addOwnWords(element, tag, own);
-        if (!own.isEmpty()) {
-            allowance.spendOnEntries(words.size());
-            words.unite(own);
-        }
-    }
-
+    static void addWords(const Element &element, const QString &word, Unions &unions, Allowance &allowance,
+                         QStringSet &words);
     template<class Element>
-    void addUrls(const Element &element, const QString &tag, UrlMap &urls, Allowance &allowance) const
-    {
-        UrlMap own;
-        addOwnUrls(element, tag, values[Language], values[Url], allowance, own);
-        if (own.isEmpty())
-            return;
-        allowance.spendOnEntries(own.size() + urls.size());
-        // Deliberate: links of the outer levels are inserted last, so that for one language the outermost is found.
-        // Backwards, because a multi-map holds the entries of one key in reverse.
-        for (auto link = urls.cend(); link != urls.cbegin();) {
-            --link;
-            own.insert(link.key(), link.value());
-        }
-        urls = own;
-    }
+    void addUrls(const Element &element, const QString &word, Allowance &allowance, UrlMap &urls) const;
 
-    std::array<QString, Language + 1> values;
-    QStringSet platforms;
-    QStringSet languages;
-    UrlMap releaseNotes;
-    UrlMap readme;
+    PackageInfo package;
+    QString baseUrl;
+    QString url;
+    QString language; // raw
+    mutable Unions platformUnions;
+    mutable Unions languageUnions;
 };
+
+const Level::Field Level::fields[] = {
+    { Word::type, [](Level &level, const QString &text) { level.package.type = text; } },
+    { Word::name, [](Level &level, const QString &text) { level.package.name = text; } },
+    { Word::publicName, [](Level &level, const QString &text) { level.package.publicName = text; } },
+    { Word::release, [](Level &level, const QString &text) { level.package.release = text; } },
+    { Word::publicRelease, [](Level &level, const QString &text) { level.package.publicRelease = text; } },
+    { Word::status, [](Level &level, const QString &text) { level.package.status = text; } },
+    { Word::releaseDate,
+      [](Level &level, const QString &text) { level.package.releaseDate = parseReleaseDate(text); } },
+    { Word::baseUrl, [](Level &level, const QString &text) { level.baseUrl = text; } },
+    { Word::url, [](Level &level, const QString &text) { level.url = text; } },
+    { Word::fileSize, [](Level &level, const QString &text) { level.package.fileSize = parseFileSize(text); } },
+    { Word::comment, [](Level &level, const QString &text) { level.package.comment = text; } },
+    { Word::language, [](Level &level, const QString &text) { level.language = text; } },
+};
+
+template<class Element>
+Level Level::over(const Element &element, Allowance &allowance) const
+{
+    Level level;
+    level.package = package;
+    level.baseUrl = baseUrl;
+    level.url = url;
+    level.language = language;
+    for (const Field &field : fields) {
+        if (const auto value = ownValue(element, field.word))
+            field.fill(level, *value);
+    }
+    addWords(element, Word::platform, platformUnions, allowance, level.package.platforms);
+    addWords(element, Word::language, languageUnions, allowance, level.package.languages);
+    level.addUrls(element, Word::releaseNotes, allowance, level.package.releaseNotes);
+    level.addUrls(element, Word::readme, allowance, level.package.readme);
+    return level;
+}
+
+template<class Element>
+void Level::addWords(const Element &element, const QString &word, Unions &unions, Allowance &allowance,
+                     QStringSet &words)
+{
+    QString own;
+    forEachOwn(element, word, [&own](const QString &text) { own += text + QLatin1Char(' '); });
+    if (own.trimmed().isEmpty())
+        return;
+    auto known = unions.constFind(own);
+    if (known == unions.cend()) {
+        QStringSet united = StringUtils::splitStringSet(own, StringUtils::splitWords, Qt::SkipEmptyParts);
+        united.unite(words);
+        allowance.spendOnWords(united.size());
+        known = unions.insert(own, united);
+    }
+    words = *known;
+}
+
+template<class Element>
+void Level::addUrls(const Element &element, const QString &word, Allowance &allowance, UrlMap &urls) const
+{
+    UrlMap own;
+    addOwnUrls(element, word, language, url, allowance, own);
+    if (own.isEmpty())
+        return;
+    allowance.spendOnLinks(own.size() + urls.size());
+    // Deliberate: links of the outer levels are inserted last, so that for one language the outermost is found.
+    // Backwards, because a multi-map holds the entries of one key in reverse.
+    for (auto link = urls.cend(); link != urls.cbegin();) {
+        --link;
+        own.insert(link.key(), link.value());
+    }
+    urls = own;
+}
+
+PackageInfo Level::finished(Allowance &allowance) const
+{
+    allowance.spendOnUrl(baseUrl.size() + url.size());
+    PackageInfo whole = package;
+    whole.url = QUrl(baseUrl + url);
+    whole.suffix = parsePackageSuffix(whole.url.toString());
+    return whole;
+}
 
 /// The level of @p element, null for none: read from the document inwards.
 template<class Element>
@@ -268,17 +263,17 @@ Level levelOf(const Element &element, Allowance &allowance)
 }
 
 template<class Element>
-void readPackage(const Element &package, const Level &around, Allowance &allowance, PackageInfo &info)
+PackageInfo packageOver(const Level &around, const Element &package, Allowance &allowance)
 {
     const Level level = around.over(package, allowance);
-    const Element file = package.firstChild(DownloadManager::FILE);
-    (file.isNull() ? level : level.over(file, allowance)).fill(info, allowance);
+    const Element file = package.firstChild(Word::file);
+    return (file.isNull() ? level : level.over(file, allowance)).finished(allowance);
 }
 
 /// Appends the packages of @p set, then those of the sets in it. A list instead of recursion: sets nest as deep as the
 /// document says.
 template<class Element>
-void readSet(const Element &set, Allowance &allowance, PackageInfoList &out)
+void appendPackages(const Element &set, Allowance &allowance, PackageInfoList &out)
 {
     struct Pending
     {
@@ -291,16 +286,13 @@ void readSet(const Element &set, Allowance &allowance, PackageInfoList &out)
     while (!pending.empty()) {
         const Pending current = std::move(pending.back());
         pending.pop_back();
-        const auto level = std::make_shared<const Level>(current.around->over(current.set, allowance));
-        for (Element package = current.set.firstChild(DownloadManager::PACKAGE); !package.isNull();
-             package = package.nextSameName()) {
-            PackageInfo info;
-            readPackage(package, *level, allowance, info);
-            out.append(info);
-        }
+        const auto level = std::make_shared<Level>(current.around->over(current.set, allowance));
+        for (Element package = current.set.firstChild(Word::package); !package.isNull();
+             package = package.nextSameName())
+            out.append(packageOver(*level, package, allowance));
+        level->close();
         std::vector<Pending> inner;
-        for (Element child = current.set.firstChild(DownloadManager::PACKAGE_SET); !child.isNull();
-             child = child.nextSameName())
+        for (Element child = current.set.firstChild(Word::packageSet); !child.isNull(); child = child.nextSameName())
             inner.push_back({ child, level });
         pending.insert(pending.end(), inner.rbegin(), inner.rend());
     }
@@ -308,13 +300,13 @@ void readSet(const Element &set, Allowance &allowance, PackageInfoList &out)
 
 } // namespace
 
-PackageInfoList DownloadManager::parseXML(QIODevice *device)
+PackageInfoList readCatalogue(QIODevice *device)
 {
     try {
         const XmlTree tree(device);
         PackageInfoList packages;
         Allowance allowance = Allowance::ofCatalogue();
-        readSet(tree.documentElement(), allowance, packages);
+        appendPackages(tree.documentElement(), allowance, packages);
         return packages;
     } catch (const ParseException &) {
         LogQt::write(Log::Warning, QStringLiteral("XML parser error"));
@@ -322,43 +314,52 @@ PackageInfoList DownloadManager::parseXML(QIODevice *device)
     }
 }
 
-void DownloadManager::parseSet(const QDomElement &set, PackageInfoList &out)
+void readSet(const QDomElement &set, PackageInfoList &out)
 {
     Allowance allowance = Allowance::unlimited();
-    readSet(DomNode(set), allowance, out);
+    appendPackages(DomNode(set), allowance, out);
 }
 
-void DownloadManager::parsePackage(const QDomElement &package, PackageInfo &info)
+void readPackage(const QDomElement &package, PackageInfo &info)
 {
     Allowance allowance = Allowance::unlimited();
-    readPackage(DomNode(package), levelOf(DomNode(package.parentNode()), allowance), allowance, info);
+    PackageInfo read = packageOver(levelOf(DomNode(package.parentNode()), allowance), DomNode(package), allowance);
+    read.flags = info.flags;
+    read.localFile = info.localFile;
+    read.spareFlag = info.spareFlag;
+    info = read;
 }
 
-QDomNode DownloadManager::startSearchAt(const QDomNode &node)
+QDomNode searchStart(const QDomNode &node)
 {
-    const QDomElement file = node.firstChildElement(FILE);
+    const QDomElement file = node.firstChildElement(Word::file);
     return file.isNull() ? node : file;
 }
 
-QString DownloadManager::findString(const QDomNode &node, const QString &tag)
+QString findString(const QDomNode &node, const QString &word)
 {
-    return valueFrom(DomNode(startSearchAt(node)), tag);
+    return valueFrom(DomNode(searchStart(node)), word);
 }
 
-int DownloadManager::findAllStrings(const QDomNode &node, const QString &tag, QStringSet &out)
+int findAllStrings(const QDomNode &node, const QString &word, QStringSet &out)
 {
     int count = 0;
-    for (DomNode level(startSearchAt(node)); !level.isNull(); level = level.parent())
-        count += addOwnWords(level, tag, out);
+    for (DomNode level(searchStart(node)); !level.isNull(); level = level.parent()) {
+        forEachOwn(level, word, [&](const QString &text) {
+            int words = 0;
+            out.unite(StringUtils::splitStringSet(text, StringUtils::splitWords, Qt::SkipEmptyParts, &words));
+            count += words;
+        });
+    }
     return count;
 }
 
-int DownloadManager::findAllTranslatedUrls(const QDomNode &node, const QString &tag, UrlMap &out)
+int findAllTranslatedUrls(const QDomNode &node, const QString &word, UrlMap &out)
 {
     int count = 0;
     Allowance allowance = Allowance::unlimited();
-    for (DomNode level(startSearchAt(node)); !level.isNull(); level = level.parent())
-        count += addOwnUrls(level, tag, valueFrom(level, LANGUAGE), valueFrom(level, URL), allowance, out);
+    for (DomNode level(searchStart(node)); !level.isNull(); level = level.parent())
+        count += addOwnUrls(level, word, valueFrom(level, Word::language), valueFrom(level, Word::url), allowance, out);
     return count;
 }
 

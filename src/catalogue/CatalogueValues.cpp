@@ -1,7 +1,8 @@
 // Texts of a catalogue into sizes, dates and package suffixes. Called for each package that is read; what is unreadable
 // becomes 0 or null, and only a suspicious suffix is worth a line in the log.
-#include "DownloadManager.h"
+#include "CatalogueValues.h"
 
+#include "Kinds.h"
 #include "LogQt.h"
 
 #include <cmath>
@@ -11,13 +12,12 @@ namespace qv {
 
 namespace {
 
-/// @p number read as Qt reads it, cut to a whole one, times @p unit.
-qint64 scaledSize(const QString &number, qint64 unit)
+/// @p number read as Qt reads it, cut to a whole one, then shifted: what is shifted out is lost. 0 where unreadable.
+qint64 scaledSize(const QString &number, int shift)
 {
     bool readable = false;
-    const double value = std::trunc(number.toDouble(&readable));
-    const double limit = std::ldexp(1.0, 63) / double(unit);
-    return readable && value > 0 && value < limit ? qint64(value) * unit : 0;
+    const double value = number.toDouble(&readable);
+    return readable && value > 0 && value < std::ldexp(1.0, 64) ? qint64(quint64(value) << shift) : 0;
 }
 
 /// The two digits at @p position, or -1.
@@ -62,18 +62,17 @@ QDateTime plainReleaseDate(const QString &text)
 
 } // namespace
 
-qint64 DownloadManager::parseFileSize(const QString &text)
+qint64 parseFileSize(const QString &text)
 {
     // Deliberate: the fraction is cut off before the unit counts, 1.5MB are 1048576 bytes.
     if (text.endsWith(QLatin1String("MB"), Qt::CaseInsensitive))
-        return scaledSize(text.chopped(2), 1 << 20);
+        return scaledSize(text.chopped(2), 20);
     if (text.endsWith(QLatin1String("kB"), Qt::CaseInsensitive))
-        return scaledSize(text.chopped(2), 1 << 10);
-    const qint64 size = text.toLongLong();
-    return size > 0 ? size : 0;
+        return scaledSize(text.chopped(2), 10);
+    return qint64(text.toULongLong());
 }
 
-QDateTime DownloadManager::parseReleaseDate(const QString &text)
+QDateTime parseReleaseDate(const QString &text)
 {
     const QDateTime plain = plainReleaseDate(text);
     if (plain.isValid())
@@ -86,20 +85,25 @@ QDateTime DownloadManager::parseReleaseDate(const QString &text)
     return QDateTime();
 }
 
-QString DownloadManager::parsePackageSuffix(const QString &urlText)
+QString parsePackageSuffix(const QString &urlText)
 {
     const QString last = urlText.section(QLatin1Char('.'), -1, -1, QString::SectionSkipEmpty);
     const QString secondToLast = urlText.section(QLatin1Char('.'), -2, -2, QString::SectionSkipEmpty);
     QString suffix = last;
-    if (last == QLatin1String("zip") && secondToLast == QLatin1String("mpkg"))
+    if (last == Suffix::zip && secondToLast == Suffix::mpkg)
         suffix = secondToLast;
     else if ((last == QLatin1String("gz") || last == QLatin1String("bz2")) && secondToLast == QLatin1String("tar"))
         suffix = secondToLast + QLatin1Char('.') + last;
-    if (suffix.size() < 3 || suffix.size() > 7)
+    if (isSuspiciousSuffix(suffix))
         LogQt::write(Log::Error,
                      QStringLiteral("DownloadManager::parsePackageType() -> parsed suspicious package suffix '")
                          + suffix + QStringLiteral("' in ") + urlText);
     return suffix;
+}
+
+bool isSuspiciousSuffix(const QString &suffix)
+{
+    return suffix.size() < 3 || suffix.size() > 7;
 }
 
 } // namespace qv

@@ -24,7 +24,7 @@ std::vector<int> PackageIndex::positions(const QStringSet &platforms) const
         // The words that begin with the platform stand together; those that it begins with are its own beginnings.
         for (auto word = firstNotBefore(platform); word != words.cend() && word->first.startsWith(platform); ++word)
             found.push_back(word->second);
-        for (int length = 0; length < platform.size(); ++length) {
+        for (int length = 1; length < platform.size(); ++length) {
             const QString beginning = platform.left(length);
             for (auto word = firstNotBefore(beginning); word != words.cend() && word->first == beginning; ++word)
                 found.push_back(word->second);

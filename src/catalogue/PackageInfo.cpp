@@ -2,6 +2,7 @@
 // catalogue, the selection and the client.
 #include "PackageInfo.h"
 
+#include "Kinds.h"
 #include "QuorvelSoftwareVersion.h"
 #include "VersionNumber.h"
 
@@ -25,11 +26,6 @@ QStringList distinctValues(const PackageInfoList &list, AddValues addValues)
 QString word(const QString &text, bool translate)
 {
     return translate ? StringUtils::translated(text, displayContext) : text;
-}
-
-VersionNumber versionOf(const QString &release)
-{
-    return VersionNumber(release.toLatin1().toStdString());
 }
 
 } // namespace
@@ -92,7 +88,7 @@ bool PackageInfo::filterPackageCandidate(const PackageInfo &filter, const QStrin
 {
     if (!filter.name.isEmpty() && name != filter.name)
         return false;
-    if (!filter.release.isEmpty() && versionOf(release) <= versionOf(filter.release))
+    if (!filter.release.isEmpty() && VersionNumber::fromText(release) <= VersionNumber::fromText(filter.release))
         return false;
     if (!filter.status.isEmpty() && status != filter.status)
         return false;
@@ -123,8 +119,8 @@ bool PackageInfo::isBetterMatch(const PackageInfo &other) const
 
 bool PackageInfo::isInstallable(const QString &suffix)
 {
-    return suffix.compare(QLatin1String("zip"), Qt::CaseInsensitive) == 0
-        || suffix.compare(QLatin1String("rpm"), Qt::CaseInsensitive) == 0;
+    return suffix.compare(Suffix::zip, Qt::CaseInsensitive) == 0
+        || suffix.compare(Suffix::rpm, Qt::CaseInsensitive) == 0;
 }
 
 int PackageInfo::compareVersion(const QString &a, const QString &b)

@@ -105,7 +105,7 @@ public:
     QString publicRelease; ///< version shown to users
     QString status;        ///< such as "STABLE" or "BETA"
     QDateTime releaseDate; ///< local time; null when unknown
-    qint64 fileSize = 0;   ///< bytes; 0 when unknown
+    qint64 fileSize = 0;   ///< bytes, to be read as unsigned; 0 when unknown
     QStringSet languages;  ///< language codes
     UrlMap releaseNotes;
     UrlMap readme;

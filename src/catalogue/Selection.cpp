@@ -1,10 +1,9 @@
 // Picks packages from a catalogue: candidates for the client, best matches for queries. Called after every parse.
-#include "DownloadManager.h"
+#include "Selection.h"
 
 #include "PackageIndex.h"
 #include "VersionNumber.h"
 
-#include <QBuffer>
 #include <QMap>
 
 #include <algorithm>
@@ -17,9 +16,9 @@ namespace {
 void keepNewestRelease(PackageInfoList &packages)
 {
     QString highest = QStringLiteral("0");
-    VersionNumber highestVersion(highest.toStdString());
+    VersionNumber highestVersion = VersionNumber::fromText(highest);
     for (const PackageInfo &package : std::as_const(packages)) {
-        const VersionNumber version(package.release.toLatin1().toStdString());
+        const VersionNumber version = VersionNumber::fromText(package.release);
         if (version > highestVersion) {
             highest = package.release;
             highestVersion = version;
@@ -41,8 +40,8 @@ void takeCandidate(PackageInfo &package, const PackageInfo &filter, const QStrin
 
 } // namespace
 
-PackageInfoList DownloadManager::findPackageCandidates(PackageInfoList &packages, const PackageInfo &filter,
-                                                       const QString &type, const QStringList &wantedSuffixes)
+PackageInfoList findPackageCandidates(PackageInfoList &packages, const PackageInfo &filter, const QString &type,
+                                      const QStringList &wantedSuffixes)
 {
     PackageInfoList candidates;
     for (PackageInfo &package : packages)
@@ -51,9 +50,8 @@ PackageInfoList DownloadManager::findPackageCandidates(PackageInfoList &packages
     return candidates;
 }
 
-PackageInfoList DownloadManager::findPackageCandidates(PackageInfoList &packages, const PackageIndex &index,
-                                                       const PackageInfo &filter, const QString &type,
-                                                       const QStringList &wantedSuffixes)
+PackageInfoList findPackageCandidates(PackageInfoList &packages, const PackageIndex &index, const PackageInfo &filter,
+                                      const QString &type, const QStringList &wantedSuffixes)
 {
     if (filter.platforms.isEmpty())
         return findPackageCandidates(packages, filter, type, wantedSuffixes);
@@ -64,7 +62,7 @@ PackageInfoList DownloadManager::findPackageCandidates(PackageInfoList &packages
     return candidates;
 }
 
-void DownloadManager::eliminateDuplicatePackages(PackageInfoList &packages)
+void eliminateDuplicatePackages(PackageInfoList &packages)
 {
     QStringSet known;
     const auto isDuplicate = [&known](const PackageInfo &package) {
@@ -75,7 +73,7 @@ void DownloadManager::eliminateDuplicatePackages(PackageInfoList &packages)
     packages.erase(std::remove_if(packages.begin(), packages.end(), isDuplicate), packages.end());
 }
 
-PackageInfoList DownloadManager::findBestMatches(const PackageInfoList &packages, const PackageInfo &filter)
+PackageInfoList findBestMatches(const PackageInfoList &packages, const PackageInfo &filter)
 {
     QMap<QString, int> best; // position by "type/platform"
     for (int i = 0; i < packages.size(); ++i) {
@@ -99,27 +97,7 @@ PackageInfoList DownloadManager::findBestMatches(const PackageInfoList &packages
     return result;
 }
 
-PackageInfoList DownloadManager::recentPackages(const PackageInfo &)
-{
-    if (lastAnswer.isEmpty())
-        return PackageInfoList();
-    QBuffer input(&lastAnswer);
-    input.open(QIODevice::ReadOnly);
-    PackageInfoList packages = parseXML(&input);
-    for (PackageInfo &package : packages)
-        package.flags |= PackageInfo::PackageKnown;
-    return packages;
-}
-
-PackageInfoList DownloadManager::recentPackages(const QString &type, const QString &name, const QString &release,
-                                                const QString &status, const QDateTime &releaseDate,
-                                                const QStringSet &platforms, const QStringSet &languages)
-{
-    return recentPackages(
-        PackageInfo(type, name, release, status, releaseDate, platforms, languages, QString(), QString()));
-}
-
-int DownloadManager::countNew(const PackageInfoList &packages)
+int countNew(const PackageInfoList &packages)
 {
     return int(std::count_if(packages.cbegin(), packages.cend(),
                              [](const PackageInfo &package) { return !(package.flags & PackageInfo::PackageKnown); }));

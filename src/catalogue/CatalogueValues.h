@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QDateTime>
+#include <QString>
+
+namespace qv {
+
+/// Bytes: a number, or one with the unit "kB" or "MB" in any case (1024 and 1024 * 1024), cut to a whole number before
+/// the unit counts; 0 where unreadable or negative. Sizes from 2^63 on keep their bits: read the result as unsigned.
+qint64 parseFileSize(const QString &text);
+
+/// "yyyy-MM-dd hh:mm:ss" or "yyyy-MM-dd", local time; null where unreadable.
+QDateTime parseReleaseDate(const QString &text);
+
+/// What stands behind the last dot, or "tar.gz", "tar.bz2", and "mpkg" for ".mpkg.zip". A suspicious one is logged and
+/// returned all the same.
+QString parsePackageSuffix(const QString &urlText);
+
+/// Shorter than 3 characters or longer than 7.
+bool isSuspiciousSuffix(const QString &suffix);
+
+} // namespace qv
