@@ -1,33 +1,37 @@
-// Construction, server and proxy; and what exists from the loading of the library on: the words of the catalogue and
-// the types that travel in signals.
-#include "DownloadManager.h"
+// Construction, server and proxy; what exists from the loading of the library on: the words of the catalogue and the
+// types that travel in signals; and the static members, which hand over to the rooms of the catalogue.
+#include "DownloadManager_p.h"
 
+#include "CatalogueReader.h"
+#include "CatalogueValues.h"
 #include "ConnectHelpers.h"
 #include "HttpAccessHistory.h"
+#include "Kinds.h"
+#include "Selection.h"
 
 namespace qv {
 
 const QString DownloadManager::UPDATE_URL = QStringLiteral(QV_UPDATE_URL);
 
-const QString DownloadManager::DOCUMENT_TAG = QStringLiteral("softwareList");
-const QString DownloadManager::PACKAGE_SET = QStringLiteral("package-set");
-const QString DownloadManager::PACKAGE = QStringLiteral("package");
-const QString DownloadManager::FILE = QStringLiteral("file");
-const QString DownloadManager::TYPE = QStringLiteral("type");
-const QString DownloadManager::NAME = QStringLiteral("name");
-const QString DownloadManager::NAME_PUBLIC = QStringLiteral("public-name");
-const QString DownloadManager::RELEASE_NOTES = QStringLiteral("release-notes");
-const QString DownloadManager::README = QStringLiteral("readme");
-const QString DownloadManager::LANGUAGE = QStringLiteral("language");
-const QString DownloadManager::RELEASE_VERSION = QStringLiteral("release");
-const QString DownloadManager::RELEASE_VERSION_PUBLIC = QStringLiteral("public-release");
-const QString DownloadManager::RELEASE_STATUS = QStringLiteral("status");
-const QString DownloadManager::RELEASE_DATE = QStringLiteral("release-date");
-const QString DownloadManager::URL = QStringLiteral("url");
-const QString DownloadManager::BASE_URL = QStringLiteral("base-url");
-const QString DownloadManager::FILE_SIZE = QStringLiteral("file-size");
-const QString DownloadManager::PLATFORM = QStringLiteral("platform");
-const QString DownloadManager::COMMENT = QStringLiteral("comment");
+const QString DownloadManager::DOCUMENT_TAG = Word::softwareList;
+const QString DownloadManager::PACKAGE_SET = Word::packageSet;
+const QString DownloadManager::PACKAGE = Word::package;
+const QString DownloadManager::FILE = Word::file;
+const QString DownloadManager::TYPE = Word::type;
+const QString DownloadManager::NAME = Word::name;
+const QString DownloadManager::NAME_PUBLIC = Word::publicName;
+const QString DownloadManager::RELEASE_NOTES = Word::releaseNotes;
+const QString DownloadManager::README = Word::readme;
+const QString DownloadManager::LANGUAGE = Word::language;
+const QString DownloadManager::RELEASE_VERSION = Word::release;
+const QString DownloadManager::RELEASE_VERSION_PUBLIC = Word::publicRelease;
+const QString DownloadManager::RELEASE_STATUS = Word::status;
+const QString DownloadManager::RELEASE_DATE = Word::releaseDate;
+const QString DownloadManager::URL = Word::url;
+const QString DownloadManager::BASE_URL = Word::baseUrl;
+const QString DownloadManager::FILE_SIZE = Word::fileSize;
+const QString DownloadManager::PLATFORM = Word::platform;
+const QString DownloadManager::COMMENT = Word::comment;
 
 namespace {
 
@@ -45,37 +49,53 @@ int registerMetaTypes()
 
 const int DownloadManager::qMetaTypes = registerMetaTypes();
 
-DownloadManager::DownloadManager(const HttpHost &host, const QString &path)
-    : httpClient(host), host(host), regularCheck(true)
+DownloadManager::DownloadManager() : d(std::make_unique<DownloadManagerPrivate>()) { }
+
+DownloadManager::DownloadManager(const HttpHost &host, const QString &path) : DownloadManager()
 {
-    this->host.path = path;
+    d->regularCheck = true;
+    d->host = host;
+    d->host.path = path;
     connectRelays();
 }
 
-DownloadManager::DownloadManager(const QUrl &server) : regularCheck(true)
+DownloadManager::DownloadManager(const QUrl &server) : DownloadManager()
 {
+    d->regularCheck = true;
     setServer(server);
-    httpClient.setHost(host);
     connectRelays();
 }
 
-DownloadManager::DownloadManager(QSettings &settings, const QString &cacheFile)
+DownloadManager::DownloadManager(QSettings &settings, const QString &cacheFile) : DownloadManager()
 {
-    loadHistory(settings, cacheFile);
+    d->loadHistory(settings, cacheFile);
     connectRelays();
 }
-
-DownloadManager::DownloadManager() = default;
 
 DownloadManager::~DownloadManager() = default;
 
 void DownloadManager::connectRelays()
 {
-    qv::connect(&httpClient, SIGNAL(requestStarted(RequestPtr)), this, SLOT(downloadStarting(RequestPtr)));
-    qv::connect(&httpClient, SIGNAL(downloadProgress(int, int)), this, SIGNAL(downloadProgress(int, int)));
+    qv::connect(&d->httpClient, SIGNAL(requestStarted(RequestPtr)), this, SLOT(downloadStarting(RequestPtr)));
+    qv::connect(&d->httpClient, SIGNAL(downloadProgress(int, int)), this, SIGNAL(downloadProgress(int, int)));
+}
+
+HttpHost &DownloadManager::server()
+{
+    return d->host;
+}
+
+const HttpHost &DownloadManager::server() const
+{
+    return d->host;
 }
 
 void DownloadManager::setServer(const QUrl &url)
+{
+    d->setServer(url);
+}
+
+void DownloadManagerPrivate::setServer(const QUrl &url)
 {
     host.server.setUrl(url);
     host.path = HttpClient::encodedUrlPath(url);
@@ -84,21 +104,114 @@ void DownloadManager::setServer(const QUrl &url)
 
 void DownloadManager::setProxy(HttpHost::ProxyPreference preference, const QString &address)
 {
-    host.proxyPreference = preference;
-    host.proxy.parseAddress(address, 80);
-    noteProxyInUse();
+    d->host.proxyPreference = preference;
+    d->host.proxy.parseAddress(address, 80);
+    d->noteProxyInUse();
 }
 
-void DownloadManager::noteProxyInUse()
+void DownloadManagerPrivate::noteProxyInUse()
 {
     host.updateProxy(QUrl());
     if (host.proxyPreference != HttpHost::NoProxy && !host.proxy.isEmpty())
         HttpAccessHistory::proxies.add(host.proxy);
 }
 
+bool DownloadManager::isQueryBusy() const
+{
+    return d->httpClient.isExecutingRequest();
+}
+
+bool DownloadManager::isRegularCheck() const
+{
+    return d->regularCheck;
+}
+
+void DownloadManager::setRegularCheck(bool isRegular)
+{
+    d->regularCheck = isRegular;
+}
+
 QString DownloadManager::queryUrl() const
 {
-    return host.makeURL(QString(), {}, true);
+    return d->host.makeURL(QString(), {}, true);
+}
+
+PackageInfoList DownloadManager::parseXML(QIODevice *device)
+{
+    return readCatalogue(device);
+}
+
+void DownloadManager::parseSet(const QDomElement &set, PackageInfoList &out)
+{
+    readSet(set, out);
+}
+
+void DownloadManager::parsePackage(const QDomElement &package, PackageInfo &info)
+{
+    readPackage(package, info);
+}
+
+QDomNode DownloadManager::startSearchAt(const QDomNode &node)
+{
+    return searchStart(node);
+}
+
+QString DownloadManager::findString(const QDomNode &node, const QString &tag)
+{
+    return qv::findString(node, tag);
+}
+
+int DownloadManager::findAllStrings(const QDomNode &node, const QString &tag, QStringSet &out)
+{
+    return qv::findAllStrings(node, tag, out);
+}
+
+int DownloadManager::findAllTranslatedUrls(const QDomNode &node, const QString &tag, UrlMap &out)
+{
+    return qv::findAllTranslatedUrls(node, tag, out);
+}
+
+qint64 DownloadManager::parseFileSize(const QString &text)
+{
+    return qv::parseFileSize(text);
+}
+
+QDateTime DownloadManager::parseReleaseDate(const QString &text)
+{
+    return qv::parseReleaseDate(text);
+}
+
+QString DownloadManager::parsePackageSuffix(const QString &urlText)
+{
+    return qv::parsePackageSuffix(urlText);
+}
+
+PackageInfoList DownloadManager::findPackageCandidates(PackageInfoList &packages, const PackageInfo &filter,
+                                                       const QString &type, const QStringList &wantedSuffixes)
+{
+    return qv::findPackageCandidates(packages, filter, type, wantedSuffixes);
+}
+
+PackageInfoList DownloadManager::findPackageCandidates(PackageInfoList &packages, const PackageIndex &index,
+                                                       const PackageInfo &filter, const QString &type,
+                                                       const QStringList &wantedSuffixes)
+{
+    return qv::findPackageCandidates(packages, index, filter, type, wantedSuffixes);
+}
+
+void DownloadManager::eliminateDuplicatePackages(PackageInfoList &packages)
+{
+    qv::eliminateDuplicatePackages(packages);
+}
+
+PackageInfoList DownloadManager::findBestMatches(const PackageInfoList &packages, const PackageInfo &filter)
+{
+    return qv::findBestMatches(packages, filter);
+}
+
+int DownloadManager::countNew(const PackageInfoList &packages)
+{
+    return qv::countNew(packages);
 }
 
 } // namespace qv

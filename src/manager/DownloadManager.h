@@ -1,21 +1,22 @@
 #pragma once
 
-#include "HttpClient.h"
+#include "HttpHost.h"
 #include "PackageInfo.h"
+#include "RequestData.h"
 
 #include <QDir>
 #include <QDomElement>
-#include <QHash>
 #include <QIODevice>
 #include <QObject>
-#include <QPointer>
 #include <QSettings>
 #include <QStringList>
 
+#include <memory>
+
 namespace qv {
 
+class DownloadManagerPrivate;
 class PackageIndex;
-class Unzipper;
 
 /// Asks an update server for its catalogue, remembers across runs which packages it has seen, downloads packages and
 /// release notes, unpacks packages and hands over to installers. Its static members read catalogues and pick from them
@@ -57,8 +58,8 @@ public:
 
     ~DownloadManager() override;
 
-    HttpHost &server() { return host; }
-    const HttpHost &server() const { return host; }
+    HttpHost &server();
+    const HttpHost &server() const;
 
     /// The address of the catalogue. Deliberate: every change of it returns to the global proxy.
     void setServer(const QUrl &url);
@@ -68,11 +69,11 @@ public:
     void setProxy(HttpHost::ProxyPreference preference, const QString &address);
 
     /// True while a query or a download runs.
-    bool isQueryBusy() const { return httpClient.isExecutingRequest(); }
+    bool isQueryBusy() const;
 
     /// Whether the user asked for regular checks: remembered here, acted on by the host.
-    bool isRegularCheck() const { return regularCheck; }
-    void setRegularCheck(bool isRegular) { regularCheck = isRegular; }
+    bool isRegularCheck() const;
+    void setRegularCheck(bool isRegular);
 
     /// The full address of the catalogue.
     QString queryUrl() const;
@@ -85,8 +86,8 @@ public:
     bool hasInstallPackage() const;
 
     /// The package that installLater() set aside: its localFile, and in its spareFlag whether to ask before installing.
-    PackageInfo &installPackage() { return installPackageInfo; }
-    const PackageInfo &installPackage() const { return installPackageInfo; }
+    PackageInfo &installPackage();
+    const PackageInfo &installPackage() const;
 
     /// The program to start in an unpacked folder, relative to @p folder: the largest executable file of the first
     /// folder that has one, itself before its subfolders. Empty where there is none. Links that lead out do not count.
@@ -120,8 +121,9 @@ public:
     /// those of the sets in it. A value that a package does not have is taken from the nearest set around; platforms,
     /// languages and links add up over all of them (docs/catalogue.md).
     ///
-    /// What is not well-formed XML, or is made to exhaust time or memory (see XmlUtils::parseXml(); likewise sets whose
-    /// inherited values would unfold to more than some tens of megabytes), gives an empty list and a line in the log.
+    /// What is not well-formed XML, or is made to exhaust time or memory (see XmlUtils::parseXml(); likewise packages
+    /// that would take more than 64 MiB for what they inherit and cannot share), gives an empty list and a line in the
+    /// log.
     static PackageInfoList parseXML(QIODevice *device);
 
     /// The same rules for single nodes of a DOM: appends the packages of @p set; fills the catalogue's fields of
@@ -135,7 +137,8 @@ public:
     static int findAllTranslatedUrls(const QDomNode &node, const QString &tag, UrlMap &out);
 
     /// Bytes: a number, or one with the unit "kB" or "MB" in any case (1024 and 1024 * 1024), cut to a whole number
-    /// before the unit counts; 0 where unreadable, negative or too large.
+    /// before the unit counts; 0 where unreadable or negative. Sizes from 2^63 on keep their bits: read the result as
+    /// unsigned.
     static qint64 parseFileSize(const QString &text);
 
     /// "yyyy-MM-dd hh:mm:ss" or "yyyy-MM-dd", local time; null where unreadable.
@@ -196,12 +199,13 @@ public slots:
     /// or downloadFailure(), two of each; a package that announces no size stays silent throughout. The file is never
     /// removed here.
     ///
-    /// Success is a file at least as long as announced, whatever the server's status; the download ends when it has got
-    /// maxSurplusBytes longer. Deliberate: it leaves for port 80 over plain HTTP whatever the URL says.
+    /// Success is a file at least as long as announced, whatever the server's status. A body that is maxSurplusBytes
+    /// longer still is cut there, and a failure. Deliberate: it leaves for port 80 over plain HTTP whatever the URL
+    /// says.
     void startDownload(const PackageInfo &package, const QString &path);
 
-    /// Drops whatever runs, a query too: it emits nothing any more. Emits downloadAborted() in any case. What came of a
-    /// file stays on the disk.
+    /// Drops whatever runs, a query too, and the downloads that wait behind it: they emit nothing any more. Emits
+    /// downloadAborted() in any case. What came of a file stays on the disk.
     void abortDownload();
 
     /// Fetches a page as text; releaseNotesDownloaded() follows in any case, for an empty URL before this returns.
@@ -251,7 +255,7 @@ signals:
     void downloadFailure(int httpStatusCode); ///< 0 where no answer came
     void downloadAborted();
 
-    /// @p url as it was asked for, without a port; @p text is empty unless the server's status was 200.
+    /// @p url as it was asked for; @p text is empty unless the server's status was 200.
     void releaseNotesDownloaded(QUrl url, QString text);
 
     void unzippingDone(QString folder); ///< the folder now belongs to the receiver
@@ -259,13 +263,7 @@ signals:
 public:
     static constexpr qint64 maxSurplusBytes = 16LL * 1024 * 1024;
 
-    /// What a running query carries.
-    struct RequestData
-    {
-        PackageInfo filter;
-        QPointer<QObject> callbackReceiver;
-        QByteArray callbackSlot; // null: nobody is called
-    };
+    struct RequestData; ///< what a running query carries; internal
 
 private slots:
     void queryResult(const RequestPtr &resp);
@@ -278,25 +276,9 @@ private slots:
 
 private:
     void connectRelays();
-    void noteProxyInUse();
-    void aimAt(const QUrl &url);
-    void loadHistory(QSettings &settings, const QString &cacheFile);
 
-    HttpClient httpClient;
-    HttpHost host;
-    QDateTime lastCheck; // when the last answer was handled, local time
-    bool regularCheck = false;
-    QByteArray lastAnswer;
-    QHash<QString, QDateTime> history; // by PackageInfo::stringID(): when first seen, UTC
-    QString cookie;                    // kept, read by nothing
-    Unzipper *unzipper = nullptr;      // from the first unzipPackage() on
-    PackageInfo installPackageInfo;
-    struct
-    {
-        QString updater;
-        QString targetFolder;
-        QString application;
-    } installTexts; // set aside with the package, read by nothing here
+    friend class DownloadManagerPrivate;
+    const std::unique_ptr<DownloadManagerPrivate> d;
 };
 
 } // namespace qv

@@ -1,41 +1,39 @@
 // Packages and release notes over HTTP. Called by the client's installation and by hosts; leaves behind the file, or
 // what arrived of it.
-#include "DownloadManager.h"
+#include "DownloadManager_p.h"
 
 #include <QFile>
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 namespace qv {
-
-namespace {
-
-constexpr int downloadPort = 80;
-
-} // namespace
 
 void DownloadManager::startDownload(const PackageInfo &package, const QString &path)
 {
     const auto file = std::make_shared<QFile>(path);
     file->open(QIODevice::WriteOnly); // a failure shows in downloadResult(): no file, no bytes
-    aimAt(package.url);
-    const RequestPtr request = httpClient.prepareGet(HttpClient::encodedUrlPath(package.url), {}, this,
-                                                     SLOT(downloadResult(RequestPtr)), file.get(), file);
+    const RequestPtr request = d->prepareGet(package.url, this, SLOT(downloadResult(RequestPtr)), file);
     if (package.fileSize != 0) {
-        const qint64 most = std::numeric_limits<qint64>::max() - maxSurplusBytes;
-        request->setMaxBodySize(std::clamp<qint64>(package.fileSize, 0, most) + maxSurplusBytes);
+        constexpr quint64 most = std::numeric_limits<qint64>::max() - maxSurplusBytes;
+        request->setMaxBodySize(qint64(std::min(quint64(package.fileSize), most)) + maxSurplusBytes);
     }
     request->userData = package;
-    httpClient.execute(request);
+    d->downloads.append(request);
+    d->httpClient.execute(request);
 }
 
-void DownloadManager::aimAt(const QUrl &url)
+RequestPtr DownloadManagerPrivate::prepareGet(const QUrl &url, QObject *receiver, const char *slot,
+                                              const qvb::smart<QIODevice> &output)
 {
-    HttpHost target = host;
     // Deliberate: port 80 and plain HTTP whatever the URL says.
-    target.server.setAddress(url.host(), downloadPort, false);
-    httpClient.setHost(target);
+    QUrl target = url;
+    target.setScheme(QStringLiteral("http"));
+    target.setPort(-1);
+    target.setUserInfo(QString());
+    httpClient.setHost(host);
+    return httpClient.prepareGet(target, receiver, slot, output.get(), output);
 }
 
 void DownloadManager::downloadStarting(const RequestPtr &request)
@@ -48,6 +46,7 @@ void DownloadManager::downloadStarting(const RequestPtr &request)
 
 void DownloadManager::downloadResult(const RequestPtr &request)
 {
+    d->downloads.removeAll(request);
     auto *package = std::any_cast<PackageInfo>(&request->userData);
     auto *file = qobject_cast<QFile *>(request->outputDevice());
     // Deliberate: a package without a size has no outcome.
@@ -58,7 +57,7 @@ void DownloadManager::downloadResult(const RequestPtr &request)
     file->close();
     const qint64 size = isOpen ? file->size() : 0; // where nothing was written, an older file may lie
     const QPointer<DownloadManager> self(this);
-    if (quint64(size) < quint64(package->fileSize)) {
+    if (quint64(size) < quint64(package->fileSize) || request->isCut()) {
         emit downloadFailure(*package, fileName);
         if (self)
             emit downloadFailure(request->statusCode());
@@ -74,7 +73,9 @@ void DownloadManager::downloadResult(const RequestPtr &request)
 
 void DownloadManager::abortDownload()
 {
-    httpClient.reset();
+    for (const RequestPtr &request : std::exchange(d->downloads, {}))
+        d->httpClient.drop(request);
+    d->httpClient.reset();
     emit downloadAborted();
 }
 
@@ -84,15 +85,15 @@ void DownloadManager::downloadReleaseNotes(const QUrl &url)
         emit releaseNotesDownloaded(url, QString());
         return;
     }
-    aimAt(url);
-    httpClient.get(HttpClient::encodedUrlPath(url), {}, this, SLOT(releaseNotesResult(RequestPtr)),
-                   HttpClient::keepInRequest, nullptr);
+    const RequestPtr request = d->prepareGet(url, this, SLOT(releaseNotesResult(RequestPtr)), nullptr);
+    request->userData = url;
+    d->httpClient.execute(request);
 }
 
 void DownloadManager::releaseNotesResult(const RequestPtr &request)
 {
     const QString text = request->statusCode() == 200 ? request->getResponseText() : QString();
-    emit releaseNotesDownloaded(request->urls().first(), text);
+    emit releaseNotesDownloaded(std::any_cast<QUrl>(request->userData), text);
 }
 
 } // namespace qv

@@ -1,11 +1,16 @@
 // What is remembered between runs: last check, server, the packages already seen, the last catalogue. Loaded by the
-// constructor, stored when the host asks.
-#include "DownloadManager.h"
+// constructor, stored when the host asks, told again by recentPackages().
+#include "DownloadManager_p.h"
 
+#include "CatalogueReader.h"
 #include "FileUtils.h"
 #include "Preferences.h"
 
+#include <QBuffer>
 #include <QFileInfo>
+
+#include <algorithm>
+#include <vector>
 
 namespace qv {
 
@@ -29,11 +34,17 @@ bool isCache(const QFileInfo &file)
     return file.isFile() && file.size() <= RequestData::maxBytesKept;
 }
 
-/// False behind the last entry: arrays have no gaps, whereas the stored size may be any number.
-bool moveToEntry(QSettings &settings, int index)
+/// The entries of the history that have keys, ascending: the stored size may be any number.
+std::vector<int> storedIndexes(QSettings &settings)
 {
-    settings.setArrayIndex(index);
-    return settings.contains(packageKey) || settings.contains(timeKey);
+    std::vector<int> indexes;
+    settings.beginGroup(historyKey);
+    for (const QString &name : settings.childGroups())
+        indexes.push_back(name.toInt() - 1);
+    settings.endGroup();
+    std::sort(indexes.begin(), indexes.end());
+    indexes.erase(indexes.begin(), std::lower_bound(indexes.begin(), indexes.end(), 0));
+    return indexes;
 }
 
 /// In UTC, as it is stored: local times for a long history take half a second.
@@ -44,7 +55,7 @@ QDateTime firstSeen(const QSettings &settings)
 
 } // namespace
 
-void DownloadManager::loadHistory(QSettings &settings, const QString &cacheFile)
+void DownloadManagerPrivate::loadHistory(QSettings &settings, const QString &cacheFile)
 {
     if (!cacheFile.isEmpty() && isCache(QFileInfo(cacheFile)))
         lastAnswer = FileUtils::readBytes(cacheFile);
@@ -54,11 +65,15 @@ void DownloadManager::loadHistory(QSettings &settings, const QString &cacheFile)
     regularCheck = Preferences::boolValue(settings, regularCheckKey, false);
     host.load(settings);
     if (Preferences::intValue(settings, versionKey, 0) < currentVersion)
-        setServer(QUrl(UPDATE_URL));
+        setServer(QUrl(DownloadManager::UPDATE_URL));
 
     const QDateTime limit = QDateTime::currentDateTime().addYears(-yearsRemembered).toUTC();
+    const std::vector<int> indexes = storedIndexes(settings);
     const int size = settings.beginReadArray(historyKey);
-    for (int i = 0; i < size && moveToEntry(settings, i); ++i) {
+    for (const int index : indexes) {
+        if (index >= size)
+            break;
+        settings.setArrayIndex(index);
         const QDateTime time = firstSeen(settings);
         if (time.isValid() && time >= limit)
             history.insert(Preferences::stringValue(settings, packageKey, QString()), time);
@@ -69,27 +84,46 @@ void DownloadManager::loadHistory(QSettings &settings, const QString &cacheFile)
 
 void DownloadManager::storeHistory(QSettings &settings, const QString &cacheFile) const
 {
-    if (!cacheFile.isEmpty() && !lastAnswer.isEmpty())
-        FileUtils::writeBytes(lastAnswer, cacheFile);
+    if (!cacheFile.isEmpty() && !d->lastAnswer.isEmpty())
+        FileUtils::writeBytes(d->lastAnswer, cacheFile);
 
     settings.beginGroup(groupName);
-    Preferences::setDateTimeValue(settings, lastCheckKey, lastCheck);
-    settings.setValue(regularCheckKey, regularCheck);
+    Preferences::setDateTimeValue(settings, lastCheckKey, d->lastCheck);
+    settings.setValue(regularCheckKey, d->regularCheck);
     settings.remove(oldRegularCheckKey);
     settings.setValue(versionKey, currentVersion);
-    host.store(settings, false);
+    d->host.store(settings, false);
 
-    settings.beginWriteArray(historyKey, int(history.size()));
+    settings.remove(historyKey); // a longer one before leaves nothing behind
+    settings.beginWriteArray(historyKey, int(d->history.size()));
     int i = 0;
-    for (auto entry = history.cbegin(); entry != history.cend(); ++entry) {
+    for (auto entry = d->history.cbegin(); entry != d->history.cend(); ++entry) {
         settings.setArrayIndex(i++);
         settings.setValue(packageKey, entry.key());
         Preferences::setDateTimeValue(settings, timeKey, entry.value());
     }
-    while (moveToEntry(settings, i++)) // of a longer history before
-        settings.remove(QString());
     settings.endArray();
     settings.endGroup();
+}
+
+PackageInfoList DownloadManager::recentPackages(const PackageInfo &)
+{
+    if (d->lastAnswer.isEmpty())
+        return PackageInfoList();
+    QBuffer input(&d->lastAnswer);
+    input.open(QIODevice::ReadOnly);
+    PackageInfoList packages = readCatalogue(&input);
+    for (PackageInfo &package : packages)
+        package.flags |= PackageInfo::PackageKnown;
+    return packages;
+}
+
+PackageInfoList DownloadManager::recentPackages(const QString &type, const QString &name, const QString &release,
+                                                const QString &status, const QDateTime &releaseDate,
+                                                const QStringSet &platforms, const QStringSet &languages)
+{
+    return recentPackages(
+        PackageInfo(type, name, release, status, releaseDate, platforms, languages, QString(), QString()));
 }
 
 } // namespace qv

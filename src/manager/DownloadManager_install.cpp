@@ -1,9 +1,10 @@
 // From a downloaded package to what replaces this program: unpacked, set aside for later, or handed to the updater and
 // the shell. Called by the update client and by hosts; leaves an unpacked folder, or does not come back.
-#include "DownloadManager.h"
+#include "DownloadManager_p.h"
 
 #include "FileUtils.h"
 #include "IOException.h"
+#include "Kinds.h"
 #include "LogQt.h"
 #include "Unzipper.h"
 #include "ZipReader.h"
@@ -13,20 +14,11 @@
 #include <QMessageBox>
 #include <QProgressDialog>
 
-#include <filesystem>
 #include <unistd.h>
 
 namespace qv {
 
 namespace {
-
-const QString zipEnding = QStringLiteral("zip");
-
-void removeFolder(const QString &folder)
-{
-    std::error_code ignored;
-    std::filesystem::remove_all(QFile::encodeName(folder).constData(), ignored);
-}
 
 bool liesInside(const QFileInfo &entry, const QString &root)
 {
@@ -66,7 +58,7 @@ void copyByShell(const QString &unpackedFolder, const QString &chosenFolder, con
 void DownloadManager::unzipPackage(const QString &packageFile)
 {
     const QString folder = FileUtils::createTempDir();
-    if (folder.isEmpty() || (!QFileInfo::exists(folder) && !QDir().mkpath(folder))) {
+    if (folder.isEmpty()) {
         LogQt::write(Log::Error,
                      QStringLiteral("DownloadManager::unzipPackage() -> Could not create folder to unzip into!"));
         return;
@@ -74,19 +66,19 @@ void DownloadManager::unzipPackage(const QString &packageFile)
     LogQt::write(
         Log::Progress,
         QStringLiteral("DownloadManager::installPackage() -> trying to extract %1 to %2").arg(packageFile, folder));
-    if (unzipper) {
+    if (d->unzipper) {
         QDir().rmdir(folder);
         return;
     }
-    unzipper = new Unzipper(packageFile, folder, false);
-    unzipper->setParent(this);
-    connect(unzipper, &Unzipper::unzippingDone, this, &DownloadManager::unzippingFinished);
-    connect(unzipper, &Unzipper::unzippingFailed, this, &DownloadManager::unzippingFailed);
+    d->unzipper = new Unzipper(packageFile, folder, false);
+    d->unzipper->setParent(this);
+    connect(d->unzipper, &Unzipper::unzippingDone, this, &DownloadManager::unzippingFinished);
+    connect(d->unzipper, &Unzipper::unzippingFailed, this, &DownloadManager::unzippingFailed);
 }
 
 void DownloadManager::unzippingFinished(const QString &folder)
 {
-    unzipper->removeZipFile();
+    d->unzipper->removeZipFile();
     emit unzippingDone(folder);
 }
 
@@ -111,26 +103,36 @@ void DownloadManager::startUpdate(const QString &updateApplicationPath, const QS
 
 void DownloadManager::installLater(const PackageInfo &info, bool confirmInstall)
 {
-    installPackageInfo = info;
-    installPackageInfo.spareFlag = confirmInstall;
+    d->installPackageInfo = info;
+    d->installPackageInfo.spareFlag = confirmInstall;
 }
 
 void DownloadManager::installLater(const QString &packageFile, const QString &updaterExe, const QString &targetFolder,
                                    const QString &applicationExe)
 {
-    installPackageInfo.localFile = packageFile;
-    installTexts = { updaterExe, targetFolder, applicationExe };
+    d->installPackageInfo.localFile = packageFile;
+    d->installTexts = { updaterExe, targetFolder, applicationExe };
+}
+
+PackageInfo &DownloadManager::installPackage()
+{
+    return d->installPackageInfo;
+}
+
+const PackageInfo &DownloadManager::installPackage() const
+{
+    return d->installPackageInfo;
 }
 
 bool DownloadManager::hasInstallPackage() const
 {
-    const QFileInfo file(installPackageInfo.localFile);
-    return !installPackageInfo.localFile.isEmpty() && file.exists() && file.size() == installPackageInfo.fileSize;
+    const QFileInfo file(d->installPackageInfo.localFile);
+    return !d->installPackageInfo.localFile.isEmpty() && file.exists() && file.size() == d->installPackageInfo.fileSize;
 }
 
 void DownloadManager::runInstaller(const QString &installerFile)
 {
-    if (!installerFile.endsWith(zipEnding))
+    if (!installerFile.endsWith(Suffix::zip))
         throw ExceptionQt(QStringLiteral("execl() failed"));
     runZipInstaller(installerFile);
 }
@@ -158,11 +160,11 @@ void DownloadManager::runZipInstaller(const QString &packageFile)
         copyByShell(unpacked, target,
                     program.isEmpty() ? QCoreApplication::applicationFilePath() : target + QLatin1Char('/') + program);
     } catch (const IOException &exception) {
-        removeFolder(unpacked);
+        FileUtils::eraseFolder(unpacked);
         QMessageBox::critical(nullptr, QStringLiteral("Unpacking failed"), exception.message(), QMessageBox::Ok);
         throw IOException(exception);
     }
-    removeFolder(unpacked);
+    FileUtils::eraseFolder(unpacked);
 }
 
 QString DownloadManager::findDefaultExecutable(const QDir &folder)

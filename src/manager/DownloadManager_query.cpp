@@ -1,9 +1,9 @@
 // One catalogue query, from the host's call to queryFinished(). Leaves behind the answer's bytes, the time of the check
 // and the packages that count as seen from now on.
-#include "DownloadManager.h"
+#include "DownloadManager_p.h"
 
+#include "CatalogueReader.h"
 #include "ConnectHelpers.h"
-#include "LogQt.h"
 
 namespace qv {
 
@@ -33,51 +33,45 @@ void DownloadManager::queryCameraFirmwareUpdate(const QString &filterVersion, co
 
 void DownloadManager::queryUpdate(const PackageInfo &filter, QObject *callbackReceiver, const char *callbackSlot)
 {
-    noteProxyInUse();
-    httpClient.setHost(host);
+    d->noteProxyInUse();
+    d->httpClient.setHost(d->host);
     const RequestPtr request =
-        httpClient.prepareGet(QString(), {}, this, SLOT(queryResult(RequestPtr)), nullptr, nullptr);
+        d->httpClient.prepareGet(QString(), {}, this, SLOT(queryResult(RequestPtr)), nullptr, nullptr);
     request->userData = RequestData { filter, callbackReceiver, callbackSlot };
     const QPointer<DownloadManager> self(this);
-    emit queryStarted(host.server);
+    emit queryStarted(d->host.server);
     if (self)
-        httpClient.execute(request);
+        d->httpClient.execute(request);
 }
 
 void DownloadManager::queryResult(const RequestPtr &resp)
 {
     const HttpHeader &header = resp->responseHeader();
     if (header.hasKey(setCookie))
-        cookie = header.value(setCookie);
+        d->cookie = header.value(setCookie);
     QBuffer *answer = resp->getResponseBuffer();
-    answer->seek(0);
     const QPointer<DownloadManager> self(this);
     queryResult(answer, std::any_cast<RequestData>(&resp->userData));
     if (!self)
         return;
-    lastAnswer = answer->data();
+    d->lastAnswer = answer->data();
     resp->userData.reset();
     emit queryFinished();
 }
 
 void DownloadManager::queryResult(QIODevice *input, RequestData *data)
 {
-    PackageInfoList packages = parseXML(input);
-    lastCheck = QDateTime::currentDateTime();
-    const QDateTime now = lastCheck.toUTC();
+    PackageInfoList packages = readCatalogue(input);
+    d->lastCheck = QDateTime::currentDateTime();
+    const QDateTime now = d->lastCheck.toUTC();
     for (PackageInfo &package : packages) {
         const QString id = package.stringID();
-        if (history.contains(id))
+        if (d->history.contains(id))
             package.flags |= PackageInfo::PackageKnown;
         else
-            history.insert(id, now);
+            d->history.insert(id, now);
     }
-    // Deliberate: the filter's matches are told to the log alone; everybody else gets the whole catalogue.
-    LogQt::write(Log::Progress,
-                 QStringLiteral("DownloadManager::queryResult() -> %1 packages, %2 new, %3 match best")
-                     .arg(packages.size())
-                     .arg(countNew(packages))
-                     .arg(findBestMatches(packages, data->filter).size()));
+    // Deliberate: the filter plays no part, everybody gets the whole catalogue.
     if (data->callbackReceiver && !data->callbackSlot.isNull())
         invokeQueued(data->callbackReceiver, data->callbackSlot.constData(), Q_ARG(qv::PackageInfoList, packages));
     if (packages.isEmpty())

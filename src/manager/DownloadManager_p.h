@@ -1,0 +1,48 @@
+#pragma once
+
+// Not installed: the inside of DownloadManager.
+
+#include "DownloadManager.h"
+#include "HttpClient.h"
+
+#include <QHash>
+#include <QPointer>
+
+namespace qv {
+
+class Unzipper;
+
+struct DownloadManager::RequestData
+{
+    PackageInfo filter; // kept for the format of a query; nothing reads it
+    QPointer<QObject> callbackReceiver;
+    QByteArray callbackSlot; // null: nobody is called
+};
+
+class DownloadManagerPrivate
+{
+public:
+    void setServer(const QUrl &url);
+    void noteProxyInUse();
+    RequestPtr prepareGet(const QUrl &url, QObject *receiver, const char *slot, const qvb::smart<QIODevice> &output);
+    void loadHistory(QSettings &settings, const QString &cacheFile);
+
+    HttpClient httpClient;
+    HttpHost host;
+    QDateTime lastCheck; // when the last answer was handled, local time
+    bool regularCheck = false;
+    QByteArray lastAnswer;
+    QHash<QString, QDateTime> history; // by PackageInfo::stringID(): when first seen, UTC
+    QString cookie;                    // kept, read by nothing
+    QList<RequestPtr> downloads;       // from startDownload() to their end, waiting or running
+    Unzipper *unzipper = nullptr;      // from the first unzipPackage() on; a child of the manager
+    PackageInfo installPackageInfo;
+    struct
+    {
+        QString updater;
+        QString targetFolder;
+        QString application;
+    } installTexts; // set aside with the package, read by nothing here
+};
+
+} // namespace qv
