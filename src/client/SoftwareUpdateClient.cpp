@@ -1,49 +1,51 @@
-// The client object: construction, proxy, parent window and flags, the hourly timer on and off. Hosts call all of it.
-#include "SoftwareUpdateClient.h"
+// The client object: construction, proxy, parent window and flags, the hourly timer on and off; and the static members,
+// which hand over to the catalogue's Offer. Hosts call all of it.
+#include "SoftwareUpdateClient_p.h"
 
 #include "ConnectHelpers.h"
 #include "DialogFlags.h"
 #include "NodeDB.h"
-
-#include <QNetworkAccessManager>
-#include <QTimer>
+#include "Offer.h"
 
 namespace qv {
 
 namespace {
 
-constexpr int msBetweenTicks = 3'600'000;
+constexpr int msBetweenTicks = 60 * 60 * 1000;
 
 } // namespace
 
 QSettings::Format SoftwareUpdateClient::sSoftUpQSettingsFormat = QSettings::NativeFormat;
 QSettings::Scope SoftwareUpdateClient::sSoftUpQSettingsScope = QSettings::UserScope;
 
-const QString SoftwareUpdateClient::applicationKind = QStringLiteral("Application");
-const QString SoftwareUpdateClient::cameraKind = QStringLiteral("Camera Firmware");
+SoftwareUpdateClientPrivate::SoftwareUpdateClientPrivate(SoftwareUpdateClient *client)
+    : q(client), checkTimer(new QTimer(client)), windowFlags(dialogFlags(true))
+{
+}
 
 SoftwareUpdateClient::SoftwareUpdateClient(const QString &product, VersionNumber version, const QString &serverURL,
                                            QWidget *parent)
-    : parentWidget(parent), checkTimer(new QTimer(this)), windowFlags(dialogFlags(true))
+    : d(std::make_unique<SoftwareUpdateClientPrivate>(this))
 {
-    static const QStringList compatiblePlatforms;
+    d->parentWidget = parent;
+
     static QStringList supportedPackageTypes;
     static QStringList installablePackageTypes;
     // Deliberate: every client adds the types once more. The empty type makes the list one that is written.
     supportedPackageTypes << defaultPackageTypes();
     installablePackageTypes << QStringLiteral("");
 
-    SoftwareUpdateSettings settings = currentSettings();
+    SoftwareUpdateSettings settings = d->currentSettings();
     settings.product = product;
     settings.versionNumber = version;
-    settings.supportedPlatforms = compatiblePlatforms;
+    settings.supportedPlatforms.clear(); // of the build: none, so that the stored ones stay
     settings.supportedPackageTypes = supportedPackageTypes;
     settings.installablePackageTypes = installablePackageTypes;
     if (settings.serverURL.isNull())
         settings.serverURL = serverURL;
     setCurrentSettings(&settings);
 
-    qv::connect(checkTimer, SIGNAL(timeout()), this, SLOT(queryLastUpdate()));
+    qv::connect(d->checkTimer, SIGNAL(timeout()), this, SLOT(queryLastUpdate()));
     if (settings.doUpdateCheck)
         enableSoftwareUpdate();
     else
@@ -51,11 +53,6 @@ SoftwareUpdateClient::SoftwareUpdateClient(const QString &product, VersionNumber
 }
 
 SoftwareUpdateClient::~SoftwareUpdateClient() = default;
-
-QStringList SoftwareUpdateClient::defaultPackageTypes()
-{
-    return { QStringLiteral("tar.gz"), QStringLiteral("rpm"), QStringLiteral("deb"), QStringLiteral("tar.bz2") };
-}
 
 QNetworkProxy SoftwareUpdateClient::networkProxy() const
 {
@@ -68,22 +65,48 @@ QNetworkProxy SoftwareUpdateClient::networkProxy() const
 
 void SoftwareUpdateClient::enableSoftwareUpdate()
 {
-    checkTimer->start(msBetweenTicks);
+    d->checkTimer->start(msBetweenTicks);
 }
 
 void SoftwareUpdateClient::disableSoftwareUpdate()
 {
-    checkTimer->stop();
+    d->checkTimer->stop();
 }
 
 void SoftwareUpdateClient::setParent(QWidget *parent)
 {
-    parentWidget = parent;
+    d->parentWidget = parent;
 }
 
 void SoftwareUpdateClient::setWindowFlags(Qt::WindowFlags flags)
 {
-    windowFlags = flags;
+    d->windowFlags = flags;
+}
+
+PackageInfoList SoftwareUpdateClient::offeredPackages(PackageInfoList catalogue, const QString &applicationName,
+                                                      const SoftwareUpdateSettings &settings, bool beta)
+{
+    return qv::offeredPackages(std::move(catalogue), applicationName, settings, beta);
+}
+
+QStringList SoftwareUpdateClient::defaultPackageTypes()
+{
+    return qv::defaultPackageTypes();
+}
+
+QStringList SoftwareUpdateClient::packageRow(const PackageInfo &package)
+{
+    return qv::packageRow(package);
+}
+
+QString SoftwareUpdateClient::packageComment(const PackageInfo &package)
+{
+    return qv::packageComment(package);
+}
+
+SoftUpIndexList SoftwareUpdateClient::foreignLanguageRows(const PackageInfoList &packages, const QString &language)
+{
+    return qv::foreignLanguageRows(packages, language);
 }
 
 } // namespace qv

@@ -5,21 +5,16 @@
 
 #include <QNetworkProxy>
 #include <QObject>
-#include <QPointer>
-#include <QScopedPointer>
 #include <QSettings>
 #include <QWidget>
 
-class QNetworkAccessManager;
+#include <memory>
+
 class QNetworkReply;
-class QProgressDialog;
-class QTimer;
 
 namespace qv {
 
-class DownloadManager;
-class SoftwareUpdateAvailableDialog;
-class SoftwareUpdateDialog;
+class SoftwareUpdateClientPrivate;
 
 /// Software updates for a host application and for the cameras it manages. A host creates one, in the GUI thread, and
 /// deletes it before its QApplication:
@@ -41,7 +36,8 @@ class SoftwareUpdateDialog;
 /// The user's choices live in the host's own settings store, at top level, under the keys that SoftwareUpdateSettings
 /// names. They are read from there at every use, so a host may change them at any time.
 ///
-/// The dialogs are children of the parent window and go with it at the latest.
+/// The dialogs are children of the parent window and go with it at the latest; the client may outlive it, and opens its
+/// dialogs without a parent then.
 class SOFTWAREUPDATE_EXPORT SoftwareUpdateClient : public QObject
 {
     Q_OBJECT
@@ -97,9 +93,9 @@ public slots:
     /// time of the check is stored when it starts, however it ends.
     void checkForUpdate();
 
-    /// Checks after @p millisecondsDelay, at once if that is not positive, provided that checking is on and that the
+    /// Checks after @p msDelay milliseconds, at once if that is not positive, provided that checking is on and that the
     /// settings dialog is not open then.
-    void checkForUpdate(int millisecondsDelay);
+    void checkForUpdate(int msDelay);
 
     /// The check at application start: does nothing unless the user chose that interval.
     void doInitialCheck(int msDelay = 0);
@@ -119,7 +115,7 @@ public slots:
     /// list changes nothing.
     void setCurrentCameraVersions(const SoftUpCurrentCameraVersions &);
 
-    /// The window for the dialogs to come; not owned.
+    /// The window for the dialogs to come; not owned, and forgotten when it is destroyed.
     void setParent(QWidget *parent);
 
     /// The window flags for the dialogs to come, at first dialogFlags(true).
@@ -129,64 +125,33 @@ private slots:
     void updateAvailable();
     void doBackgroundCheck();
     void applyDialogSettings(const SoftwareUpdateDialogSettings &dialogSettings);
-    void downloadUrls(SoftUpIndexList itemIndexes);
-    void downloadReleaseNotes(SoftUpIndexList);
+    void downloadUrls(SoftUpIndexList rows);
+    void downloadReleaseNotes(SoftUpIndexList rows);
     void downloadProgress(int value, int total);
     void downloadError(int httpStatusCode);
-    void installPackage(int itemIndex);
+    void installPackage(int row);
     QList<int> determineForeignLanguageRows(const PackageInfoList &list);
     void downloadFinished();
     void abortDownload();
     void evaluateServerResponse(QNetworkReply *reply);
     void requestTimeout();
     void requestError(const QString &errorText);
-    void queryLastUpdate(int delay = 0);
+    void queryLastUpdate(int msDelay = 0);
     void deleteUpdateDialog();
     void deleteUpdateAvailableDialog();
     void deleteNetworkmanager();
     void deleteProgressDialog();
     void startZipInstall();
     void unzippedMPKGPackage(const QString &unzippedFilePath);
-    void manageUpdateAvailableDialog(SoftUpIndexList indexList);
+    void manageUpdateAvailableDialog(SoftUpIndexList rows);
     void showHideForeignLanguageItems(bool state);
     void setUpdateAvailableNull(QObject *obj = nullptr);
     void setUpdateDialogNull(QObject *obj = nullptr);
     void openSettingsDialogFromUpdateAvailableDialog();
 
 private:
-    SoftwareUpdateSettings currentSettings() const;
-
-    void performUpdateCheck(const QUrl &url);
-    int parseServerResponse(QNetworkReply *reply);
-    void productUpToDate();
-    void showNotification(const QString &text);
-    static QString transformReleaseStatus(bool beta);
-    static QString lastCheckText(const QDateTime &lastCheck);
-
-    void installEXEPackage();
-    void installMPKGPackage();
-    void installZIPPackage();
-    void installMSIPackage();
-    void installDEBPackage();
-    void installRPKPackage();
-    void installTARGZPackage();
-
-    static const QString applicationKind; // the types that candidates get
-    static const QString cameraKind;
-
-    QWidget *parentWidget;
-    QScopedPointer<QNetworkAccessManager, QScopedPointerDeleteLater> networkManager; // exists while a check waits
-    QTimer *requestTimer = nullptr;                                                  // made by the first check
-    QTimer *checkTimer;
-    PackageInfoList packages;                       // what the last check found; row i of the table is package i
-    SoftUpIndexList selectedRows;                   // the row that is being installed
-    SoftwareUpdateDialog *settingsDialog = nullptr; // set until it is destroyed, hidden or not
-    SoftwareUpdateAvailableDialog *availableDialog = nullptr; // likewise
-    QPointer<QProgressDialog> progressDialog;                 // exists while a package downloads
-    QString downloadedFile;
-    QString unpackedFolder; // Deliberate: stays empty, the updater gets an empty new folder
-    Qt::WindowFlags windowFlags;
-    DownloadManager *unpackingManager = nullptr; // exists while an "mpkg" package is unpacked
+    friend class SoftwareUpdateClientPrivate;
+    const std::unique_ptr<SoftwareUpdateClientPrivate> d;
 };
 
 } // namespace qv

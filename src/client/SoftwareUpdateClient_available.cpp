@@ -1,8 +1,11 @@
 // Found packages on show: the table's rows, the buttons and the comment that follow the selection, the rows of foreign
 // languages, links opened in the browser. Called when a check found something, then by the dialog's signals.
-#include "SoftwareUpdateClient.h"
+#include "SoftwareUpdateClient_p.h"
 
 #include "ConnectHelpers.h"
+#include "Kinds.h"
+#include "LogQt.h"
+#include "Offer.h"
 #include "SoftwareUpdateAvailableDialog.h"
 #include "SoftwareUpdateDialog.h"
 
@@ -10,122 +13,78 @@
 #include <QDesktopServices>
 #include <QLocale>
 
+#include <algorithm>
+
 namespace qv {
 
 namespace {
 
-const QString betaStatus = QStringLiteral("BETA");
-const QString releaseNotesLanguage = QStringLiteral("en");
-
-QString joined(const QStringSet &words)
+/// Other schemes would start whatever program the desktop has for them. An empty link is opened too, and does nothing.
+void openInBrowser(const QUrl &url, const char *refusal)
 {
-    return QStringList(words.values()).join(QStringLiteral(", "));
-}
-
-/// Deliberate: the internal name comes first and the public release, unlike in PackageInfo::displayName().
-QString nameAndRelease(const PackageInfo &package)
-{
-    return (package.name.isEmpty() ? package.publicName : package.name) + QLatin1Char(' ')
-        + (package.publicRelease.isEmpty() ? package.release : package.publicRelease)
-        + (package.status == betaStatus ? QStringLiteral(" BETA") : QString());
-}
-
-QString releaseLine(const PackageInfo &package)
-{
-    if (package.releaseDate.isNull())
-        return QString();
-    return QCoreApplication::translate("SoftwareUpdateClient", "Published on %1")
-        .arg(QLocale::system().toString(package.releaseDate.date(), QLocale::LongFormat));
+    static const QStringList schemes { QStringLiteral("http"), QStringLiteral("https"), QStringLiteral("ftp") };
+    if (url.isEmpty() || schemes.contains(url.scheme()))
+        QDesktopServices::openUrl(url);
+    else
+        LogQt::write(Log::Error, QLatin1String(refusal) + url.toString());
 }
 
 } // namespace
 
-QStringList SoftwareUpdateClient::packageRow(const PackageInfo &package)
-{
-    const double megabytes = double(quint64(package.fileSize)) / 1'048'576;
-    return { nameAndRelease(package), QString::number(megabytes, 'f', 1) + QStringLiteral(" MB"), package.suffix,
-             package.type == cameraKind ? joined(package.languages)
-                                        : QCoreApplication::translate("SoftwareUpdateClient", "Multilingual"),
-             joined(package.platforms) };
-}
-
-QString SoftwareUpdateClient::packageComment(const PackageInfo &package)
-{
-    // Escaped: the catalogue's texts are no markup of ours, and the box would fetch what an image tag names.
-    const QString url = package.url.toString().toHtmlEscaped();
-    return QStringLiteral("<b>") + nameAndRelease(package).toHtmlEscaped() + QStringLiteral(", ")
-        + package.type.toHtmlEscaped() + QStringLiteral("</b><br />") + releaseLine(package)
-        + QStringLiteral("<a href=\"") + url + QStringLiteral("\">") + url + QStringLiteral("</a><br />");
-}
-
-SoftUpIndexList SoftwareUpdateClient::foreignLanguageRows(const PackageInfoList &packages, const QString &language)
-{
-    // Deliberate: to English users only what is offered in German too counts as theirs.
-    const QStringSet wanted =
-        language == QLatin1String("en") ? QStringSet { QStringLiteral("de"), language } : QStringSet { language };
-    SoftUpIndexList foreign;
-    bool oneMatches = false;
-    for (int row = 0; row < packages.size(); ++row) {
-        const PackageInfo &package = packages.at(row);
-        if (package.type != cameraKind)
-            continue;
-        if (package.languages.contains(wanted))
-            oneMatches = true;
-        else
-            foreign.append(row);
-    }
-    return oneMatches ? foreign : SoftUpIndexList();
-}
-
 void SoftwareUpdateClient::updateAvailable()
 {
-    if (!availableDialog) {
+    if (!d->availableDialog) {
         // Not a settings dialog that has just been closed: it would take this one with it.
-        QWidget *parent = settingsDialog && !settingsDialog->isHidden() ? settingsDialog : parentWidget;
-        availableDialog = new SoftwareUpdateAvailableDialog(parent, windowFlags);
-        qv::connect(availableDialog, SIGNAL(downloadUrls(SoftUpIndexList)), this, SLOT(downloadUrls(SoftUpIndexList)));
-        qv::connect(availableDialog, SIGNAL(downloadReleaseNotes(SoftUpIndexList)), this,
+        QWidget *parent = d->settingsDialog && !d->settingsDialog->isHidden() ? d->settingsDialog : d->parentWidget;
+        d->availableDialog = new SoftwareUpdateAvailableDialog(parent, d->windowFlags);
+        qv::connect(d->availableDialog, SIGNAL(downloadUrls(SoftUpIndexList)), this,
+                    SLOT(downloadUrls(SoftUpIndexList)));
+        qv::connect(d->availableDialog, SIGNAL(downloadReleaseNotes(SoftUpIndexList)), this,
                     SLOT(downloadReleaseNotes(SoftUpIndexList)));
-        qv::connect(availableDialog, SIGNAL(installPackage(int)), this, SLOT(installPackage(int)));
-        qv::connect(availableDialog, SIGNAL(accepted()), this, SLOT(deleteUpdateAvailableDialog()));
-        qv::connect(availableDialog, SIGNAL(rejected()), this, SLOT(deleteUpdateAvailableDialog()));
-        qv::connect(availableDialog, SIGNAL(currentItemsChangedSig(SoftUpIndexList)), this,
+        qv::connect(d->availableDialog, SIGNAL(installPackage(int)), this, SLOT(installPackage(int)));
+        qv::connect(d->availableDialog, SIGNAL(accepted()), this, SLOT(deleteUpdateAvailableDialog()));
+        qv::connect(d->availableDialog, SIGNAL(rejected()), this, SLOT(deleteUpdateAvailableDialog()));
+        qv::connect(d->availableDialog, SIGNAL(currentItemsChangedSig(SoftUpIndexList)), this,
                     SLOT(manageUpdateAvailableDialog(SoftUpIndexList)));
-        qv::connect(availableDialog, SIGNAL(showAllLanguages(bool)), this, SLOT(showHideForeignLanguageItems(bool)));
-        qv::connect(availableDialog, SIGNAL(destroyed(QObject *)), this, SLOT(setUpdateAvailableNull(QObject *)));
-        qv::connect(availableDialog, SIGNAL(openUpdateSettings()), this,
+        qv::connect(d->availableDialog, SIGNAL(showAllLanguages(bool)), this, SLOT(showHideForeignLanguageItems(bool)));
+        qv::connect(d->availableDialog, SIGNAL(destroyed(QObject *)), this, SLOT(setUpdateAvailableNull(QObject *)));
+        qv::connect(d->availableDialog, SIGNAL(openUpdateSettings()), this,
                     SLOT(openSettingsDialogFromUpdateAvailableDialog()));
     }
     QList<QStringList> rows;
-    for (const PackageInfo &package : std::as_const(packages))
+    for (const PackageInfo &package : std::as_const(d->packages))
         rows << packageRow(package);
-    availableDialog->setTableEntries(rows);
-    availableDialog->setTableHeaders({ QCoreApplication::translate("SoftwareUpdateClient", "Name"),
-                                       QCoreApplication::translate("SoftwareUpdateClient", "File Size"),
-                                       QCoreApplication::translate("SoftwareUpdateClient", "File Type"),
-                                       QCoreApplication::translate("SoftwareUpdateClient", "Languages"),
-                                       QCoreApplication::translate("SoftwareUpdateClient", "Platforms") });
-    availableDialog->show();
-    availableDialog->activateWindow();
+    d->availableDialog->setTableEntries(rows);
+    d->availableDialog->setTableHeaders({ QCoreApplication::translate("SoftwareUpdateClient", "Name"),
+                                          QCoreApplication::translate("SoftwareUpdateClient", "File Size"),
+                                          QCoreApplication::translate("SoftwareUpdateClient", "File Type"),
+                                          QCoreApplication::translate("SoftwareUpdateClient", "Languages"),
+                                          QCoreApplication::translate("SoftwareUpdateClient", "Platforms") });
+    d->availableDialog->show();
+    d->availableDialog->activateWindow();
 }
 
-void SoftwareUpdateClient::manageUpdateAvailableDialog(SoftUpIndexList indexList)
+void SoftwareUpdateClient::manageUpdateAvailableDialog(SoftUpIndexList rows)
 {
-    if (!availableDialog)
+    if (!d->availableDialog)
         return;
-    availableDialog->setInstallButtonState(false);
-    availableDialog->setRealeaseNotesButtonState(false);
-    showHideForeignLanguageItems(availableDialog->getShowAllLanguagesState());
-    availableDialog->setDownloadButtonState(!indexList.isEmpty());
-    if (indexList.size() != 1) {
-        availableDialog->setCommentText(QString());
+    d->availableDialog->setInstallButtonState(false);
+    d->availableDialog->setRealeaseNotesButtonState(false);
+    const SoftUpIndexList selected = d->availableDialog->getCurrentSelectedItems();
+    showHideForeignLanguageItems(d->availableDialog->getShowAllLanguagesState());
+    if (d->availableDialog->getCurrentSelectedItems() != selected)
+        return; // what was hidden is selected no longer, and this has been told anew
+    // A later check may have emptied the list under the table: its rows are of no package then.
+    const bool isStale = !rows.isEmpty() && *std::max_element(rows.cbegin(), rows.cend()) >= d->packages.size();
+    d->availableDialog->setDownloadButtonState(!rows.isEmpty() && !isStale);
+    if (rows.size() != 1 || isStale) {
+        d->availableDialog->setCommentText(QString());
         return;
     }
-    // A background check may have emptied the list under the table: then the row is one of no package.
-    const PackageInfo package = packages.value(indexList.first());
-    availableDialog->setInstallButtonState(currentSettings().installablePackageTypes.contains(package.suffix));
-    availableDialog->setRealeaseNotesButtonState(!package.releaseNotes.value(releaseNotesLanguage).isEmpty());
-    availableDialog->setCommentText(packageComment(package));
+    const PackageInfo package = d->packages.at(rows.first());
+    d->availableDialog->setInstallButtonState(d->currentSettings().installablePackageTypes.contains(package.suffix));
+    d->availableDialog->setRealeaseNotesButtonState(!package.releaseNotes.value(defaultLanguage).isEmpty());
+    d->availableDialog->setCommentText(packageComment(package));
 }
 
 QList<int> SoftwareUpdateClient::determineForeignLanguageRows(const PackageInfoList &list)
@@ -135,32 +94,34 @@ QList<int> SoftwareUpdateClient::determineForeignLanguageRows(const PackageInfoL
 
 void SoftwareUpdateClient::showHideForeignLanguageItems(bool state)
 {
-    if (availableDialog)
-        availableDialog->setHiddenEntries(state ? SoftUpIndexList() : determineForeignLanguageRows(packages));
+    if (d->availableDialog)
+        d->availableDialog->setHiddenEntries(state ? SoftUpIndexList() : determineForeignLanguageRows(d->packages));
 }
 
-void SoftwareUpdateClient::downloadReleaseNotes(SoftUpIndexList indexes)
+void SoftwareUpdateClient::downloadReleaseNotes(SoftUpIndexList rows)
 {
-    QDesktopServices::openUrl(packages.value(indexes.value(0, -1)).releaseNotes.value(releaseNotesLanguage));
+    openInBrowser(d->packages.value(rows.value(0, -1)).releaseNotes.value(defaultLanguage),
+                  "SoftwareUpdateClient::downloadReleaseNotes() -> no address for the browser: ");
 }
 
-void SoftwareUpdateClient::downloadUrls(SoftUpIndexList itemIndexes)
+void SoftwareUpdateClient::downloadUrls(SoftUpIndexList rows)
 {
-    for (const int row : itemIndexes)
-        QDesktopServices::openUrl(packages.value(row).url);
+    for (const int row : rows)
+        openInBrowser(d->packages.value(row).url,
+                      "SoftwareUpdateClient::downloadUrls() -> no address for the browser: ");
 }
 
 void SoftwareUpdateClient::deleteUpdateAvailableDialog()
 {
-    if (!availableDialog)
+    if (!d->availableDialog)
         return;
-    availableDialog->hide();
-    availableDialog->deleteLater();
+    d->availableDialog->hide();
+    d->availableDialog->deleteLater();
 }
 
 void SoftwareUpdateClient::setUpdateAvailableNull(QObject *)
 {
-    availableDialog = nullptr;
+    d->availableDialog = nullptr;
 }
 
 } // namespace qv

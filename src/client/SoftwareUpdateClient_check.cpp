@@ -1,19 +1,17 @@
 // One request to the update server and its outcomes: an error, a timeout, "up to date", or packages for the
 // update-available dialog. Called by the schedule; leaves the packages found, and a word in the settings dialog if
 // open.
-#include "SoftwareUpdateClient.h"
+#include "SoftwareUpdateClient_p.h"
 
-#include "DownloadManager.h"
+#include "CatalogueReader.h"
 #include "LogQt.h"
-#include "PackageIndex.h"
-#include "QtCompat.h"
+#include "Offer.h"
+#include "SoftwareUpdateAvailableDialog.h"
 #include "SoftwareUpdateDialog.h"
 
 #include <QCoreApplication>
 #include <QLocale>
-#include <QNetworkAccessManager>
 #include <QNetworkReply>
-#include <QTimer>
 
 namespace qv {
 
@@ -27,42 +25,45 @@ bool isRedirect(int status)
     return status == 302 || status == 301 || status == 303 || status == 307;
 }
 
+bool isWebAddress(const QUrl &url)
+{
+    return url.scheme() == QLatin1String("http") || url.scheme() == QLatin1String("https");
+}
+
 } // namespace
 
-QString SoftwareUpdateClient::lastCheckText(const QDateTime &lastCheck)
+QString SoftwareUpdateClientPrivate::lastCheckText(const QDateTime &lastCheck)
 {
     return lastCheck.isNull() ? QString() : QLocale::system().toString(lastCheck, QLocale::LongFormat);
 }
 
-QString SoftwareUpdateClient::transformReleaseStatus(bool beta)
+void SoftwareUpdateClientPrivate::performUpdateCheck(const QUrl &url)
 {
-    return beta ? QString() : QStringLiteral("STABLE");
+    announceCheck(url);
+    QNetworkRequest request(url);
+    request.setHeader(QNetworkRequest::ContentTypeHeader, QStringLiteral("text/xml"));
+    request.setRawHeader("Accept-Encoding", "identity"); // what unfolds on arrival could unfold without end
+    request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
+    request.setAttribute(QNetworkRequest::Http2AllowedAttribute, false); // it knows no limit of the buffer
+    if (!networkManager) {
+        networkManager.reset(new QNetworkAccessManager);
+        QObject::connect(networkManager.data(), &QNetworkAccessManager::finished, q,
+                         &SoftwareUpdateClient::evaluateServerResponse);
+    }
+    networkManager->setProxy(q->networkProxy());
+    // An answer that is longer stands still and ends in the timeout.
+    networkManager->get(request)->setReadBufferSize(maxBufferedBytes);
+
+    if (!requestTimer) {
+        requestTimer = new QTimer(q);
+        requestTimer->setTimerType(Qt::PreciseTimer); // a coarse one fires up to 0.75 s too early
+        QObject::connect(requestTimer, &QTimer::timeout, q, &SoftwareUpdateClient::requestTimeout);
+    }
+    requestTimer->setSingleShot(true);
+    requestTimer->start(msRequestTimeout);
 }
 
-PackageInfoList SoftwareUpdateClient::offeredPackages(PackageInfoList catalogue, const QString &applicationName,
-                                                      const SoftwareUpdateSettings &settings, bool beta)
-{
-    const auto filter = [status = transformReleaseStatus(beta)](const QString &name, const VersionNumber &installed,
-                                                                const QStringSet &platforms) {
-        return PackageInfo(QString(), name, installed.toString(), status, QDateTime(), platforms, QStringSet(),
-                           QStringLiteral(""), QStringLiteral(""));
-    };
-
-    PackageInfoList cameraPackages;
-    const PackageIndex index(catalogue);
-    for (const auto &camera : settings.currentCameraVersions)
-        cameraPackages += DownloadManager::findPackageCandidates(
-            catalogue, index, filter(QString(), camera.second, { camera.first }), cameraKind, QStringList());
-    DownloadManager::eliminateDuplicatePackages(cameraPackages);
-
-    // Deliberate: the application's name counts, not the stored product.
-    return DownloadManager::findPackageCandidates(
-               catalogue, filter(applicationName, settings.versionNumber, toSet(settings.supportedPlatforms)),
-               applicationKind, settings.supportedPackageTypes)
-        + cameraPackages;
-}
-
-void SoftwareUpdateClient::performUpdateCheck(const QUrl &url)
+void SoftwareUpdateClientPrivate::announceCheck(const QUrl &url)
 {
     if (settingsDialog) {
         settingsDialog->enableProgress();
@@ -72,61 +73,37 @@ void SoftwareUpdateClient::performUpdateCheck(const QUrl &url)
         settingsDialog->setDialogSettings(shown);
     }
     LogQt::write(Log::Progress, QStringLiteral("SoftwareUpdateClient::performUpdateCheck() -> ") + url.toString());
-
-    QNetworkRequest request(url);
-    request.setHeader(QNetworkRequest::ContentTypeHeader, QStringLiteral("text/xml"));
-    request.setRawHeader("Accept-Encoding", "identity"); // what unfolds on arrival could unfold without end
-    request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
-    if (!networkManager) {
-        networkManager.reset(new QNetworkAccessManager);
-        connect(networkManager.data(), &QNetworkAccessManager::finished, this,
-                &SoftwareUpdateClient::evaluateServerResponse);
-    }
-    networkManager->setProxy(networkProxy());
-    // An answer that is longer stands still and ends in the timeout.
-    networkManager->get(request)->setReadBufferSize(maxBufferedBytes);
-
-    if (!requestTimer) {
-        requestTimer = new QTimer(this);
-        connect(requestTimer, &QTimer::timeout, this, &SoftwareUpdateClient::requestTimeout);
-    }
-    requestTimer->setSingleShot(true);
-    requestTimer->start(msRequestTimeout);
 }
 
 void SoftwareUpdateClient::evaluateServerResponse(QNetworkReply *reply)
 {
-    requestTimer->stop();
+    if (d->requestTimer)
+        d->requestTimer->stop();
     deleteNetworkmanager();
+    if (!reply)
+        return;
     if (isRedirect(reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt())) {
         const QUrl target = reply->attribute(QNetworkRequest::RedirectionTargetAttribute).toUrl();
         if (!target.isEmpty()) {
-            LogQt::write(Log::Progress,
-                         QStringLiteral("SoftwareUpdateClient::evaluateServerResponse() -> redirect url ")
-                             + target.toString());
-            // Deliberate: the target as it stands, a relative one is not resolved.
-            performUpdateCheck(target);
+            d->followRedirect(target);
             return;
         }
         LogQt::write(Log::Progress,
                      QStringLiteral("SoftwareUpdateClient::evaluateServerResponse() -> could not obtain "
                                     "redirect url from server response"));
     }
-    if (settingsDialog)
-        settingsDialog->disbaleProgress();
+    if (d->settingsDialog)
+        d->settingsDialog->disbaleProgress();
     if (reply->error() != QNetworkReply::NoError) {
-        requestError(reply->errorString());
-        LogQt::write(Log::Progress,
-                     QStringLiteral("SoftwareUpdateClient::evaluateServerResponse() -> reply->errorString(): ")
-                         + reply->errorString());
+        d->failCheck(reply->errorString());
         return;
     }
-    if (parseServerResponse(reply) == 1)
+    if (d->parseServerResponse(reply) == 1)
         return;
-    if (packages.isEmpty()) {
+    if (d->packages.isEmpty()) {
         LogQt::write(Log::Progress,
                      QStringLiteral("SoftwareUpdateClient::evaluateServerResponse() -> product is up-to-date "));
-        productUpToDate();
+        d->productUpToDate();
     } else {
         LogQt::write(Log::Progress,
                      QStringLiteral("SoftwareUpdateClient::evaluateServerResponse() -> update available"));
@@ -134,23 +111,57 @@ void SoftwareUpdateClient::evaluateServerResponse(QNetworkReply *reply)
     }
 }
 
-int SoftwareUpdateClient::parseServerResponse(QNetworkReply *reply)
+/// Deliberate: the target as it stands, a relative one is not resolved. But no server leads to a file or a device: an
+/// address that is none of the web's ends as Qt ends those it does not know.
+void SoftwareUpdateClientPrivate::followRedirect(const QUrl &target)
 {
-    packages = DownloadManager::parseXML(reply);
+    LogQt::write(Log::Progress,
+                 QStringLiteral("SoftwareUpdateClient::evaluateServerResponse() -> redirect url ") + target.toString());
+    if (isWebAddress(target)) {
+        performUpdateCheck(target);
+        return;
+    }
+    announceCheck(target);
+    if (settingsDialog)
+        settingsDialog->disbaleProgress();
+    failCheck(QCoreApplication::translate("QNetworkReply", "Protocol \"%1\" is unknown").arg(target.scheme()));
+}
+
+void SoftwareUpdateClientPrivate::failCheck(const QString &errorText)
+{
+    q->requestError(errorText);
+    LogQt::write(Log::Progress,
+                 QStringLiteral("SoftwareUpdateClient::evaluateServerResponse() -> reply->errorString(): ")
+                     + errorText);
+}
+
+int SoftwareUpdateClientPrivate::parseServerResponse(QNetworkReply *reply)
+{
+    packages = readCatalogue(reply);
     if (packages.isEmpty()) {
         LogQt::write(Log::Error, QStringLiteral("SoftwareUpdateClient::parseServerResponse() -> no update available"));
         showNotification(QCoreApplication::translate("SoftwareUpdateClient", "No update available!"));
+        offerNothing();
         return 1;
     }
     const SoftwareUpdateSettings settings = currentSettings();
     const bool beta = settingsDialog ? settingsDialog->getDialogSettings().checkForBeta : settings.checkForBeta;
     packages = offeredPackages(std::move(packages), QCoreApplication::applicationName(), settings, beta);
+    if (packages.isEmpty())
+        offerNothing();
     return 0;
+}
+
+/// A table that is still open shows packages that are no longer there.
+void SoftwareUpdateClientPrivate::offerNothing()
+{
+    if (availableDialog)
+        q->manageUpdateAvailableDialog(availableDialog->getCurrentSelectedItems());
 }
 
 void SoftwareUpdateClient::requestError(const QString &errorText)
 {
-    showNotification(errorText);
+    d->showNotification(errorText);
     deleteNetworkmanager();
     // Deliberate: the words of the timeout.
     LogQt::write(Log::Error,
@@ -160,24 +171,25 @@ void SoftwareUpdateClient::requestError(const QString &errorText)
 
 void SoftwareUpdateClient::requestTimeout()
 {
-    if (settingsDialog)
-        settingsDialog->disbaleProgress();
-    showNotification(QCoreApplication::translate("SoftwareUpdateClient", "Timeout error! Update server unreachable!"));
+    if (d->settingsDialog)
+        d->settingsDialog->disbaleProgress();
+    d->showNotification(
+        QCoreApplication::translate("SoftwareUpdateClient", "Timeout error! Update server unreachable!"));
     deleteNetworkmanager();
     LogQt::write(Log::Error,
                  QStringLiteral("SoftwareUpdateClient::requestTimeout() -> Timeout occurred requesting "
                                 "update server!"));
 }
 
-void SoftwareUpdateClient::productUpToDate()
+void SoftwareUpdateClientPrivate::productUpToDate()
 {
     showNotification(
         QCoreApplication::translate("SoftwareUpdateClient", "Congratulations! Your product is up-to-date!"));
-    deleteNetworkmanager();
+    q->deleteNetworkmanager();
     LogQt::write(Log::Progress, QStringLiteral("SoftwareUpdateClient::productUpToDate() -> product is up to date!"));
 }
 
-void SoftwareUpdateClient::showNotification(const QString &text)
+void SoftwareUpdateClientPrivate::showNotification(const QString &text)
 {
     if (settingsDialog)
         settingsDialog->setNotificationText(text);
@@ -185,11 +197,11 @@ void SoftwareUpdateClient::showNotification(const QString &text)
 
 void SoftwareUpdateClient::deleteNetworkmanager()
 {
-    if (!networkManager)
+    if (!d->networkManager)
         return;
     // It lives until the event loop comes round: what still arrives there is nobody's concern.
-    networkManager->disconnect(this);
-    networkManager.reset();
+    d->networkManager->disconnect(this);
+    d->networkManager.reset();
 }
 
 } // namespace qv

@@ -1,11 +1,12 @@
 // From the Install button to the new version: confirmed, downloaded, then one routine for each package type. Called by
 // the update-available dialog and by the download manager's signals; leaves the host running, or its updater.
-#include "SoftwareUpdateClient.h"
+#include "SoftwareUpdateClient_p.h"
 
 #include "ConnectHelpers.h"
 #include "DialogFlags.h"
 #include "DownloadManager.h"
 #include "FileUtils.h"
+#include "Kinds.h"
 #include "LogQt.h"
 #include "SoftwareUpdateAvailableDialog.h"
 
@@ -15,9 +16,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QMessageBox>
-#include <QPointer>
 #include <QProcess>
-#include <QProgressDialog>
 #include <QPushButton>
 
 namespace qv {
@@ -61,9 +60,9 @@ void logFailure(const QString &line)
 
 } // namespace
 
-void SoftwareUpdateClient::installPackage(int itemIndex)
+void SoftwareUpdateClient::installPackage(int row)
 {
-    selectedRows = { itemIndex };
+    d->selectedRows = { row };
     const QPointer<SoftwareUpdateClient> self(this);
     const bool accepted = isAccepted(
         QCoreApplication::translate("SoftwareUpdateClient", "Install Package"),
@@ -71,8 +70,8 @@ void SoftwareUpdateClient::installPackage(int itemIndex)
             "SoftwareUpdateClient",
             "After downloading the package, the installer will automatically exit and restart your application!"),
         QCoreApplication::translate("SoftwareUpdateClient", "Cancel Install"),
-        QCoreApplication::translate("SoftwareUpdateClient", "Proceed"), availableDialog,
-        sheetDialogFlags(availableDialog));
+        QCoreApplication::translate("SoftwareUpdateClient", "Proceed"), d->availableDialog,
+        sheetDialogFlags(d->availableDialog));
     if (!self)
         return;
     if (!accepted) {
@@ -80,7 +79,7 @@ void SoftwareUpdateClient::installPackage(int itemIndex)
         return;
     }
 
-    const PackageInfo package = packages.value(itemIndex);
+    const PackageInfo package = d->packages.value(row);
     const QNetworkProxy proxy = networkProxy();
     const HttpHost host(HttpAccess(), HttpAccess(proxy.hostName(), proxy.port(), QString(), QString()), QString());
     // Deliberate: nobody keeps or frees the manager.
@@ -89,112 +88,143 @@ void SoftwareUpdateClient::installPackage(int itemIndex)
     const QString link = package.url.toString();
     const QString folder = FileUtils::createTempDir();
     // Without a folder there is no file to open either, and the download ends as a failure.
-    downloadedFile = folder.isEmpty() ? QString() : folder + QLatin1Char('/') + link.section(QLatin1Char('/'), -1);
-    logProgress(QStringLiteral("SoftwareUpdateClient::downloadPackage() -> %1 to %2").arg(link, downloadedFile));
+    const QString file = folder.isEmpty() ? QString() : folder + QLatin1Char('/') + link.section(QLatin1Char('/'), -1);
+    logProgress(QStringLiteral("SoftwareUpdateClient::downloadPackage() -> %1 to %2").arg(link, file));
 
     // Deliberate: a second download beside the first goes on unheard.
-    if (!progressDialog) {
-        progressDialog = new QProgressDialog(availableDialog, windowFlags);
-        progressDialog->setLabelText(
+    if (!d->progressDialog) {
+        d->progressDialog = new QProgressDialog(d->availableDialog, d->windowFlags);
+        d->lastDownload = { package, file, d->progressDialog };
+        d->downloads.insert(manager, d->lastDownload);
+        d->progressDialog->setLabelText(
             QCoreApplication::translate("SoftwareUpdateClient", "Downloading package to temporary folder..."));
         qv::connect(manager, SIGNAL(downloadProgress(int, int)), this, SLOT(downloadProgress(int, int)));
         qv::connect(manager, SIGNAL(downloadFailure(int)), this, SLOT(downloadError(int)));
         qv::connect(manager, SIGNAL(downloadSuccess()), this, SLOT(downloadFinished()));
-        qv::connect(progressDialog, SIGNAL(canceled()), manager, SLOT(abortDownload()));
+        qv::connect(d->progressDialog, SIGNAL(canceled()), manager, SLOT(abortDownload()));
         qv::connect(manager, SIGNAL(downloadAborted()), this, SLOT(abortDownload()));
     }
-    manager->startDownload(package, downloadedFile);
+    manager->startDownload(package, file);
+}
+
+/// What @p manager was to fetch. Where a slot is called by name, without a manager: what was begun last.
+SoftwareUpdateClientPrivate::Download SoftwareUpdateClientPrivate::downloadOf(const QObject *manager) const
+{
+    return downloads.value(manager, lastDownload);
+}
+
+SoftwareUpdateClientPrivate::Download SoftwareUpdateClientPrivate::takeDownload(const QObject *manager)
+{
+    const Download download = downloadOf(manager);
+    downloads.remove(manager);
+    return download;
+}
+
+/// A download whose dialog went with the table goes on; the dialog of a later one is none of its business.
+void SoftwareUpdateClientPrivate::closeProgress(const Download &download)
+{
+    if (download.dialog == progressDialog)
+        q->deleteProgressDialog();
 }
 
 void SoftwareUpdateClient::downloadProgress(int value, int total)
 {
-    if (progressDialog)
-        progressDialog->setRange(0, total);
-    if (progressDialog)
-        progressDialog->setValue(value);
+    if (d->downloadOf(sender()).dialog != d->progressDialog)
+        return;
+    if (d->progressDialog)
+        d->progressDialog->setRange(0, total);
+    if (d->progressDialog)
+        d->progressDialog->setValue(value);
 }
 
 void SoftwareUpdateClient::downloadFinished()
 {
-    deleteProgressDialog();
-    if (availableDialog)
-        deleteUpdateAvailableDialog();
+    using P = SoftwareUpdateClientPrivate;
+    static const struct
+    {
+        const QString &suffix;
+        void (P::*install)(const P::Download &download);
+    } routines[] = {
+        { Suffix::exe, &P::installEXEPackage },     { Suffix::mpkg, &P::installMPKGPackage },
+        { Suffix::zip, &P::installZIPPackage },     { Suffix::msi, &P::installMSIPackage },
+        { Suffix::deb, &P::installDEBPackage },     { Suffix::rpk, &P::installRPKPackage },
+        { Suffix::tarGz, &P::installTARGZPackage },
+    };
 
-    // A later check may have left a shorter list.
-    const QString suffix = packages.value(selectedRows.value(0)).suffix;
-    if (suffix == QLatin1String("exe")) {
-        installEXEPackage();
-    } else if (suffix == QLatin1String("mpkg")) {
-        installMPKGPackage();
-    } else if (suffix == QLatin1String("zip")) {
-        installZIPPackage();
-    } else if (suffix == QLatin1String("msi")) {
-        installMSIPackage();
-    } else if (suffix == QLatin1String("deb")) {
-        installDEBPackage();
-    } else if (suffix == QLatin1String("rpk")) {
-        installRPKPackage();
-    } else if (suffix == QLatin1String("tar.gz")) {
-        installTARGZPackage();
-    } else {
-        const QPointer<SoftwareUpdateClient> self(this);
-        showFailure(
-            QCoreApplication::translate("SoftwareUpdateClient", "Download Error"),
-            QCoreApplication::translate("SoftwareUpdateClient", "Unknown package type! Installation cannot proceed!"),
-            parentWidget, windowFlags);
-        if (self)
-            abortDownload();
+    const P::Download download = d->takeDownload(sender());
+    d->closeProgress(download);
+    if (d->availableDialog)
+        deleteUpdateAvailableDialog();
+    for (const auto &routine : routines) {
+        if (routine.suffix == download.package.suffix)
+            return (d.get()->*routine.install)(download);
     }
+    d->failDownload(
+        download,
+        QCoreApplication::translate("SoftwareUpdateClient", "Unknown package type! Installation cannot proceed!"));
 }
 
 void SoftwareUpdateClient::downloadError(int httpStatusCode)
 {
-    const QPointer<SoftwareUpdateClient> self(this);
-    showFailure(QCoreApplication::translate("SoftwareUpdateClient", "Download Error"),
-                QCoreApplication::translate("SoftwareUpdateClient", "Error downloading! Http status code %1")
-                    .arg(httpStatusCode),
-                parentWidget, windowFlags);
+    d->failDownload(d->takeDownload(sender()),
+                    QCoreApplication::translate("SoftwareUpdateClient", "Error downloading! Http status code %1")
+                        .arg(httpStatusCode));
+}
+
+void SoftwareUpdateClientPrivate::failDownload(const Download &download, const QString &text)
+{
+    closeProgress(download); // it would come up beside the box
+    const QPointer<SoftwareUpdateClient> self(q);
+    showFailure(QCoreApplication::translate("SoftwareUpdateClient", "Download Error"), text, parentWidget, windowFlags);
     if (self)
-        abortDownload();
+        discard(download);
 }
 
 void SoftwareUpdateClient::abortDownload()
 {
-    deleteProgressDialog();
-    if (!FileUtils::erase(downloadedFile)) {
+    d->discard(d->takeDownload(sender()));
+}
+
+/// Removes the file, and the folder that was made for it alone.
+void SoftwareUpdateClientPrivate::discard(const Download &download)
+{
+    closeProgress(download);
+    if (!FileUtils::erase(download.file)) {
         logFailure(QStringLiteral("SoftwareUpdateClient::abortDownload() -> could not remove downloaded files: ")
-                   + downloadedFile);
+                   + download.file);
     }
+    if (!download.file.isEmpty())
+        QDir().rmdir(QFileInfo(download.file).path());
 }
 
 void SoftwareUpdateClient::deleteProgressDialog()
 {
-    if (!progressDialog)
+    if (!d->progressDialog)
         return;
-    progressDialog->hide();
-    progressDialog->deleteLater();
-    progressDialog = nullptr;
+    d->progressDialog->hide();
+    d->progressDialog->deleteLater();
+    d->progressDialog = nullptr;
 }
 
-void SoftwareUpdateClient::installEXEPackage()
+void SoftwareUpdateClientPrivate::installEXEPackage(const Download &download)
 {
-    QFile::setPermissions(downloadedFile, QFile::permissions(downloadedFile) | QFileDevice::ExeOwner);
-    QProcess::startDetached(downloadedFile, QStringList());
+    QFile::setPermissions(download.file, QFile::permissions(download.file) | QFileDevice::ExeOwner);
+    QProcess::startDetached(download.file, QStringList());
 }
 
-void SoftwareUpdateClient::installMPKGPackage()
+void SoftwareUpdateClientPrivate::installMPKGPackage(const Download &download)
 {
     if (!unpackingManager)
         unpackingManager = new DownloadManager;
-    unpackingManager->unzipPackage(downloadedFile);
-    qv::connect(unpackingManager, SIGNAL(unzippingDone(QString)), this, SLOT(unzippedMPKGPackage(QString)));
+    unpackingManager->unzipPackage(download.file);
+    qv::connect(unpackingManager, SIGNAL(unzippingDone(QString)), q, SLOT(unzippedMPKGPackage(QString)));
 }
 
 void SoftwareUpdateClient::unzippedMPKGPackage(const QString &unzippedFilePath)
 {
-    if (unpackingManager) {
-        unpackingManager->deleteLater();
-        unpackingManager = nullptr;
+    if (d->unpackingManager) {
+        d->unpackingManager->deleteLater();
+        d->unpackingManager = nullptr;
     }
     logProgress(QStringLiteral("SoftwareUpdateClient::unzippedMPKGPackage() -> unzipped succesfully to ")
                 + unzippedFilePath);
@@ -209,15 +239,15 @@ void SoftwareUpdateClient::unzippedMPKGPackage(const QString &unzippedFilePath)
     }
 }
 
-void SoftwareUpdateClient::installZIPPackage()
+void SoftwareUpdateClientPrivate::installZIPPackage(const Download &download)
 {
     // Deliberate: nobody hears where the archive is unpacked to, nobody waits for it, and nobody frees the manager.
     auto *manager = new DownloadManager;
-    manager->unzipPackage(downloadedFile);
+    manager->unzipPackage(download.file);
     logProgress(QStringLiteral("SoftwareUpdateClient::installZipPackage() -> unzipping %1 to %2")
-                    .arg(downloadedFile, unpackedFolder));
+                    .arg(download.file, unpackedFolder));
 
-    const QPointer<SoftwareUpdateClient> self(this);
+    const QPointer<SoftwareUpdateClient> self(q);
     const bool accepted =
         isAccepted(QCoreApplication::translate("SoftwareUpdateClient", "Restart required"),
                    QCoreApplication::translate("SoftwareUpdateClient",
@@ -225,7 +255,7 @@ void SoftwareUpdateClient::installZIPPackage()
                    QCoreApplication::translate("SoftwareUpdateClient", "Restart later"),
                    QCoreApplication::translate("SoftwareUpdateClient", "Restart now"), parentWidget, windowFlags);
     if (accepted && self)
-        startZipInstall();
+        q->startZipInstall();
 }
 
 void SoftwareUpdateClient::startZipInstall()
@@ -239,11 +269,11 @@ void SoftwareUpdateClient::startZipInstall()
         const QString updater = folder.absolutePath() + QLatin1Char('/') + updaterName;
         logProgress(QStringLiteral("SoftwareUpdateClient::startInstallZip() -> starting zip installation application ")
                     + updater + QStringLiteral(" -> removing ") + applicationFolder + QStringLiteral(", renaming ")
-                    + unpackedFolder + QStringLiteral("  to ") + applicationFolder + QStringLiteral(" and restarting ")
-                    + application);
+                    + d->unpackedFolder + QStringLiteral("  to ") + applicationFolder
+                    + QStringLiteral(" and restarting ") + application);
         // Deliberate: an updater that is there already is used, however old.
         if (QFile::exists(updater) || QFile::copy(updaterSource.filePath(), updater)) {
-            DownloadManager::startUpdate(updater, applicationFolder, unpackedFolder,
+            DownloadManager::startUpdate(updater, applicationFolder, d->unpackedFolder,
                                          application.section(QLatin1Char('/'), -1));
             return;
         }
@@ -256,29 +286,29 @@ void SoftwareUpdateClient::startZipInstall()
     showFailure(QCoreApplication::translate("SoftwareUpdateClient", "Installation failed"),
                 QCoreApplication::translate("SoftwareUpdateClient",
                                             "Installation process failed. If problem persists try manual install."),
-                parentWidget, windowFlags);
+                d->parentWidget, d->windowFlags);
 }
 
 // Deliberate: the routines of the types below only tell that they were reached.
 
-void SoftwareUpdateClient::installMSIPackage()
+void SoftwareUpdateClientPrivate::installMSIPackage(const Download &download)
 {
-    logProgress(QStringLiteral("SoftwareUpdateClient::installMSIPackage() -> trying to run ") + downloadedFile);
+    logProgress(QStringLiteral("SoftwareUpdateClient::installMSIPackage() -> trying to run ") + download.file);
 }
 
-void SoftwareUpdateClient::installDEBPackage()
+void SoftwareUpdateClientPrivate::installDEBPackage(const Download &download)
 {
-    logProgress(QStringLiteral("SoftwareUpdateClient::installDEBPackage() -> trying to run ") + downloadedFile);
+    logProgress(QStringLiteral("SoftwareUpdateClient::installDEBPackage() -> trying to run ") + download.file);
 }
 
-void SoftwareUpdateClient::installRPKPackage()
+void SoftwareUpdateClientPrivate::installRPKPackage(const Download &download)
 {
-    logProgress(QStringLiteral("SoftwareUpdateClient::installRPKPackage() -> trying to run ") + downloadedFile);
+    logProgress(QStringLiteral("SoftwareUpdateClient::installRPKPackage() -> trying to run ") + download.file);
 }
 
-void SoftwareUpdateClient::installTARGZPackage()
+void SoftwareUpdateClientPrivate::installTARGZPackage(const Download &download)
 {
-    logProgress(QStringLiteral("SoftwareUpdateClient::installTARGZPackage() -> trying to run ") + downloadedFile);
+    logProgress(QStringLiteral("SoftwareUpdateClient::installTARGZPackage() -> trying to run ") + download.file);
 }
 
 } // namespace qv

@@ -1,26 +1,12 @@
 // The settings store, key by key. Called at every use of a setting: nothing is kept between two calls, the store is the
 // one truth that client, dialogs and host share.
-#include "SoftwareUpdateClient.h"
+#include "SoftwareUpdateClient_p.h"
 
 #include <QCoreApplication>
 
 namespace qv {
 
 namespace {
-
-const QString productKey = QStringLiteral("product");
-const QString versionNumberKey = QStringLiteral("versionNumber");
-[[maybe_unused]] const QString subVersionKey = QStringLiteral("subVersion"); // reserved, as is the next
-[[maybe_unused]] const QString quietModeKey = QStringLiteral("quietMode");
-const QString serverUrlKey = QStringLiteral("serverURL");
-const QString doUpdateCheckKey = QStringLiteral("doUpdateCheck");
-const QString checkForBetaKey = QStringLiteral("checkForBeta");
-const QString updateIntervalKey = QStringLiteral("updateInterval");
-const QString lastCheckKey = QStringLiteral("lastCheck");
-const QString supportedPlatformsKey = QStringLiteral("supportedPlatforms");
-const QString supportedPackageTypesKey = QStringLiteral("supportedPackageTypes");
-const QString installablePackageTypesKey = QStringLiteral("installablePackageTypes");
-const QString currentCameraVersionsKey = QStringLiteral("currentCameraVersions");
 
 QSettings store()
 {
@@ -34,11 +20,6 @@ QSettings store()
 bool boolOf(const QVariant &value, bool whenAbsent)
 {
     return value.toString().isEmpty() ? whenAbsent : value.toBool();
-}
-
-VersionNumber versionOf(const QString &text)
-{
-    return VersionNumber(text.toLatin1().toStdString());
 }
 
 /// The text of a list. One that a person wrote into the file without quotes arrives as a list already.
@@ -59,7 +40,7 @@ SoftUpCurrentCameraVersions camerasOf(const QVariant &value)
         const auto section = [&camera](int index) {
             return camera.section(QLatin1Char(':'), index, index, QString::SectionSkipEmpty);
         };
-        cameras.append({ section(0), versionOf(section(1)) });
+        cameras.append({ section(0), VersionNumber::fromText(section(1)) });
     }
     return cameras;
 }
@@ -84,71 +65,57 @@ void SoftwareUpdateClient::getCurrentSettings(SoftwareUpdateSettings *settings) 
 {
     const QSettings stored = store();
     *settings = SoftwareUpdateSettings();
-    settings->doUpdateCheck = boolOf(stored.value(doUpdateCheckKey), true);
-    settings->checkForBeta = boolOf(stored.value(checkForBetaKey), false);
-    settings->updateInterval = stored.value(updateIntervalKey).toInt();
-    settings->serverURL = stored.value(serverUrlKey).toString();
-    settings->versionNumber = versionOf(stored.value(versionNumberKey, QStringLiteral("0")).toString());
-    settings->product = stored.value(productKey).toString();
-    settings->lastCheck = stored.value(lastCheckKey).toDateTime();
-    settings->supportedPlatforms = listOf(stored.value(supportedPlatformsKey));
-    settings->supportedPackageTypes = listOf(stored.value(supportedPackageTypesKey));
-    settings->installablePackageTypes = listOf(stored.value(installablePackageTypesKey));
-    settings->currentCameraVersions = camerasOf(stored.value(currentCameraVersionsKey));
+    settings->doUpdateCheck = boolOf(stored.value(Key::doUpdateCheck), true);
+    settings->checkForBeta = boolOf(stored.value(Key::checkForBeta), false);
+    settings->updateInterval = stored.value(Key::updateInterval).toInt();
+    settings->serverURL = stored.value(Key::serverURL).toString();
+    settings->versionNumber = VersionNumber::fromText(stored.value(Key::versionNumber, QStringLiteral("0")).toString());
+    settings->product = stored.value(Key::product).toString();
+    settings->lastCheck = stored.value(Key::lastCheck).toDateTime();
+    settings->supportedPlatforms = listOf(stored.value(Key::supportedPlatforms));
+    settings->supportedPackageTypes = listOf(stored.value(Key::supportedPackageTypes));
+    settings->installablePackageTypes = listOf(stored.value(Key::installablePackageTypes));
+    settings->currentCameraVersions = camerasOf(stored.value(Key::currentCameraVersions));
 }
 
 void SoftwareUpdateClient::setCurrentSettings(const SoftwareUpdateSettings *settings)
 {
     QSettings stored = store();
-    stored.setValue(doUpdateCheckKey, settings->doUpdateCheck);
-    stored.setValue(checkForBetaKey, settings->checkForBeta);
-    stored.setValue(updateIntervalKey, settings->updateInterval);
+    stored.setValue(Key::doUpdateCheck, settings->doUpdateCheck);
+    stored.setValue(Key::checkForBeta, settings->checkForBeta);
+    stored.setValue(Key::updateInterval, settings->updateInterval);
     if (!settings->serverURL.isNull())
-        stored.setValue(serverUrlKey, settings->serverURL);
+        stored.setValue(Key::serverURL, settings->serverURL);
     if (settings->versionNumber != VersionNumber())
-        stored.setValue(versionNumberKey, settings->versionNumber.toString());
+        stored.setValue(Key::versionNumber, settings->versionNumber.toString());
     if (!settings->product.isNull())
-        stored.setValue(productKey, settings->product);
+        stored.setValue(Key::product, settings->product);
     if (!settings->lastCheck.isNull())
-        stored.setValue(lastCheckKey, settings->lastCheck);
-    writeList(stored, supportedPlatformsKey, settings->supportedPlatforms);
-    writeList(stored, supportedPackageTypesKey, settings->supportedPackageTypes);
-    writeList(stored, installablePackageTypesKey, settings->installablePackageTypes);
+        stored.setValue(Key::lastCheck, settings->lastCheck);
+    writeList(stored, Key::supportedPlatforms, settings->supportedPlatforms);
+    writeList(stored, Key::supportedPackageTypes, settings->supportedPackageTypes);
+    writeList(stored, Key::installablePackageTypes, settings->installablePackageTypes);
     if (!settings->currentCameraVersions.isEmpty())
-        stored.setValue(currentCameraVersionsKey, textOf(settings->currentCameraVersions));
+        stored.setValue(Key::currentCameraVersions, textOf(settings->currentCameraVersions));
 }
 
-SoftwareUpdateSettings SoftwareUpdateClient::currentSettings() const
+SoftwareUpdateSettings SoftwareUpdateClientPrivate::currentSettings() const
 {
     SoftwareUpdateSettings settings;
-    getCurrentSettings(&settings);
+    q->getCurrentSettings(&settings);
     return settings;
-}
-
-void SoftwareUpdateClient::applyDialogSettings(const SoftwareUpdateDialogSettings &dialogSettings)
-{
-    SoftwareUpdateSettings settings = currentSettings();
-    settings.doUpdateCheck = dialogSettings.doUpdateCheck;
-    settings.updateInterval = dialogSettings.updateInterval;
-    settings.checkForBeta = dialogSettings.checkForBeta;
-    settings.serverURL = dialogSettings.serverURL;
-    setCurrentSettings(&settings);
-    if (dialogSettings.doUpdateCheck)
-        enableSoftwareUpdate();
-    else
-        disableSoftwareUpdate();
 }
 
 void SoftwareUpdateClient::setVersionNumber(const VersionNumber &version)
 {
-    SoftwareUpdateSettings settings = currentSettings();
+    SoftwareUpdateSettings settings = d->currentSettings();
     settings.versionNumber = version;
     setCurrentSettings(&settings);
 }
 
 void SoftwareUpdateClient::setCurrentCameraVersions(const SoftUpCurrentCameraVersions &cameraVersions)
 {
-    SoftwareUpdateSettings settings = currentSettings();
+    SoftwareUpdateSettings settings = d->currentSettings();
     settings.currentCameraVersions = cameraVersions;
     setCurrentSettings(&settings);
 }

@@ -1,0 +1,97 @@
+#pragma once
+
+// Not installed: the inside of SoftwareUpdateClient.
+
+#include "SoftwareUpdateClient.h"
+
+#include <QHash>
+#include <QNetworkAccessManager>
+#include <QPointer>
+#include <QProgressDialog>
+#include <QScopedPointer>
+#include <QTimer>
+
+namespace qv {
+
+class DownloadManager;
+class SoftwareUpdateAvailableDialog;
+class SoftwareUpdateDialog;
+
+/// The keys of the settings store.
+namespace Key {
+inline const QString product = QStringLiteral("product");
+inline const QString versionNumber = QStringLiteral("versionNumber");
+inline const QString subVersion = QStringLiteral("subVersion"); // reserved, as is the next
+inline const QString quietMode = QStringLiteral("quietMode");
+inline const QString serverURL = QStringLiteral("serverURL");
+inline const QString doUpdateCheck = QStringLiteral("doUpdateCheck");
+inline const QString checkForBeta = QStringLiteral("checkForBeta");
+inline const QString updateInterval = QStringLiteral("updateInterval");
+inline const QString lastCheck = QStringLiteral("lastCheck");
+inline const QString supportedPlatforms = QStringLiteral("supportedPlatforms");
+inline const QString supportedPackageTypes = QStringLiteral("supportedPackageTypes");
+inline const QString installablePackageTypes = QStringLiteral("installablePackageTypes");
+inline const QString currentCameraVersions = QStringLiteral("currentCameraVersions");
+} // namespace Key
+
+class SoftwareUpdateClientPrivate
+{
+public:
+    /// One package on its way to the disk.
+    struct Download
+    {
+        PackageInfo package;
+        QString file;
+        QPointer<QProgressDialog> dialog;
+    };
+
+    explicit SoftwareUpdateClientPrivate(SoftwareUpdateClient *client);
+
+    SoftwareUpdateSettings currentSettings() const;
+
+    static QString lastCheckText(const QDateTime &lastCheck);
+    void passTableOn();
+
+    void check(SoftwareUpdateSettings settings);
+    void checkLater(const SoftwareUpdateSettings &settings, int msDelay);
+
+    void performUpdateCheck(const QUrl &url);
+    void announceCheck(const QUrl &url);
+    void followRedirect(const QUrl &target);
+    void failCheck(const QString &errorText);
+    int parseServerResponse(QNetworkReply *reply);
+    void productUpToDate();
+    void showNotification(const QString &text);
+    void offerNothing();
+
+    Download downloadOf(const QObject *manager) const;
+    Download takeDownload(const QObject *manager);
+    void closeProgress(const Download &download);
+    void failDownload(const Download &download, const QString &text);
+    void discard(const Download &download);
+    void installEXEPackage(const Download &download);
+    void installMPKGPackage(const Download &download);
+    void installZIPPackage(const Download &download);
+    void installMSIPackage(const Download &download);
+    void installDEBPackage(const Download &download);
+    void installRPKPackage(const Download &download);
+    void installTARGZPackage(const Download &download);
+
+    SoftwareUpdateClient *const q;
+    QPointer<QWidget> parentWidget;
+    QScopedPointer<QNetworkAccessManager, QScopedPointerDeleteLater> networkManager; // exists while a check waits
+    QTimer *requestTimer = nullptr;                                                  // made by the first check
+    QTimer *const checkTimer;
+    PackageInfoList packages;                       // what the last check found; row i of the table is package i
+    SoftUpIndexList selectedRows;                   // the row that is being installed
+    SoftwareUpdateDialog *settingsDialog = nullptr; // set until it is destroyed, hidden or not
+    SoftwareUpdateAvailableDialog *availableDialog = nullptr; // likewise
+    QPointer<QProgressDialog> progressDialog;                 // exists while a package downloads
+    QHash<const QObject *, Download> downloads;               // that are heard of, by their managers
+    Download lastDownload;
+    QString unpackedFolder; // Deliberate: stays empty, the updater gets an empty new folder
+    Qt::WindowFlags windowFlags;
+    DownloadManager *unpackingManager = nullptr; // exists while an "mpkg" package is unpacked
+};
+
+} // namespace qv
