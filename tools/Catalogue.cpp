@@ -2,8 +2,9 @@
 // nothing to read, and where no client would read what is there.
 #include "Catalogue.h"
 
-#include "DownloadManager.h"
+#include "CatalogueReader.h"
 #include "HttpClient.h"
+#include "Kinds.h"
 #include "ParseException.h"
 #include "XmlUtils.h"
 
@@ -17,10 +18,9 @@ namespace {
 
 QByteArray fetch(const QUrl &url)
 {
-    HttpAccess server;
-    server.setUrl(url);
-    HttpClient client(HttpHost(server, HttpAccess(), HttpClient::encodedUrlPath(url)));
-    const RequestPtr request = client.get(QString(), {}, nullptr, nullptr, HttpClient::keepInRequest, nullptr);
+    HttpClient client;
+    const RequestPtr request = client.prepareGet(url, nullptr, nullptr, HttpClient::keepInRequest, nullptr);
+    client.execute(request);
     while (client.isExecutingRequest())
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     if (request->statusCode() != 200)
@@ -40,14 +40,14 @@ QByteArray read(const QString &source)
     return file.read(RequestData::maxBytesKept);
 }
 
-/// The elements in the order of DownloadManager::parseSet(). No deeper than XmlUtils lets through.
+/// The elements in the order of readSet(). No deeper than XmlUtils lets through.
 void collectPackages(const QDomElement &set, QList<QDomElement> &out)
 {
-    for (auto package = set.firstChildElement(DownloadManager::PACKAGE); !package.isNull();
-         package = package.nextSiblingElement(DownloadManager::PACKAGE))
+    for (auto package = set.firstChildElement(Word::package); !package.isNull();
+         package = package.nextSiblingElement(Word::package))
         out.append(package);
-    for (auto inner = set.firstChildElement(DownloadManager::PACKAGE_SET); !inner.isNull();
-         inner = inner.nextSiblingElement(DownloadManager::PACKAGE_SET))
+    for (auto inner = set.firstChildElement(Word::packageSet); !inner.isNull();
+         inner = inner.nextSiblingElement(Word::packageSet))
         collectPackages(inner, out);
 }
 
@@ -68,7 +68,7 @@ Catalogue loadCatalogue(const QString &source)
     collectPackages(catalogue.document.documentElement(), catalogue.elements);
 
     device.seek(0);
-    catalogue.packages = DownloadManager::parseXML(&device);
+    catalogue.packages = readCatalogue(&device);
     // The reader of whole catalogues is stricter than that of single documents.
     if (catalogue.packages.size() != catalogue.elements.size())
         throw Refused(

@@ -34,8 +34,6 @@ QStringList sorted(const QStringSet &words);
 /// The same, joined with commas.
 QString joined(const QStringSet &words);
 
-VersionNumber toVersion(const QString &text);
-
 /// The words of a list that is separated by commas.
 QStringList listOf(const QString &text);
 

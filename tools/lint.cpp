@@ -2,22 +2,20 @@
 // library what becomes of a value and looks the text up only where nothing became of it.
 #include "Commands.h"
 
-#include "DownloadManager.h"
-#include "LogQt.h"
-#include "SoftwareUpdateClient.h"
+#include "CatalogueReader.h"
+#include "CatalogueValues.h"
+#include "Kinds.h"
+#include "Offer.h"
 #include "VersionNumber.h"
 
 #include <QHash>
 #include <QMap>
 
 #include <algorithm>
-#include <sstream>
 
 namespace qv {
 
 namespace {
-
-using M = DownloadManager;
 
 const QString ignoreOption = QStringLiteral("ignore");
 const QStringList kinds = { QStringLiteral("url"),      QStringLiteral("port"),      QStringLiteral("suffix"),
@@ -50,7 +48,7 @@ public:
     }
 
     /// What the catalogue says of a value, short enough for a line.
-    QString written(int index, const QString &tag) const { return M::findString(catalogue.elements.at(index), tag); }
+    QString written(int index, const QString &tag) const { return findString(catalogue.elements.at(index), tag); }
 
     const Catalogue &catalogue;
     bool found = false;
@@ -75,26 +73,16 @@ void tellUnread(Report &report, int index, const char *kind, const QString &tag,
                 why);
 }
 
-/// The library tells of a suspicious suffix in its log alone.
-bool isSuspicious(const QUrl &url)
-{
-    std::ostringstream log;
-    LogQt::setStream(Log::Error, &log);
-    M::parsePackageSuffix(url.toString());
-    LogQt::setStream(Log::Error, nullptr);
-    return !log.str().empty();
-}
-
 void checkUrl(Report &report, int index, const PackageInfo &package)
 {
-    if (report.written(index, M::URL).isEmpty()) {
+    if (report.written(index, Word::url).isEmpty()) {
         report.tell(index, "url", QStringLiteral("no url"), QStringLiteral("there is nothing to download"));
         return;
     }
     if (package.url.host().isEmpty()) {
         report.tell(index, "url",
                     QStringLiteral("url names no server: ")
-                        + quoted(report.written(index, M::BASE_URL) + report.written(index, M::URL)),
+                        + quoted(report.written(index, Word::baseUrl) + report.written(index, Word::url)),
                     QStringLiteral("base-url and url are joined as they stand and must make a whole address"));
         return;
     }
@@ -104,7 +92,7 @@ void checkUrl(Report &report, int index, const PackageInfo &package)
                     QStringLiteral("url is not plain HTTP on port 80: ") + quoted(package.url.toString()),
                     QStringLiteral("Install fetches it from there whatever the url says; browsers follow the url"));
     }
-    if (isSuspicious(package.url)) {
+    if (isSuspiciousSuffix(package.suffix)) {
         report.tell(index, "suffix", QStringLiteral("suspicious suffix ") + quoted(package.suffix),
                     QStringLiteral("the suffix decides who is offered a package and how it is installed"));
     }
@@ -113,18 +101,18 @@ void checkUrl(Report &report, int index, const PackageInfo &package)
 void checkValues(Report &report, int index, const PackageInfo &package)
 {
     if (package.fileSize == 0)
-        tellUnread(report, index, "size", M::FILE_SIZE,
+        tellUnread(report, index, "size", Word::fileSize,
                    QStringLiteral("a download without a size reports neither success nor failure: Install never ends"));
     if (package.releaseDate.isNull())
-        tellUnread(report, index, "date", M::RELEASE_DATE,
+        tellUnread(report, index, "date", Word::releaseDate,
                    QStringLiteral("date and size together are what tells a package from all others"));
     if (package.platforms.isEmpty())
-        tellUnread(report, index, "platform", M::PLATFORM,
+        tellUnread(report, index, "platform", Word::platform,
                    QStringLiteral("no camera is offered it, nor is a host that names its platforms"));
     if (package.release.isEmpty())
-        tellUnread(report, index, "release", M::RELEASE_VERSION, QStringLiteral("it counts as 0 and is never offered"));
+        tellUnread(report, index, "release", Word::release, QStringLiteral("it counts as 0 and is never offered"));
     if (package.status.isEmpty())
-        tellUnread(report, index, "status", M::RELEASE_STATUS,
+        tellUnread(report, index, "status", Word::status,
                    QStringLiteral("it is offered only to those who ask for beta versions"));
 }
 
@@ -177,7 +165,7 @@ void checkReleases(Report &report)
     for (const auto &releases : std::as_const(firstOf)) {
         QList<Release> ordered;
         for (auto release = releases.cbegin(); release != releases.cend(); ++release)
-            ordered.append({ release.key(), toVersion(release.key()), release.value() });
+            ordered.append({ release.key(), VersionNumber::fromText(release.key()), release.value() });
         std::stable_sort(ordered.begin(), ordered.end(),
                          [](const Release &a, const Release &b) { return a.version < b.version; });
         for (int i = 1; i < ordered.size(); ++i)
@@ -189,7 +177,7 @@ void checkLanguages(Report &report)
 {
     QMap<int, QStringList> usersOf; // by package: whose dialogs hide it
     for (const QString &language : { QStringLiteral("en"), QStringLiteral("de"), QStringLiteral("fr") }) {
-        for (const int row : SoftwareUpdateClient::foreignLanguageRows(report.catalogue.packages, language))
+        for (const int row : foreignLanguageRows(report.catalogue.packages, language))
             usersOf[row].append(language);
     }
     for (auto users = usersOf.cbegin(); users != usersOf.cend(); ++users) {

@@ -1,7 +1,7 @@
 // "offer": the rows that an installation described on the command line would be shown.
 #include "Commands.h"
 
-#include "SoftwareUpdateClient.h"
+#include "Offer.h"
 
 namespace qv {
 
@@ -21,16 +21,16 @@ SoftUpCurrentCameraVersions::value_type toCamera(const QString &text)
     const QString version = text.section(QLatin1Char('='), 1);
     if (model.isEmpty() || version.isEmpty())
         throw Failure(QStringLiteral("--camera wants MODEL=VERSION, not \"%1\"").arg(text));
-    return { model, toVersion(version) };
+    return { model, VersionNumber::fromText(version) };
 }
 
 SoftwareUpdateSettings settingsOf(const QCommandLineParser &options)
 {
     SoftwareUpdateSettings settings;
-    settings.versionNumber = toVersion(options.value(versionOption));
+    settings.versionNumber = VersionNumber::fromText(options.value(versionOption));
     settings.supportedPlatforms = listOf(options.value(platformsOption));
     settings.supportedPackageTypes =
-        options.isSet(typesOption) ? listOf(options.value(typesOption)) : SoftwareUpdateClient::defaultPackageTypes();
+        options.isSet(typesOption) ? listOf(options.value(typesOption)) : defaultPackageTypes();
     for (const QString &camera : options.values(cameraOption))
         settings.currentCameraVersions.append(toCamera(camera));
     return settings;
@@ -53,7 +53,7 @@ ExitCode offer(const QString &source, const QCommandLineParser &options)
             throw Failure(QStringLiteral("offer wants --%1").arg(name));
     }
     const SoftwareUpdateSettings settings = settingsOf(options);
-    const PackageInfoList offered = SoftwareUpdateClient::offeredPackages(
+    const PackageInfoList offered = offeredPackages(
         loadCatalogue(source).packages, options.value(nameOption), settings, options.isSet(betaOption));
 
     if (offered.isEmpty()) {
@@ -62,12 +62,12 @@ ExitCode offer(const QString &source, const QCommandLineParser &options)
     }
     SoftUpIndexList hidden;
     if (options.isSet(languageOption))
-        hidden = SoftwareUpdateClient::foreignLanguageRows(offered, options.value(languageOption));
+        hidden = foreignLanguageRows(offered, options.value(languageOption));
     QList<QStringList> rows { { QStringLiteral("Name"), QStringLiteral("File Size"), QStringLiteral("File Type"),
                                 QStringLiteral("Languages"), QStringLiteral("Platforms") } };
     for (int row = 0; row < offered.size(); ++row) {
         if (!hidden.contains(row))
-            rows.append(SoftwareUpdateClient::packageRow(offered.at(row)));
+            rows.append(packageRow(offered.at(row)));
     }
     printTable(rows);
     return Done;

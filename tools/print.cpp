@@ -49,9 +49,4 @@ QStringList listOf(const QString &text)
     return text.split(QLatin1Char(','), Qt::SkipEmptyParts);
 }
 
-VersionNumber toVersion(const QString &text)
-{
-    return VersionNumber(text.toLatin1().toStdString());
-}
-
 } // namespace qv

@@ -1,7 +1,7 @@
 // "show": the packages as clients read them, inherited values filled in, as a table or as JSON.
 #include "Commands.h"
 
-#include "DownloadManager.h"
+#include "Kinds.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -10,8 +10,6 @@
 namespace qv {
 
 namespace {
-
-using M = DownloadManager;
 
 const QString jsonOption = QStringLiteral("json");
 
@@ -27,20 +25,20 @@ QJsonObject linksFound(const UrlMap &links)
 QJsonObject toJson(const PackageInfo &package)
 {
     return {
-        { M::TYPE, package.type },
-        { M::NAME, package.name },
-        { M::NAME_PUBLIC, package.publicName },
-        { M::PLATFORM, QJsonArray::fromStringList(sorted(package.platforms)) },
-        { M::URL, package.url.toString() },
-        { M::RELEASE_VERSION, package.release },
-        { M::RELEASE_VERSION_PUBLIC, package.publicRelease },
-        { M::RELEASE_STATUS, package.status },
-        { M::RELEASE_DATE, package.releaseDate.toString(Qt::ISODate) },
-        { M::FILE_SIZE, package.fileSize },
-        { M::LANGUAGE, QJsonArray::fromStringList(sorted(package.languages)) },
-        { M::RELEASE_NOTES, linksFound(package.releaseNotes) },
-        { M::README, linksFound(package.readme) },
-        { M::COMMENT, package.comment },
+        { Word::type, package.type },
+        { Word::name, package.name },
+        { Word::publicName, package.publicName },
+        { Word::platform, QJsonArray::fromStringList(sorted(package.platforms)) },
+        { Word::url, package.url.toString() },
+        { Word::release, package.release },
+        { Word::publicRelease, package.publicRelease },
+        { Word::status, package.status },
+        { Word::releaseDate, package.releaseDate.toString(Qt::ISODate) },
+        { Word::fileSize, double(quint64(package.fileSize)) },
+        { Word::language, QJsonArray::fromStringList(sorted(package.languages)) },
+        { Word::releaseNotes, linksFound(package.releaseNotes) },
+        { Word::readme, linksFound(package.readme) },
+        { Word::comment, package.comment },
         { QStringLiteral("suffix"), package.suffix },
         { QStringLiteral("identity"), package.stringID() },
     };
@@ -54,7 +52,7 @@ QStringList toRow(int number, const PackageInfo &package)
              package.release,
              package.status,
              package.timeToString(Qt::ISODate),
-             QString::number(package.fileSize),
+             QString::number(quint64(package.fileSize)),
              package.suffix,
              joined(package.languages),
              joined(package.platforms),
