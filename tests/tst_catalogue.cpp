@@ -5,6 +5,7 @@
 #include "XmlUtils.h"
 
 #include <QBuffer>
+#include <QFile>
 #include <QRandomGenerator>
 #include <QtTest>
 
@@ -51,6 +52,23 @@ QString field(const PackageInfo &package, const QString &name)
     if (name == "releaseNotes")
         return links(package.releaseNotes);
     qFatal("no field %s", qPrintable(name));
+}
+
+void resetPeak()
+{
+    QFile file("/proc/self/clear_refs");
+    if (file.open(QIODevice::WriteOnly))
+        file.write("5");
+}
+
+/// The most memory that the process has had since resetPeak().
+qint64 peakKiB()
+{
+    QFile file("/proc/self/status");
+    if (!file.open(QIODevice::ReadOnly))
+        qFatal("no /proc");
+    const QByteArray status = file.readAll();
+    return status.mid(status.indexOf("VmHWM:") + 6).split('k').first().trimmed().toLongLong();
 }
 
 /// A random piece of catalogue. Small alphabets, so that everything meets everything.
@@ -208,10 +226,10 @@ private slots:
         add("infMB", 0);
         add("nanMB", 0);
         add("1e300MB", 0);
-        add("8796093022207MB", 8796093022207 << 20);
-        add("8796093022208MB", 0);
-        add("9223372036854775807", std::numeric_limits<qint64>::max());
-        add("9223372036854775808", 0);
+        add("8796093022208MB", std::numeric_limits<qint64>::min()); // 2^63, to be read as unsigned
+        add("9223372036854775808", std::numeric_limits<qint64>::min());
+        add("18446744073709551615", -1);
+        add("18446744073709551616", 0);
         add("", 0);
     }
     void sizes()
@@ -298,14 +316,15 @@ private slots:
             words += QByteArray::number(i) + ' ';
         row("no XML", QByteArray("404 not found"));
         row("broken", QByteArray("<s><package>"));
-        row("words times packages", "<s platform='" + words + "'>" + manyPackages + "</s>");
+        QByteArray otherPackages;
+        for (int i = 0; i < 50'000; ++i)
+            otherPackages += "<package platform='x" + QByteArray::number(i) + "'/>";
+        row("words times packages", "<s platform='" + words + "'>" + otherPackages + "</s>");
         row("links times packages", "<s>" + QByteArray("<readme url='a'/>").repeated(50'000) + manyPackages + "</s>");
         row("long base times packages", "<s base-url='" + QByteArray(1 << 20, 'b') + "'>" + manyPackages + "</s>");
         row("long url times links",
             "<s><url>" + QByteArray(1 << 20, 'u') + "</url>" + QByteArray("<readme/>").repeated(50'000)
                 + "<package/></s>");
-        row("long size times packages",
-            "<s><file-size>" + QByteArray(1 << 20, '9') + "</file-size>" + manyPackages + "</s>");
     }
     void refused()
     {
@@ -314,6 +333,43 @@ private slots:
         LogQt::setLevel(Log::Warning);
         QVERIFY(parse(xml).isEmpty());
         QVERIFY(log.take().contains("XML parser error"));
+    }
+
+    void richRoots_data()
+    {
+        columns<QByteArray, int, int>("package", "packages", "MiB");
+        const QByteArray plain = "\n  <package>\n    <name>QC-%</name>\n    <public-name>Quorvel QC %</public-name>\n"
+                                 "    <release>10.2.%</release>\n    <public-release>10.2</public-release>\n"
+                                 "    <status>STABLE</status>\n    <file>\n      <url>firmware/qc-%.zip</url>\n"
+                                 "      <file-size>%kB</file-size>\n      <release-date>2024-03-05</release-date>\n"
+                                 "    </file>\n  </package>";
+        row("as many as a document holds", plain, (16 << 20) / int(plain.size() + 24), 64);
+        row("each with values of its own",
+            QByteArray("<package name='%' platform='QC-%' language='es' url='%.zip' file-size='%' "
+                       "release-date='2024-03-05'><release-notes language='en' url='n/%.html'/></package>"),
+            20'000, 64);
+    }
+    void richRoots()
+    {
+        QFETCH(QByteArray, package);
+        QFETCH(int, packages);
+        QFETCH(int, MiB);
+        QByteArray xml = "<s base-url='http://updates.example/' language='de en fr it' platform='";
+        for (int i = 0; i < 12; ++i)
+            xml += "platform-" + QByteArray::number(i) + ' ';
+        xml += "'>";
+        for (const char *language : { "de", "en", "fr", "it", "es", "nl" })
+            xml += QByteArray("<release-notes language='") + language + "' url='http://updates.example/notes.html'/>";
+        for (int i = 0; i < packages; ++i)
+            xml += QByteArray(package).replace('%', QByteArray::number(i));
+        xml += "</s>";
+        resetPeak();
+        const qint64 before = peakKiB();
+        QCOMPARE(parse(xml).size(), packages);
+#ifndef __SANITIZE_ADDRESS__
+        const qint64 peak = peakKiB();
+        QVERIFY2(peak - before <= MiB * 1024, qPrintable(QString::number((peak - before) / 1024)));
+#endif
     }
 
     void sharedValues()

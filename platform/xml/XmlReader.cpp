@@ -16,7 +16,7 @@ namespace {
 
 constexpr qint64 maxBytes = 16 << 20;
 constexpr int maxDepth = 64;
-constexpr int maxElements = 600'000;
+constexpr int maxElements = 1'000'000;
 constexpr int maxAttributes = 64;
 constexpr int maxDtdLength = 4096;
 

@@ -8,7 +8,7 @@ namespace qv {
 /// A stream reader for documents that nobody vouches for: what no honest document contains ends it early. Internal to
 /// the platform library.
 ///
-/// Refused are documents of more than 16 MiB, 64 levels, 600,000 elements and attributes together or 64 attributes on
+/// Refused are documents of more than 16 MiB, 64 levels, 1,000,000 elements and attributes together or 64 attributes on
 /// one element, DTDs that declare entities or are longer than 4 KiB, and encodings other than UTF-8, UTF-16 with a
 /// byte-order mark, US-ASCII, the ISO-8859 family and the Windows code pages 125x, under their usual names. No file and
 /// no network is touched, whatever the document refers to.

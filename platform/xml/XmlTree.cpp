@@ -4,6 +4,8 @@
 #include "ParseException.h"
 #include "XmlReader.h"
 
+#include <algorithm>
+
 namespace qv {
 
 namespace {
@@ -81,6 +83,12 @@ int XmlTree::nameId(QStringView name)
 XmlElement XmlTree::documentElement() const
 {
     return nodes.size() > 1 ? XmlElement(this, 1) : XmlElement();
+}
+
+int XmlTree::count(const QString &name) const
+{
+    const int id = nameIds.value(name, none);
+    return int(std::count_if(nodes.cbegin() + 1, nodes.cend(), [id](const Node &node) { return node.name == id; }));
 }
 
 XmlElement XmlElement::parent() const

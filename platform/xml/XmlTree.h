@@ -27,6 +27,9 @@ public:
 
     XmlElement documentElement() const;
 
+    /// How many elements of that name there are, wherever they stand.
+    int count(const QString &name) const;
+
 private:
     friend class XmlElement;
 

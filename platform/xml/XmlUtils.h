@@ -15,8 +15,9 @@ public:
     /// Fills @p document and returns it; with null, returns a new one that the caller deletes.
     ///
     /// Throws ParseException where the text is not well-formed, and for what no honest document contains: over 16 MiB,
-    /// more than 64 levels, 600,000 elements and attributes or 64 attributes on one element, declared entities,
-    /// encodings other than UTF-8, US-ASCII, ISO-8859-1 and UTF-16 with a byte-order mark. @p document is empty then.
+    /// more than 64 levels, 1,000,000 elements and attributes or 64 attributes on one element, declared entities,
+    /// encodings other than UTF-8, UTF-16 with a byte-order mark, US-ASCII, the ISO-8859 family and the Windows code
+    /// pages 125x. @p document is empty then.
     static QDomDocument *parseXml(QIODevice *device, QDomDocument *document);
 };
 

@@ -8,6 +8,7 @@
 #include "ParseException.h"
 #include "XmlTree.h"
 
+#include <array>
 #include <limits>
 #include <memory>
 #include <optional>
@@ -148,13 +149,15 @@ public:
     void close() { platformUnions = languageUnions = Unions(); }
 
 private:
+    static constexpr size_t fieldCount = 12;
+
     /// What a single value fills. One line for each.
     struct Field
     {
         const QString &word;
         void (*fill)(Level &level, const QString &text);
     };
-    static const Field fields[];
+    static const std::array<Field, fieldCount> fields;
 
     template<class Element>
     static void addWords(const Element &element, const QString &word, Unions &unions, Allowance &allowance,
@@ -165,12 +168,13 @@ private:
     PackageInfo package;
     QString baseUrl;
     QString url;
-    QString language; // raw
+    QString language;                                   // raw
+    mutable std::array<QString, fieldCount> neighbours; // what the last one inside said of each field
     mutable Unions platformUnions;
     mutable Unions languageUnions;
 };
 
-const Level::Field Level::fields[] = {
+const std::array<Level::Field, Level::fieldCount> Level::fields { {
     { Word::type, [](Level &level, const QString &text) { level.package.type = text; } },
     { Word::name, [](Level &level, const QString &text) { level.package.name = text; } },
     { Word::publicName, [](Level &level, const QString &text) { level.package.publicName = text; } },
@@ -184,7 +188,7 @@ const Level::Field Level::fields[] = {
     { Word::fileSize, [](Level &level, const QString &text) { level.package.fileSize = parseFileSize(text); } },
     { Word::comment, [](Level &level, const QString &text) { level.package.comment = text; } },
     { Word::language, [](Level &level, const QString &text) { level.language = text; } },
-};
+} };
 
 template<class Element>
 Level Level::over(const Element &element, Allowance &allowance) const
@@ -194,9 +198,13 @@ Level Level::over(const Element &element, Allowance &allowance) const
     level.baseUrl = baseUrl;
     level.url = url;
     level.language = language;
-    for (const Field &field : fields) {
-        if (const auto value = ownValue(element, field.word))
-            field.fill(level, *value);
+    for (size_t i = 0; i < fields.size(); ++i) {
+        const auto value = ownValue(element, fields[i].word);
+        if (!value)
+            continue;
+        if (neighbours[i] != *value)
+            neighbours[i] = *value;
+        fields[i].fill(level, neighbours[i]);
     }
     addWords(element, Word::platform, platformUnions, allowance, level.package.platforms);
     addWords(element, Word::language, languageUnions, allowance, level.package.languages);
@@ -305,6 +313,7 @@ PackageInfoList readCatalogue(QIODevice *device)
     try {
         const XmlTree tree(device);
         PackageInfoList packages;
+        packages.reserve(tree.count(Word::package));
         Allowance allowance = Allowance::ofCatalogue();
         appendPackages(tree.documentElement(), allowance, packages);
         return packages;

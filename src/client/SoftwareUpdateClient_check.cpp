@@ -20,6 +20,9 @@ namespace {
 constexpr int msRequestTimeout = 15000;
 constexpr qint64 maxBufferedBytes = 17 << 20; // more than any catalogue that would be read
 
+// Qt's own words, from Qt's own catalogue.
+const char *const unknownProtocol = "Protocol \"%1\" is unknown";
+
 bool isRedirect(int status)
 {
     return status == 302 || status == 301 || status == 303 || status == 307;
@@ -124,7 +127,7 @@ void SoftwareUpdateClientPrivate::followRedirect(const QUrl &target)
     announceCheck(target);
     if (settingsDialog)
         settingsDialog->disbaleProgress();
-    failCheck(QCoreApplication::translate("QNetworkReply", "Protocol \"%1\" is unknown").arg(target.scheme()));
+    failCheck(QCoreApplication::translate("QNetworkReply", unknownProtocol).arg(target.scheme()));
 }
 
 void SoftwareUpdateClientPrivate::failCheck(const QString &errorText)
