@@ -1,14 +1,13 @@
-// Single files and folders: private temporary folders, what erase() spares, replacing in one step, the folder chooser.
+// Single files and folders: what removing spares and reaches, replacing in one step, private temporary folders.
 #include "FileUtils.h"
-#include "Row.h"
 
-#include <QDir>
-#include <QFileDialog>
 #include <QTemporaryDir>
-#include <QTimer>
 #include <QtTest>
 
+#include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 using qv::FileUtils;
 
@@ -17,85 +16,47 @@ class TestFileUtils : public QObject
     Q_OBJECT
 
 private slots:
-    void init() { QVERIFY(folder.isValid()); }
-
-    void temporaryFoldersArePrivateAndUnique()
+    void erasingFollowsNoLinksAndReachesAnyDepth()
     {
+        const rlimit few { 50, 50 }; // open descriptors
+        QCOMPARE(setrlimit(RLIMIT_NOFILE, &few), 0);
         const mode_t before = umask(0);
-        const QString first = FileUtils::createTempDir();
-        const QString second = FileUtils::createTempDir();
+        const QString tree = FileUtils::createTempDir();
         umask(before);
-        for (const QString &path : { first, second }) {
-            struct stat info;
-            QCOMPARE(stat(QFile::encodeName(path).constData(), &info), 0);
-            QCOMPARE(info.st_mode & 07777, mode_t(0700));
-            QVERIFY(QDir::isAbsolutePath(path) && QDir(path).isEmpty());
-            QVERIFY(QDir().rmdir(path));
+        int inner = open(qPrintable(tree), O_RDONLY);
+        struct stat status;
+        QVERIFY(fstat(inner, &status) == 0 && (status.st_mode & 07777) == 0700);
+        QVERIFY(QDir().mkpath(at("kept/content")) && QFile::link(at("kept"), at("link")));
+        const char *const name = ".not UTF-8: \xff";
+        for (int level = 0; level < 300; ++level) {
+            QVERIFY(symlinkat(qPrintable(at("kept")), inner, "link") == 0 && mknodat(inner, "1", S_IFIFO, 0) == 0);
+            QVERIFY(mkdirat(inner, "2", 0700) == 0 && mkdirat(inner, name, 0700) == 0);
+            close(std::exchange(inner, openat(inner, name, O_RDONLY)));
         }
-        QVERIFY(first != second);
+        close(inner);
+        QVERIFY(!FileUtils::eraseFolder(at("link/")) && !FileUtils::eraseFolder(at("missing")));
+        QVERIFY(!FileUtils::erase(at("link")) && !FileUtils::erase(at("kept")));
+        QVERIFY(FileUtils::eraseFolder(tree) && !QFileInfo::exists(tree));
+
+        QVERIFY(QDir().mkdir(at("locked")) && QFile::link(at("kept"), at("locked/link")));
+        for (const char *shared : { "", "kept" })
+            QCOMPARE(chmod(qPrintable(at(shared)), 0777), 0);
+        QCOMPARE(chmod(qPrintable(at("locked")), 0555), 0);
+        const uid_t user = geteuid();
+        (void)!seteuid(user == 0 ? 65534 : user); // root may remove anything
+        QVERIFY(!FileUtils::eraseFolder(at("locked")));
+        QCOMPARE(seteuid(user), 0);
+        QVERIFY(QFileInfo(at("link")).isSymLink() && QFileInfo::exists(at("kept/content")));
     }
 
-    void noTemporaryFolderGivesAnEmptyPath()
-    {
-        const QByteArray before = qgetenv("TMPDIR");
-        qputenv("TMPDIR", "/nowhere/at/all");
-        const QString path = FileUtils::createTempDir();
-        before.isNull() ? qunsetenv("TMPDIR") : qputenv("TMPDIR", before);
-        QCOMPARE(path, QString());
-    }
-
-    void eraseRemovesOneRegularFile()
-    {
-        const QString file = at("file");
-        QVERIFY(FileUtils::writeBytes("x", file));
-        QVERIFY(QFile::link(file, at("link")) && QDir().mkdir(at("folder")));
-        QVERIFY(!FileUtils::erase(at("link")) && !FileUtils::erase(at("folder")) && !FileUtils::erase(at("missing")));
-        QVERIFY(!FileUtils::erase(QString()));
-        QVERIFY(QFileInfo(at("link")).isSymLink() && QFileInfo(at("folder")).isDir());
-        QVERIFY(FileUtils::erase(file));
-        QVERIFY(!QFile::exists(file));
-    }
-
-    void bytesAreReplacedWholeOrNotAtAll()
+    void bytesAreReplacedInOneStep()
     {
         const QByteArray old("old\0content", 11);
-        QVERIFY(FileUtils::writeBytes(old, at("bytes")));
-        QCOMPARE(FileUtils::readBytes(at("bytes")), old);
-
         QFile reader(at("bytes"));
-        QVERIFY(reader.open(QIODevice::ReadOnly));
-        QVERIFY(FileUtils::writeBytes("new", at("bytes")));
+        QVERIFY(FileUtils::writeBytes(old, at("bytes")) && reader.open(QIODevice::ReadOnly));
+        QVERIFY(FileUtils::writeBytes("new", at("bytes")) && !FileUtils::writeBytes("x", folder.path()));
         QCOMPARE(reader.readAll(), old);
         QCOMPARE(FileUtils::readBytes(at("bytes")), QByteArray("new"));
-
-        QVERIFY(!FileUtils::writeBytes("x", at("no/such/folder")));
-        QVERIFY(!FileUtils::writeBytes("x", folder.path()));
-        QCOMPARE(FileUtils::readBytes(at("missing")), QByteArray());
-    }
-
-    void folderChooser_data()
-    {
-        columns<bool>("accept");
-        QTest::newRow("chosen") << true;
-        QTest::newRow("cancelled") << false;
-    }
-    void folderChooser()
-    {
-        QFETCH(bool, accept);
-        QVERIFY(QDir().mkpath(at("proposed")) && QDir().mkpath(at("chosen")));
-        QString path = at("proposed"), title, proposed;
-        QTimer::singleShot(0, this, [&] {
-            auto *dialog = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
-            QVERIFY(dialog);
-            title = dialog->windowTitle();
-            proposed = dialog->directory().absolutePath();
-            dialog->selectFile(at("chosen"));
-            accept ? QMetaObject::invokeMethod(dialog, "accept") : QMetaObject::invokeMethod(dialog, "reject");
-        });
-        QCOMPARE(FileUtils::openDirectoryDialog(path, QStringLiteral("Where to?"), QString(), nullptr), accept);
-        QCOMPARE(title, QStringLiteral("Where to?"));
-        QCOMPARE(proposed, at("proposed"));
-        QCOMPARE(path, accept ? at("chosen") : at("proposed"));
     }
 
 private:

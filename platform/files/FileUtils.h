@@ -20,6 +20,14 @@ public:
     /// Removes one regular file. Folders, links and what is not there stay as they are and return false.
     static bool erase(const QString &path);
 
+    /// Removes a folder with all that it holds, however deep that is. Links in it go, and what they lead to stays.
+    /// Stops and returns false at the first thing that cannot be removed; what is left then may lie elsewhere in the
+    /// folder. False too for links, files and what is not there, which stay as they are.
+    static bool eraseFolder(const QString &path);
+
+    /// As eraseFolder(), but keeps the folder itself, with its permissions.
+    static bool emptyFolder(const QString &path);
+
     /// @p path with the separators of the platform.
     static QString nativePath(const QString &path);
 

@@ -7,6 +7,7 @@
 #include <QFileInfo>
 #include <QtEndian>
 
+#include <limits.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -20,7 +21,8 @@ constexpr qint64 endSize = 22, end64Size = 56, locatorSize = 20, headerSize = 46
 constexpr qint64 maxComment = 0xffff;
 constexpr quint64 maxTableSize = 32 * 1024 * 1024; // some 300,000 entries
 constexpr quint64 inExtraField = 0xffffffff;
-constexpr int maxComponent = 255;
+constexpr int maxComponent = NAME_MAX, maxName = PATH_MAX - 1; // in bytes
+constexpr int maxLevels = 128;
 constexpr quint16 encryptedFlags = 1 | 1 << 6 | 1 << 13;
 
 quint64 number16(const char *at)
@@ -149,6 +151,8 @@ QByteArray safePath(const QFile &archive, const ZipEntry &entry)
         refuse(archive, QStringLiteral("an entry has no name"));
     if (name.contains('\0'))
         refuse(archive, entry, QStringLiteral("has a NUL in its name"));
+    if (name.size() > maxName)
+        refuse(archive, entry, QStringLiteral("has too long a name"));
     const bool hasDrive = name.size() > 1 && name[1] == ':' && std::isalpha(static_cast<unsigned char>(name[0]));
     if (name.startsWith('/') || name.startsWith('\\') || hasDrive)
         refuse(archive, entry, QStringLiteral("has an absolute path"));
@@ -161,6 +165,8 @@ QByteArray safePath(const QFile &archive, const ZipEntry &entry)
         if (!component.isEmpty() && component != ".")
             path += path.isEmpty() ? component : '/' + component;
     }
+    if (path.count('/') >= maxLevels)
+        refuse(archive, entry, QStringLiteral("lies too deep"));
     if (path.isEmpty() && !entry.isFolder())
         refuse(archive, entry, QStringLiteral("has no name"));
     return path;

@@ -30,7 +30,8 @@ struct ZipEntry
 /// time.
 ///
 /// Throws an IOException that names the entry when the archive cannot be read, when an entry is encrypted, when its
-/// name is empty, absolute, drive-like, too long, or holds ".." or NUL, and when the data of two entries overlap.
+/// name is empty, absolute, drive-like, too long, too deep, or holds ".." or NUL, and when the data of two entries
+/// overlap.
 std::vector<ZipEntry> readZipDirectory(QFile &archive);
 
 /// Unpacks everything below one folder: drops the folders of the entries' paths.

@@ -4,13 +4,13 @@
 // Not archive_write_disk: that changes the umask of the whole process, and its working directory, while hosts' other
 // threads run. Files and folders come first and links last, so that no file is ever written through a link.
 #include "ZipExtractor.h"
+#include "FileUtils.h"
 #include "IOException.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QHash>
-#include <QSet>
 
 #include <archive.h>
 #include <archive_entry.h>
@@ -23,7 +23,6 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
-#include <filesystem>
 #include <memory>
 
 namespace qv {
@@ -134,6 +133,7 @@ private:
     void unpack(const ZipEntry &entry, archive_entry *header);
     void writeFile(const ZipEntry &entry, const Attributes &attributes);
     void writeBlock(const ZipEntry &entry, int file, const char *bytes, size_t size);
+    bool isFolder(const QByteArray &path) const;
     void makeFolders(const ZipEntry &entry, const QByteArray &path);
     void makeLinks();
     void setFolderAttributes();
@@ -149,7 +149,7 @@ private:
     const Descriptor root;
     const std::unique_ptr<struct archive, decltype(&archive_read_free)> reader;
     const ZipProgress &progress;
-    QSet<QByteArray> made; // folders
+    QByteArray lastMade; // of the folders; hostile archives have so many that all would fill the memory
     std::vector<Late> folders;
     std::vector<Late> links;
     QHash<QByteArray, QByteArray> targets; // of the links
@@ -262,14 +262,24 @@ void Extraction::writeBlock(const ZipEntry &entry, int file, const char *bytes, 
     }
 }
 
+bool Extraction::isFolder(const QByteArray &path) const
+{
+    struct stat status;
+    return fstatat(root, path.constData(), &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISDIR(status.st_mode);
+}
+
 void Extraction::makeFolders(const ZipEntry &entry, const QByteArray &path)
 {
-    if (path.isEmpty() || made.contains(path))
+    if (path.isEmpty() || path == lastMade)
         return;
-    makeFolders(entry, parentOf(path));
-    if (mkdirat(root, path.constData(), 0755) != 0)
+    int result = mkdirat(root, path.constData(), 0755);
+    if (result != 0 && errno == ENOENT) {
+        makeFolders(entry, parentOf(path));
+        result = mkdirat(root, path.constData(), 0755);
+    }
+    if (result != 0 && (errno != EEXIST || !isFolder(path)))
         refuseBySystem(entry);
-    made.insert(path);
+    lastMade = path;
 }
 
 void Extraction::makeLinks()
@@ -325,15 +335,6 @@ void Extraction::refuseByReader(const ZipEntry &entry) const
            QStringLiteral("cannot be read: %1").arg(QString::fromUtf8(reason ? reason : "the archive ends early")));
 }
 
-void removeContents(const QString &folder)
-{
-    namespace fs = std::filesystem;
-    std::error_code error, ignored;
-    for (fs::directory_iterator item(QFile::encodeName(folder).constData(), error), end; !error && item != end;
-         item.increment(error))
-        fs::remove_all(item->path(), ignored);
-}
-
 } // namespace
 
 bool extractZip(QFile &archive, const std::vector<ZipEntry> &entries, const QString &folder,
@@ -346,10 +347,10 @@ bool extractZip(QFile &archive, const std::vector<ZipEntry> &entries, const QStr
         Extraction(archive, folder, progress).run(entries);
         return true;
     } catch (const Cancelled &) {
-        removeContents(folder);
+        FileUtils::emptyFolder(folder);
         return false;
     } catch (...) {
-        removeContents(folder);
+        FileUtils::emptyFolder(folder);
         throw;
     }
 }

@@ -31,8 +31,9 @@ public:
     ~ZipReader() override;
 
     /// Reads the table of contents. Throws when the file is no archive, when the table is damaged or longer than 32
-    /// MiB, when an entry is encrypted, when its name is empty, absolute or too long or holds ".." or NUL, and when
-    /// entries share their data. Returns false, and does nothing, for any other mode than QIODevice::ReadOnly.
+    /// MiB, when an entry is encrypted, when its name is empty or absolute, is longer than the system allows, has more
+    /// than 128 levels or holds ".." or NUL, and when entries share their data. Returns false, and does nothing, for
+    /// any other mode than QIODevice::ReadOnly.
     bool open(QIODevice::OpenMode mode);
 
     /// The names of the entries that match @p pattern, or of all for an empty one, in the order of their data; those of
