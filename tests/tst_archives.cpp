@@ -9,9 +9,13 @@
 #include <QProgressDialog>
 #include <QtTest>
 
+#include <climits>
 #include <clocale>
 #include <filesystem>
 #include <random>
+
+#include <pthread.h>
+#include <sys/resource.h>
 
 using namespace qv;
 
@@ -20,11 +24,11 @@ namespace {
 const unsigned Folder = S_IFDIR | 0755;
 const unsigned Link = S_IFLNK | 0777;
 
-struct stat statusOf(const QString &path)
+const QByteArray deepest = QByteArray("d/").repeated(127) + "f";
+
+QByteArray longPath(int size)
 {
-    struct stat status = {};
-    lstat(path.toUtf8().constData(), &status);
-    return status;
+    return (QByteArray(199, 'n') + '/').repeated(size / 200) + QByteArray(size % 200, 'n');
 }
 
 QByteArray noise(int size)
@@ -43,12 +47,17 @@ class TestArchives : public QObject
     Q_OBJECT
 
 private slots:
+    void initTestCase()
+    {
+        const rlimit few { 100, 100 }; // descriptors: removing a tree must not take one for each level
+        QCOMPARE(setrlimit(RLIMIT_NOFILE, &few), 0);
+    }
     void init()
     {
-        scratch = std::make_unique<QTemporaryDir>();
-        QVERIFY(scratch->isValid());
-        QVERIFY(QDir(scratch->path()).mkdir("out"));
+        scratch = FileUtils::createTempDir();
+        QVERIFY(QDir().mkdir(out("")));
     }
+    void cleanup() { QVERIFY(FileUtils::eraseFolder(scratch)); }
 
     void keeps_data()
     {
@@ -61,35 +70,35 @@ private slots:
         QFETCH(bool, inBackground);
         const QByteArray name = "sub/\xc3\xbc \xe6\x97\xa5 e\xcc\x81.txt"; // the accent stays a character of its own
         const QByteArray large = noise(700000);
-        write({ ZipItem("./", "", Folder), ZipItem("sub/", "", S_IFDIR | 07777).at(1111111111), //
-                ZipItem(name, "text", S_IFREG | 04755).at(1234567890), ZipItem("empty", "", S_IFREG | 0640),
-                ZipItem("readonly", large, S_IFREG | 0444).deflate(), ZipItem("wide", large, S_IFREG | 0666).wide(),
-                ZipItem("sub/link", "../empty", Link).at(1222222222), ZipItem("here", "sub/./../sub", Link),
-                ZipItem("dos\\deep\\file", "x", 0).by(0) });
+        write({ ZipItem("./", "", Folder),
+                ZipItem("sub/", "", S_IFDIR | 07777).at(1111111111), //
+                ZipItem(name, "text", S_IFREG | 04755).at(1234567890),
+                ZipItem("empty", "", S_IFREG | 0640).at(5),
+                ZipItem("readonly", large, S_IFREG | 0444).at(6).deflate(),
+                ZipItem("wide", large, S_IFREG | 0666).at(7).wide(),
+                ZipItem("sub/link", "../empty", Link).at(8),
+                ZipItem("here", "sub/./../sub", Link).at(9),
+                ZipItem("dos\\deep\\file", "x", 0).at(10).by(0),
+                { deepest, "x" },
+                { longPath(PATH_MAX - 1), "x" } });
         QVERIFY(setlocale(LC_ALL, "C")); // as under LC_ALL=C, where libarchive sees no names
         const QString message = inBackground ? unzip() : read();
         setlocale(LC_ALL, "");
         QCOMPARE(message, QString());
 
-        const QHash<QByteArray, QByteArray> contents {
-            { name, "text" }, { "readonly", large }, { "wide", large }, { "dos/deep/file", "x" }, { "here/link", "" },
+        const QHash<QByteArray, QByteArrayList> expected {
+            { "sub", { "40755", "1111111111", "" } }, { name, { "100755", "1234567890", "text" } },
+            { "empty", { "100640", "5", "" } },       { "readonly", { "100644", "6", large } },
+            { "wide", { "100644", "7", large } },     { "here", { "120777", "9", "" } },
+            { "here/link", { "120777", "8", "" } },   { "dos/deep/file", { "100644", "10", "x" } },
         };
-        for (const QByteArray &file : contents.keys())
-            QVERIFY2(FileUtils::readBytes(out(file)) == contents[file], file);
+        for (const QByteArray &file : expected.keys()) {
+            struct stat status = {};
+            lstat(qPrintable(out(file)), &status);
+            const auto mode = QByteArray::number(status.st_mode, 8), time = QByteArray::number(qint64(status.st_mtime));
+            QVERIFY2((QByteArrayList { mode, time, FileUtils::readBytes(out(file)) }) == expected[file], file);
+        }
         QCOMPARE(QFile(out("sub/link")).symLinkTarget(), out("empty"));
-        QVERIFY(QFileInfo(out("here")).isSymLink());
-        QCOMPARE(QFileInfo(out("empty")).size(), qint64(0));
-
-        const QHash<QByteArray, mode_t> modes { { name, S_IFREG | 0755 },
-                                                { "empty", S_IFREG | 0640 },
-                                                { "readonly", S_IFREG | 0644 },
-                                                { "wide", S_IFREG | 0644 },
-                                                { "sub", S_IFDIR | 0755 } };
-        for (const QByteArray &file : modes.keys())
-            QCOMPARE(statusOf(out(file)).st_mode, modes[file]);
-        QCOMPARE(statusOf(out(name)).st_mtime, time_t(1234567890));
-        QCOMPARE(statusOf(out("sub")).st_mtime, time_t(1111111111));
-        QCOMPARE(statusOf(out("sub/link")).st_mtime, time_t(1222222222));
     }
 
     void refuses_data()
@@ -99,7 +108,7 @@ private slots:
             ::row(name, ZipBuilder::archive(items), QString::fromUtf8(reason));
         };
         const ZipItem sound("sound", "text");
-        const QByteArray zeros(33 * 1024 * 1024, '\0');
+        ZipItem zeros = ZipItem("zeros", QByteArray(33 * 1024 * 1024, '\0')).deflate().checksum(1);
         row("parent", { sound, { "../evil", "x" } }, "'../evil' leads out of its folder");
         row("parent in the middle", { sound, { "a/../../evil", "x" } }, "'a/../../evil' leads out of its folder");
         row("parent, backslash", { sound, { "a\\..\\..\\evil", "x" } }, "leads out of its folder");
@@ -110,7 +119,9 @@ private slots:
         row("no name", { sound, { "", "x" } }, "an entry has no name");
         row("no name but dots", { sound, { "./.", "x" } }, "'./.' has no name");
         row("long name", { sound, { QByteArray(256, 'n'), "x" } }, "has too long a name");
-        row("long path", { sound, { QByteArray(2100, 'n').replace("nn", "n/"), "x" } }, nullptr);
+        row("long path", { sound, { longPath(PATH_MAX), "x" } }, "has too long a name");
+        row("deep path", { sound, { QByteArray("d/").repeated(128) + "f", "x" } }, "lies too deep");
+        row("deepest path", { { deepest, "x" }, sound, sound }, "'sound' cannot be written");
         row("markup in a name", { sound, { "../<img src='x'>", "x" } }, "'../?img src='x'>' leads out");
         row("name is not UTF-8", { sound, { "\xff", "x" } }, "cannot be read");
         row("link to an absolute path", { sound, { "l", "/etc", Link } }, "'l' is a link that leads out of its folder");
@@ -133,11 +144,9 @@ private slots:
         row("wrong checksum", { sound, ZipItem("bad", "x").checksum(1) }, "'bad' cannot be read");
         row("smaller than it says", { sound, ZipItem("bad", "x").announce(2) }, "'bad'");
         row("larger than it says", { sound, ZipItem("bad", noise(999)).deflate().announce(2) }, "'bad'");
-        row("bomb", { sound, ZipItem("zeros", zeros).deflate() }, "times its size");
-        row("bomb that lies", { sound, ZipItem("zeros", zeros).deflate().announce(10) }, "'zeros'");
+        row("bomb", { sound, zeros }, "times its size");
+        row("bomb that lies", { sound, zeros.announce(10) }, "'zeros'");
         row("bomb of overlaps", { sound, { "a", noise(99999) }, ZipItem("b", noise(99999)).sameDataAs(1) }, "overlaps");
-        row("beyond the disk", { ZipItem("huge", noise(999)).deflate().announce(Q_UINT64_C(1) << 50) },
-            "times its size");
         row("beyond all numbers", { ZipItem("a", "x").announce(~0ull >> 1), ZipItem("b", "x").announce(~0ull >> 1) },
             "'b' cannot be as large as it says");
 
@@ -148,7 +157,7 @@ private slots:
         ::row("no beginning", zip.mid(50), "");
         ::row("entry missing from the table", QByteArray(zip).replace("\2\0\2", 4, "\3\0\3", 4), "");
         for (int size : { 1, 60, 200, int(zip.size()) - 1 })
-            QTest::addRow("cut at %d", size) << zip.left(size) << "";
+            ::row(qPrintable(QString("cut at %1").arg(size)), zip.left(size), "");
     }
     void refuses()
     {
@@ -157,7 +166,7 @@ private slots:
         FileUtils::writeBytes(bytes, package());
         const QString fromReader = read();
         QVERIFY2(fromReader.contains(reason) && fromReader.startsWith("package.zip: "), qPrintable(fromReader));
-        QVERIFY(QDir(out("")).isEmpty(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System));
+        QCOMPARE(everything(), (QStringList { "out", "package.zip" }));
         QCOMPARE(unzip(), fromReader);
         QCOMPARE(everything(), QStringList { "package.zip" });
     }
@@ -177,9 +186,8 @@ private slots:
                 bytes.replace(int(random() % unsigned(zip.size())), 8, noise(i).right(8));
             FileUtils::writeBytes(bytes, package());
             if (read().isEmpty())
-                std::filesystem::remove_all(qPrintable(out(""))); // Qt cannot remove names that are not UTF-8
-            QDir().rmdir(out(""));
-            QCOMPARE(everything(), QStringList { "package.zip" });
+                QVERIFY(FileUtils::emptyFolder(out("")));
+            QCOMPARE(everything(), (QStringList { "out", "package.zip" }));
         }
     }
 
@@ -191,7 +199,6 @@ private slots:
         QVERIFY(reader.open(QIODevice::ReadOnly));
         QCOMPARE(reader.fileList(QRegularExpression()), (QStringList { "d/", "d/a.txt", "d/b.bin", "c" }));
         QCOMPARE(reader.fileList(QRegularExpression("\\.txt$")), QStringList { "d/a.txt" });
-        QCOMPARE(reader.fileList(QRegularExpression("X")), QStringList());
         QVERIFY_EXCEPTION_THROWN(reader.extractFiles({ "c", "x" }, out(""), false), IOException);
         reader.extractFiles({ "d/b.bin" }, out(""), false);
         QCOMPARE(everything(), (QStringList { "out", "out/d", "out/d/b.bin", "package.zip" }));
@@ -208,18 +215,14 @@ private slots:
         QCOMPARE(unzip(), QString());
         QVERIFY(QDir(out("")).isEmpty());
 
-        QList<ZipItem> items;
-        for (int i = 0; i < 66000; ++i)
-            items << ZipItem(QByteArray::number(i / 1000) + "/", "", Folder);
-        items << ZipItem("last", "x");
-        write(items);
+        writeMany();
         QCOMPARE(read(), QString());
-        QCOMPARE(QDir(out("")).count(), 2u + 66u + 1u);
+        QCOMPARE(everything().size(), 1 + 300 + 66 + 1 + 1);
     }
 
     void readerCancels()
     {
-        write(manyFiles());
+        writeMany();
         QProgressDialog dialog;
         ZipReader reader(package());
         reader.attachProgressDialog(&dialog);
@@ -229,18 +232,38 @@ private slots:
         QVERIFY(reader.wasCanceled());
         QCOMPARE(everything(), (QStringList { "out", "package.zip" }));
         dialog.reset();
-        reader.extractFiles({ "0" }, out(""), false);
-        QVERIFY(!reader.wasCanceled() && QFile::exists(out("0")));
+        reader.extractFiles({ "f0" }, out(""), false);
+        QVERIFY(!reader.wasCanceled() && QFile::exists(out("f0")));
     }
 
+    void unzipperStopsWhenDestroyed_data()
+    {
+        columns<QByteArray>("seen");
+        row("in the middle", QByteArray("f0"));
+        row("while it sets the attributes of folders", QByteArray("last"));
+    }
     void unzipperStopsWhenDestroyed()
     {
-        write(manyFiles());
+        QFETCH(QByteArray, seen);
+        writeMany();
         {
             Unzipper unzipper(package(), out(""), false);
-            QTRY_VERIFY(QFile::exists(out("0")));
+            QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(out(seen)), 60000);
         }
-        QTRY_VERIFY(!QFile::exists(out(""))); // what takes long to remove goes on in the background
+        QTRY_VERIFY_WITH_TIMEOUT(!QFile::exists(out("")), 60000); // what takes long to remove goes on in the background
+    }
+
+    void unzipperTellsThatThereIsNoThread()
+    {
+        write({ { "a", "a" } });
+        pthread_attr_t usual, hopeless;
+        QVERIFY(pthread_getattr_default_np(&usual) == 0 && pthread_attr_init(&hopeless) == 0);
+        QVERIFY(pthread_attr_setstacksize(&hopeless, size_t(1) << 60) == 0);
+        QVERIFY(pthread_setattr_default_np(&hopeless) == 0);
+        const QString message = unzip();
+        pthread_setattr_default_np(&usual);
+        QVERIFY2(message.startsWith("package.zip: "), qPrintable(message));
+        QCOMPARE(everything(), QStringList { "package.zip" });
     }
 
     void unzipperReportsInItsOwnThread()
@@ -257,19 +280,21 @@ private slots:
     }
 
 private:
-    QString package() const { return scratch->filePath("package.zip"); }
+    QString package() const { return scratch + "/package.zip"; }
     QString out(const QByteArray &name) const
     {
-        return scratch->filePath(QString("out") + (name.isEmpty() ? "" : "/") + QString::fromUtf8(name));
+        return scratch + (name.isEmpty() ? "/out" : "/out/") + QString::fromUtf8(name);
     }
     void write(const QList<ZipItem> &items) const { FileUtils::writeBytes(ZipBuilder::archive(items), package()); }
 
-    static QList<ZipItem> manyFiles()
+    void writeMany() const
     {
         QList<ZipItem> items;
-        for (int i = 0; i < 3000; ++i)
-            items << ZipItem(QByteArray::number(i), "x");
-        return items;
+        for (int i = 0; i < 300; ++i)
+            items << ZipItem("f" + QByteArray::number(i), "x");
+        for (int i = 0; i < 66000; ++i)
+            items << ZipItem(QByteArray::number(i / 1000) + "/", "", Folder);
+        write(items << ZipItem("last", "x"));
     }
 
     /// Unpacks the package into "out"; returns the message of a failure.
@@ -295,13 +320,13 @@ private:
     QStringList everything() const
     {
         QStringList paths;
-        for (const auto &entry : std::filesystem::recursive_directory_iterator(qPrintable(scratch->path())))
-            paths << QString::fromStdString(entry.path().string()).mid(scratch->path().size() + 1);
+        for (const auto &entry : std::filesystem::recursive_directory_iterator(qPrintable(scratch)))
+            paths << QString::fromStdString(entry.path().string()).mid(scratch.size() + 1);
         paths.sort();
         return paths;
     }
 
-    std::unique_ptr<QTemporaryDir> scratch;
+    QString scratch;
 };
 
 QTEST_MAIN(TestArchives)

@@ -8,11 +8,10 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
-#include <QThreadPool>
+#include <QFileInfo>
 
 #include <atomic>
 #include <chrono>
-#include <filesystem>
 #include <future>
 #include <mutex>
 
@@ -41,29 +40,31 @@ struct Unzipper::Job
         return extractZip(file, entries, folder, [this](quint64, quint64) { return !stopped; });
     }
 
-    template<class Function>
-    void report(Function function)
+    QString message(const std::exception &exception) const
     {
-        const std::lock_guard<std::mutex> lock(reporting);
-        if (!stopped)
-            QMetaObject::invokeMethod(unzipper, function, Qt::QueuedConnection);
+        return printableZipName(QFileInfo(archive).fileName().toUtf8()) + ": " + QString::fromUtf8(exception.what());
     }
 
     Unzipper *const unzipper;
     const QString archive;
     const QString folder;
     const bool flat;
-    std::mutex reporting; // held while stopped is set or a report is posted
+    std::mutex reporting; // held while stopped is set or a report is made
     std::atomic<bool> stopped { false };
-    std::promise<bool> isWhole;
-    bool isDelivered = false; // the receiver's thread alone
+    bool isUnclaimed = false; // the folder is whole, and the report of it has not been delivered
+    std::promise<void> ended;
 };
 
 Unzipper::Unzipper(const QString &archive, const QString &folder, bool flat)
-    : job(std::make_shared<Job>(this, archive, folder, flat)), worker(&Unzipper::run, job)
+    : job(std::make_shared<Job>(this, archive, folder, flat))
 {
     if (qApp) // whoever forgets this object when the application ends still leaves nothing behind
         connect(qApp, &QCoreApplication::aboutToQuit, this, &Unzipper::stop);
+    try {
+        worker = std::thread(&Unzipper::run, job);
+    } catch (const std::exception &exception) { // no thread can be had
+        report(job, false, job->message(exception));
+    }
 }
 
 Unzipper::~Unzipper()
@@ -77,18 +78,15 @@ void Unzipper::stop()
         const std::lock_guard<std::mutex> lock(job->reporting);
         job->stopped = true;
     }
+    if (std::exchange(job->isUnclaimed, false))
+        FileUtils::eraseFolder(job->folder);
     if (!worker.joinable())
         return;
-    std::future<bool> isWhole = job->isWhole.get_future();
-    if (isWhole.wait_for(patience) == std::future_status::ready) {
-        worker.join();
-        std::error_code ignored;
-        if (isWhole.get() && !job->isDelivered) // nobody knows of the folder
-            std::filesystem::remove_all(QFile::encodeName(job->folder).constData(), ignored);
-        return;
-    }
-    const auto left = std::make_shared<std::thread>(std::move(worker));
-    QThreadPool::globalInstance()->start([left] { left->join(); }); // the application's end waits for the pool
+    const auto left = std::make_shared<std::thread>(std::move(worker)); // what takes long, the application's end awaits
+    if (qApp && job->ended.get_future().wait_for(patience) != std::future_status::ready)
+        connect(qApp, &QObject::destroyed, [left] { left->join(); });
+    else
+        left->join();
 }
 
 bool Unzipper::removeZipFile()
@@ -105,18 +103,33 @@ void Unzipper::run(const std::shared_ptr<Job> &job)
     } catch (const ExceptionQt &exception) {
         failure = exception.message();
     } catch (const std::exception &exception) {
-        failure = QString::fromUtf8(exception.what());
+        failure = job->message(exception);
     }
+    report(job, isWhole, failure);
+    job->ended.set_value();
+}
+
+void Unzipper::report(const std::shared_ptr<Job> &job, bool isWhole, const QString &failure)
+{
     if (!isWhole)
         QDir().rmdir(job->folder);
-    job->report([job, isWhole, failure] {
-        job->isDelivered = true;
+    const std::lock_guard<std::mutex> lock(job->reporting);
+    if (job->stopped) {
+        if (isWhole)
+            FileUtils::eraseFolder(job->folder);
+        return;
+    }
+    job->isUnclaimed = isWhole;
+    const auto deliver = [job, isWhole, failure] {
+        job->isUnclaimed = false;
+        if (job->stopped)
+            return;
         if (isWhole)
             emit job->unzipper->unzippingDone(job->folder);
         else
             emit job->unzipper->unzippingFailed(failure);
-    });
-    job->isWhole.set_value(isWhole);
+    };
+    QMetaObject::invokeMethod(job->unzipper, deliver, Qt::QueuedConnection);
 }
 
 } // namespace qv

@@ -33,7 +33,8 @@ public:
 
 signals:
     void unzippingDone(const QString &folder);
-    /// @p message is for people; it names the archive and, where one is to blame, the entry.
+    /// @p message is for people; it names the archive and, where one is to blame, the entry. Also when there is no
+    /// thread to be had.
     void unzippingFailed(const QString &message);
 
 private:
@@ -41,6 +42,7 @@ private:
 
     void stop();
     static void run(const std::shared_ptr<Job> &job);
+    static void report(const std::shared_ptr<Job> &job, bool isWhole, const QString &failure);
 
     std::shared_ptr<Job> job; // outlives this object where removing what was unpacked takes long
     std::thread worker;

@@ -62,14 +62,11 @@ public:
 private:
     static quint32 crc32(const QByteArray &data)
     {
-        static constexpr quint32 table[] { 0x00000000, 0x1db71064, 0x3b6e20c8, 0x26d930ac, 0x76dc4190, 0x6b6b51f4,
-                                           0x4db26158, 0x5005713c, 0xedb88320, 0xf00f9344, 0xd6d6a3e8, 0xcb61b38c,
-                                           0x9b64c2b0, 0x86d3d2d4, 0xa00ae278, 0xbdbdf21c }; // for half a byte
         quint32 crc = ~0u;
         for (const char byte : data) {
             crc ^= quint8(byte);
-            crc = crc >> 4 ^ table[crc & 15];
-            crc = crc >> 4 ^ table[crc & 15];
+            for (int bit = 0; bit < 8; ++bit)
+                crc = crc >> 1 ^ (crc & 1 ? 0xedb88320 : 0);
         }
         return ~crc;
     }
