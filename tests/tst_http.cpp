@@ -178,19 +178,45 @@ private slots:
         }
     }
 
-    void globalProxyComesAndGoes()
+    void typedProxyOutlivesTheGlobalOne_data()
     {
+        columns<QString, QString, QString>("steps", "used", "stored");
+        row("copied", "global on update", "g", "");
+        row("displaced", "t global on update", "g", "t");
+        row("global one removed", "t global on update off update", "t", "t");
+        row("typed later", "global on update own t update", "t", "t");
+        row("typed, not updated", "global on update own t", "t", "t");
+        row("typed the same", "t global on update own g update", "g", "g");
+        row("chosen from those used", "global on update own recent update", "g", "g");
+        row("other preference", "t global on update own update", "t", "t");
+        row("no proxy", "t global on update none update off update", "t", "t");
+        row("back and forth", "t global on update own u update global update", "g", "u");
+    }
+    void typedProxyOutlivesTheGlobalOne()
+    {
+        QFETCH(QString, steps);
         HttpHost host;
-        host.proxy = HttpAccess("own.example", 1);
-        host.proxyPreference = HttpHost::GlobalProxy;
-        host.updateProxy(QUrl());
-        QCOMPARE(host.proxy, HttpAccess("own.example", 1));
-        NodeDB::getDB().setGlobalProxy(NetworkProxy("global.example", 2, "me", "secret"));
-        host.updateProxy(QUrl());
-        QCOMPARE(host.proxy, HttpAccess("global.example", 2, "me", "secret"));
-        NodeDB::getDB().setGlobalProxy(NetworkProxy());
-        host.updateProxy(QUrl());
-        QVERIFY(host.proxy.isEmpty());
+        HttpAccessHistory history;
+        const QStringList preferences { "none", "own", "global" };
+        for (const QString &step : steps.split(' ')) {
+            if (step == "on" || step == "off")
+                NodeDB::getDB().setGlobalProxy(step == "on" ? NetworkProxy("g", 80) : NetworkProxy());
+            else if (step == "update")
+                host.updateProxy(QUrl());
+            else if (step == "recent")
+                host.proxy = history.accesses().at(0);
+            else if (preferences.contains(step))
+                host.proxyPreference = HttpHost::ProxyPreference(preferences.indexOf(step));
+            else
+                host.proxy.parseAddress(step, 80);
+            history.add(host.proxy);
+        }
+        QTEST(host.proxy.address(), "used");
+        const QTemporaryDir folder;
+        QSettings settings(folder.filePath("s.ini"), QSettings::IniFormat);
+        host.store(settings, false);
+        host.load(settings);
+        QTEST(host.proxy.address(), "stored");
     }
 
     void headerNamesCompareWithoutCase()
