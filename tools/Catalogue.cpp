@@ -17,10 +17,9 @@ namespace {
 
 QByteArray fetch(const QUrl &url)
 {
-    HttpAccess server;
-    server.setUrl(url);
-    HttpClient client(HttpHost(server, HttpAccess(), HttpClient::encodedUrlPath(url)));
-    const RequestPtr request = client.get(QString(), {}, nullptr, nullptr, HttpClient::keepInRequest, nullptr);
+    HttpClient client;
+    const RequestPtr request = client.prepareGet(url, nullptr, nullptr, HttpClient::keepInRequest, nullptr);
+    client.execute(request);
     while (client.isExecutingRequest())
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     if (request->statusCode() != 200)
