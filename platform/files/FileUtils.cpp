@@ -1,5 +1,5 @@
-// Single files and folders: made, read, replaced, removed, chosen. Called by the download manager and the update
-// client; leaves behind what its callers asked for and nothing half-written.
+// Single files and folders: made, read, replaced, removed, chosen. Leaves behind what
+// its callers asked for and nothing half-written.
 #include "FileUtils.h"
 
 #include <QDir>
