@@ -63,6 +63,17 @@ int runChild(const QStringList &arguments)
     if (what == "update") {
         DownloadManager::startUpdate(arguments[1], arguments[2], arguments[3], arguments[4]);
     } else if (what == "unpack") {
+        QTimer impatience;
+        QObject::connect(&impatience, &QTimer::timeout, [&] {
+            for (QWidget *widget : QApplication::topLevelWidgets()) {
+                auto *progress = qobject_cast<QProgressDialog *>(widget);
+                if (!progress || progress->wasCanceled() || arguments[3] != "cancelled while it unpacks")
+                    continue;
+                progress->cancel();
+                clicker.boxes << "cancelled";
+            }
+        });
+        impatience.start();
         try {
             DownloadManager().runInstaller(arguments[1]);
         } catch (const IOException &exception) {
@@ -240,6 +251,8 @@ private slots:
         row("shell, no program", ZipBuilder::archive({ { "readme", "text" } }), "%1/chosen", true, words + self);
         row("no shell", package, "%1/chosen", false, QStringList { chooser, "waiting" });
         row("cancelled", package, "", true, QStringList { chooser, "not waiting" });
+        row("cancelled while it unpacks", ZipBuilder::archive({ ZipItem("big", QByteArray(30 << 20, 'x')).deflate() }),
+            "%1/chosen", true, QStringList { chooser, "cancelled", "waiting" });
         row("broken", package.left(99), "%1/chosen", true,
             QStringList { chooser, box, "thrown: " + broken, "not waiting" });
     }
@@ -253,8 +266,9 @@ private slots:
         QVERIFY(QDir().mkpath(at("chosen")));
         if (hasShell)
             writeProgram(at("sh"), showArguments);
-        const QStringList seen = child({ "unpack", at("p.zip"), folder.replace("%1", scratch->path()) });
-        QCOMPARE(temporary().size(), output[0] == "PID" ? 1 : 0);
+        const QStringList seen =
+            child({ "unpack", at("p.zip"), folder.replace("%1", scratch->path()), QTest::currentDataTag() });
+        QCOMPARE(temporary().size(), output[0] == "PID" || output.contains("cancelled") ? 1 : 0);
         output.replaceInStrings("%1", scratch->path());
         output.replaceInStrings("%2", at("tmp/") + temporary().value(0).toUtf8());
         QCOMPARE(seen, output);
