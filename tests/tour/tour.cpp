@@ -1,37 +1,16 @@
 // Walks through all windows of the demo without a human and saves pictures of them: a table of steps, and the loop that
-// takes them one after the other.
-//   tour [--language L] [--server URL] PICTURES
+// takes one after the other.
+//   tour PICTURES [URL]      the folder for the pictures; the catalogue, if not that of the demo's own server
 #include "CatalogueWindow.h"
 #include "DemoServer.h"
 #include "MainWindow.h"
 #include "NodeDB.h"
-#include "SelfUpdate.h"
 #include "SoftwareUpdateAvailableDialog.h"
 #include "SoftwareUpdateDialog.h"
 
-#include <QAbstractButton>
-#include <QAction>
-#include <QApplication>
-#include <QCommandLineParser>
-#include <QDesktopServices>
-#include <QDialogButtonBox>
-#include <QDirIterator>
-#include <QElapsedTimer>
-#include <QLabel>
-#include <QLineEdit>
-#include <QMessageBox>
-#include <QPlainTextEdit>
-#include <QProgressBar>
-#include <QPushButton>
-#include <QStatusBar>
-#include <QTableWidget>
 #include <QTest>
-#include <QTextBrowser>
-#include <QTimer>
-#include <QTreeWidget>
-
+#include <QtWidgets>
 #include <cstdio>
-#include <memory>
 
 /// What the leak check shall not mind: the managers of installations are never freed, by design.
 extern "C" Q_DECL_EXPORT const char *__lsan_default_suppressions() // NOLINT(bugprone-reserved-identifier)
@@ -41,22 +20,22 @@ extern "C" Q_DECL_EXPORT const char *__lsan_default_suppressions() // NOLINT(bug
 
 namespace {
 
-QUrl server; // the catalogue that the demo asks
-std::unique_ptr<MainWindow> host;
-QUrl openedUrl; // what would have gone to the browser last
-
 using Action = std::function<void()>;
 using Window = QWidget *(*)();
 
 struct Step
 {
     const char *told;                ///< printed when it has happened
-    Action done;                     ///< by the user; none: the demo does something by itself
+    std::vector<Action> done;        ///< by the user, in this order; may open boxes that wait for the next step
     Window window;                   ///< is shown then, and no box unless it is this one
+    const char *picture = "";        ///< of the window; "" for none
     const char *parts = "";          ///< of it, by name, that are shown and enabled; "-" before those that are not
     std::function<bool()> then = {}; ///< what else is the case
-    const char *picture = nullptr;   ///< of the window
 };
+
+QUrl server; // the catalogue that the demo asks
+QUrl opened; // what would have gone to the browser last
+std::unique_ptr<MainWindow> host;
 
 template<class Type>
 QWidget *shown()
@@ -68,24 +47,13 @@ QWidget *shown()
     return nullptr;
 }
 
-constexpr Window mainWindow = shown<MainWindow>;
-constexpr Window settings = shown<qv::SoftwareUpdateDialog>;
-constexpr Window available = shown<qv::SoftwareUpdateAvailableDialog>;
-constexpr Window catalogue = shown<CatalogueWindow>;
-
-QWidget *box() // the newest
-{
-    return qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
-}
-
-QWidget *progress()
-{
-    for (QWidget *window : QApplication::topLevelWidgets()) {
-        if (auto *dialog = qobject_cast<QProgressDialog *>(window))
-            dialog->setMinimumDuration(0); // else it appears for what takes more than four seconds
-    }
+constexpr Window mainWindow = shown<MainWindow>, settings = shown<qv::SoftwareUpdateDialog>,
+                 available = shown<qv::SoftwareUpdateAvailableDialog>, catalogue = shown<CatalogueWindow>;
+constexpr Window progress = [] {
+    for (auto *dialog : host->findChildren<QProgressDialog *>())
+        dialog->setMinimumDuration(0); // else it appears for what takes more than four seconds
     return shown<QProgressDialog>();
-}
+};
 
 template<class Part>
 Part *part(Window window, const QString &name = QString())
@@ -96,258 +64,177 @@ Part *part(Window window, const QString &name = QString())
     return found;
 }
 
-bool isUsable(const QWidget *window, const QString &name)
-{
-    const auto *found = window->findChild<QWidget *>(name);
-    return found && found->isVisible() && found->isEnabled();
-}
+const auto question = [] { return qobject_cast<QMessageBox *>(QApplication::activeModalWidget()); }; // the newest
+const auto box = []() -> QWidget * { return question(); };
+const auto table = [] { return part<QTableWidget>(available); };
+const auto list = [] { return part<QTreeWidget>(catalogue); };
 
-Action choose(Window window, const char *text)
-{
-    return [=] {
-        for (QAction *action : window()->findChildren<QAction *>()) {
-            if (action->text().remove('&') == text)
-                return action->trigger();
-        }
-        qFatal("There is no action \"%s\"", text);
-    };
-}
-
-Action click(Window window, const char *button)
-{
-    return [=] { part<QAbstractButton>(window, button)->click(); };
-}
-
-Action answer(QMessageBox::ButtonRole role)
-{
-    return [=] {
-        auto *asked = qobject_cast<QMessageBox *>(box());
-        for (QAbstractButton *button : asked->buttons()) {
-            if (asked->buttonRole(button) == role || asked->buttons().size() == 1)
-                return button->click();
-        }
-    };
-}
-
-Action close(Window window)
-{
-    return [=] { window()->close(); };
-}
-
-Action check(const char *document)
-{
+// What a user does.
+const auto click = [](Window in, const char *name) { return [=] { part<QAbstractButton>(in, name)->click(); }; };
+const auto close = [](Window window) { return [=] { window()->close(); }; };
+const auto agree = [] { question()->buttons().first()->click(); }; // the first is that of accepting, or Yes
+const auto check = [](const char *document) {
     return [=] {
         part<QLineEdit>(settings, "updateServerLineEdit")->setText(server.resolved(QUrl(document)).toString());
-        click(settings, "updatePushButton")();
+        part<QAbstractButton>(settings, "updatePushButton")->click();
     };
-}
-
-bool isTold(const char *outcome)
-{
-    return part<QLabel>(settings, "updateNotificationLabel")
-        ->text()
-        .contains(QCoreApplication::translate("SoftwareUpdateClient", outcome));
-}
-
-QTableWidget *table()
-{
-    return part<QTableWidget>(available);
-}
-
-QList<int> visibleRows()
-{
-    QList<int> rows;
-    for (int row = 0; row < table()->rowCount(); ++row) {
-        if (!table()->isRowHidden(row))
-            rows << row;
-    }
-    return rows;
-}
-
-void selectFirst()
-{
-    table()->selectRow(0);
-}
-
-Action install(const QString &type)
-{
+};
+const auto choose = [](Window window, const char *entry) {
     return [=] {
-        for (int row = 0; row < table()->rowCount(); ++row) {
-            if (table()->item(row, 2)->text() == type)
-                table()->selectRow(row);
+        for (QAction *action : window()->findChildren<QAction *>()) {
+            if (action->text().remove('&') == entry)
+                action->trigger();
         }
-        click(available, "installPushButton")();
     };
-}
-
-int downloaded(const QString &pattern)
-{
-    int files = 0;
-    for (QDirIterator found(QDir::tempPath(), { pattern }, QDir::Files, QDirIterator::Subdirectories); found.hasNext();
-         found.next())
-        ++files;
-    return files;
-}
-
-bool isUnderWay(const QProgressBar *bar)
-{
-    return bar->value() > bar->maximum() / 3 && bar->value() < bar->maximum();
-}
-
-int newPackages()
-{
-    return part<QTreeWidget>(catalogue)->findItems("new", Qt::MatchExactly, 5).size();
-}
-
-Action restart(const char *before)
-{
+};
+const auto select = [](const char *type, QTableWidget::SelectionMode mode = QTableWidget::SingleSelection) {
     return [=] {
-        qputenv("CAMERA_HOST_UPDATED_FROM", before);
+        table()->setSelectionMode(mode);
+        for (const QTableWidgetItem *item : table()->findItems(type, Qt::MatchExactly)) {
+            if (!table()->isRowHidden(item->row()))
+                table()->selectRow(item->row());
+        }
+    };
+};
+const auto start = [](const char *updatedFrom) {
+    return [=] {
+        qputenv("CAMERA_HOST_UPDATED_FROM", updatedFrom);
         host = std::make_unique<MainWindow>(server, server.resolved(QUrl("faults.xml")));
         host->show();
     };
-}
+};
+const Action install = click(available, "installPushButton"), cancel = click(progress, "");
 
-bool isCritical()
-{
-    return qobject_cast<QMessageBox *>(box())->icon() == QMessageBox::Critical;
-}
-
-constexpr auto yes = QMessageBox::YesRole, proceed = QMessageBox::AcceptRole, reject = QMessageBox::RejectRole;
+// What is the case then.
+const auto told = [](const char *outcome) {
+    return [=] {
+        const QString text = QCoreApplication::translate("SoftwareUpdateClient", outcome);
+        return part<QLabel>(settings, "updateNotificationLabel")->text().contains(text);
+    };
+};
+const auto downloading = [](Window window) {
+    return [=] {
+        const auto *bar = part<QProgressBar>(window);
+        return bar->value() > bar->maximum() / 3 && bar->value() < bar->maximum();
+    };
+};
+const auto exists = [](const char *pattern) {
+    return QDirIterator(QDir::tempPath(), { pattern }, QDir::Files, QDirIterator::Subdirectories).hasNext();
+};
+const auto gone = [](Window window) { return [=] { return !window(); }; };
+const auto failure = [] { return question()->icon() == QMessageBox::Critical; };
+const auto hiddenRows = [] { return table()->verticalHeader()->hiddenSectionCount(); };
+const auto newPackages = [] { return list()->findItems("new", Qt::MatchExactly, 5).size(); };
 
 // clang-format off
 const std::vector<Step> steps = {
-    // A check for updates as a human makes it.
-    { "The main window lists the cameras", {}, mainWindow, "",
-      [] { return part<QTreeWidget>(mainWindow)->topLevelItemCount() == 8; }, "main-window" },
+    // The client: settings, checks, the table of packages.
+    { "The main window lists the cameras", {}, mainWindow, "main-window", "",
+      [] { return part<QTreeWidget>(mainWindow)->topLevelItemCount() == 8; } },
     { "The check at application start finds updates by itself", {}, available },
-    { "The table closes", close(available), mainWindow, "", [] { return !available(); } },
-    { "The menu opens the settings, without what is for experts", choose(mainWindow, "Check for Updates..."), settings,
-      "lastCheckLabel updatePushButton -updateServerLineEdit", {}, "settings" },
-    { "Check Now starts a check", click(settings, "updatePushButton"), settings, "progressBar -updatePushButton", {},
-      "checking" },
-    { "The table shows what it has found, firmware in foreign languages left out", {}, available, "-downloadPushButton",
-      [] { return isUsable(settings(), "updatePushButton") && visibleRows().size() < table()->rowCount(); },
-      "update-available" },
-    { "A package of the application has a link and release notes", selectFirst, available,
-      "commentText downloadPushButton releaseNotesPushButton", {}, "application-selected" },
-    { "So has a camera's firmware", [] { table()->selectRow(visibleRows().last()); }, available, "commentText",
-      [] { return part<QTextBrowser>(available)->toPlainText().contains(table()->item(visibleRows().last(), 0)->text()); },
-      "firmware-selected" },
-    { "Two packages can only be downloaded", [] { table()->setSelectionMode(QTableWidget::MultiSelection); selectFirst(); },
-      available, "downloadPushButton -installPushButton -releaseNotesPushButton -commentText", {}, "two-selected" },
-    { "Show all languages shows what was left out", click(available, "showAllLanguagesCheckBox"), available, "",
-      [] { return visibleRows().size() == table()->rowCount(); }, "all-languages" },
-    { "and hides it again", click(available, "showAllLanguagesCheckBox"), available, "",
-      [] { return visibleRows().size() < table()->rowCount(); } },
-    { "One package is selected", [] { table()->setSelectionMode(QTableWidget::SingleSelection); selectFirst(); },
-      available, "releaseNotesPushButton" },
-    { "Release Notes opens a page in the browser", click(available, "releaseNotesPushButton"), available, "",
-      [] { return openedUrl.path().endsWith(".html"); } },
-    { "Download Package opens its link", click(available, "downloadPushButton"), available, "",
-      [] { return openedUrl.path().endsWith(table()->item(0, 2)->text()); } },
-    { "Update Settings leads back to the one settings dialog", click(available, "updateSettingsPushButton"), settings, "",
-      [] { return host->findChildren<qv::SoftwareUpdateDialog *>().size() == 1; } },
-    { "The table closes", close(available), settings, "", [] { return !available(); } },
-    { "The product is up to date", check("old.xml"), settings, "",
-      [] { return isTold("Congratulations! Your product is up-to-date!"); }, "up-to-date" },
-    { "There is no update", check("empty.xml"), settings, "", [] { return isTold("No update available!"); }, "no-update" },
-    { "There is no catalogue, in Qt's words", check("missing.xml"), settings, "", [] { return isTold("missing.xml"); },
-      "error" },
+    { "The menu opens the settings, without what is for experts",
+      { close(available), choose(mainWindow, "Check for Updates...") }, settings, "settings",
+      "lastCheckLabel updatePushButton -updateServerLineEdit -checkForBetaCheckBox" },
+    { "Check Now starts a check", { click(settings, "updatePushButton") }, settings, "checking",
+      "progressBar -updatePushButton" },
+    { "The table shows updates, firmware in foreign languages left out", {}, available, "update-available",
+      "-downloadPushButton -commentText", [] { return hiddenRows() > 0 && hiddenRows() < table()->rowCount(); } },
+    { "A package has a link and release notes", { select("deb") }, available, "application-selected",
+      "commentText downloadPushButton releaseNotesPushButton" },
+    { "So has a camera's firmware", { select("rpk") }, available, "firmware-selected", "releaseNotesPushButton",
+      [] { return part<QTextBrowser>(available)->toPlainText().contains(table()->selectedItems().first()->text()); } },
+    { "Two packages can only be downloaded", { select("deb", QTableWidget::MultiSelection) }, available, "two-selected",
+      "downloadPushButton -installPushButton -releaseNotesPushButton -commentText" },
+    { "Show all languages shows what was left out", { click(available, "showAllLanguagesCheckBox") }, available,
+      "all-languages", "", [] { return hiddenRows() == 0; } },
+    { "Release Notes opens a page in the browser", { select("deb"), click(available, "releaseNotesPushButton") },
+      available, "", "", [] { return opened.path().endsWith(".html"); } },
+    { "Download Package opens its link", { click(available, "downloadPushButton") }, available, "", "",
+      [] { return opened.path().endsWith(".deb"); } },
+    { "Update Settings leads back to the one settings dialog", { click(available, "updateSettingsPushButton") },
+      settings, "", "", [] { return host->findChildren<qv::SoftwareUpdateDialog *>().size() == 1; } },
+    { "The product is up to date", { close(available), check("old.xml") }, settings, "up-to-date", "",
+      told("Congratulations! Your product is up-to-date!") },
+    { "There is no update", { check("empty.xml") }, settings, "no-update", "", told("No update available!") },
+    { "There is no catalogue, in Qt's words", { check("missing.xml") }, settings, "error", "", told("missing.xml") },
 
     // Packages of all types, installed from the table.
-    { "Packages are found", check("catalogue.xml"), available },
-    { "Install asks before it begins", install("exe"), box, "", {}, "install-exe" },
-    { "Cancel Install leaves all as it was", answer(reject), available },
-    { "It asks again", install("exe"), box },
-    { "The package is downloaded", answer(proceed), progress, "",
-      [] { return isUnderWay(part<QProgressBar>(progress)); }, "progress" },
-    { "Cancel ends that and leaves no file", [] { part<QAbstractButton>(progress)->click(); }, available, "",
-      [] { return !progress() && downloaded("*.exe") == 0; } },
-    { "It asks again", install("exe"), box },
-    { "The installer runs", answer(proceed), settings, "", [] { return downloaded("*.exe.log") > 0 && !available(); } },
-    { "Packages are found", check("catalogue.xml"), available },
-    { "Install asks for a package of installers", install("mpkg"), box, "", {}, "install-mpkg" },
-    { "The unpacked installers are opened", answer(proceed), settings, "",
-      [] { return openedUrl.isLocalFile() && openedUrl.path().endsWith(".mpkg"); } },
-    { "Packages are found", check("catalogue.xml"), available },
-    { "Install asks for an archive", install("zip"), box, "", {}, "install-zip" },
-    { "A restart is asked for", answer(proceed), box, "", {}, "restart" },
-    { "Restart later leaves the unpacked package", answer(reject), settings, "",
-      [] { return downloaded("*.zip") == 0 && downloaded("camera-host") > 0; } },
+    { "There are packages", { check("catalogue.xml") }, available },
+    { "Install asks before it begins", { select("exe"), install }, box, "install-exe" },
+    { "Cancel Install leaves all as it was", { close(box) }, available, "", "", [] { return !exists("*.exe"); } },
+    { "Install asks again", { install }, box },
+    { "The package is downloaded", { agree }, progress, "progress", "", downloading(progress) },
+    { "Cancel ends that and leaves no file", { cancel }, available, "", "",
+      [] { return !progress() && !exists("*.exe"); } },
+    { "Install asks again", { install }, box },
+    { "The installer runs", { agree }, settings, "", "", [] { return !available() && exists("*.exe.log"); } },
+    { "There are packages", { check("catalogue.xml") }, available },
+    { "Install asks for installers in an archive", { select("mpkg"), install }, box, "install-mpkg" },
+    { "They are opened", { agree }, settings, "", "", [] { return opened.toLocalFile().endsWith(".mpkg"); } },
+    { "There are packages", { check("catalogue.xml") }, available },
+    { "Install asks for an archive", { select("zip"), install }, box, "install-zip" },
+    { "A restart is asked for", { agree }, box, "restart" },
+    { "Restart later leaves the unpacked package", { close(box) }, settings, "", "",
+      [] { return !exists("*.zip") && exists("camera-host"); } },
 
     // What a user sees when that fails.
-    { "Faulty packages are found", [] {
-         QSettings().setValue("supportedPackageTypes", "deb,zip,bin");
-         QSettings().setValue("installablePackageTypes", "deb,zip,bin");
-         check("faults.xml")();
-      }, available },
-    { "Install asks", install("deb"), box, "", {}, "install-deb" },
-    { "A package that the server does not have", answer(proceed), box, "", isCritical, "missing-package" },
-    { "Its box closes", answer(reject), available },
-    { "Install asks", install("bin"), box, "", {}, "install-bin" },
-    { "A package of no known type", answer(proceed), box, "", isCritical, "unknown-type" },
-    { "Its box closes", answer(reject), settings },
-    { "Faulty packages are found", check("faults.xml"), available },
-    { "Install asks", install("zip"), box },
-    { "A package that is no archive", answer(proceed), box, "", isCritical, "broken-package" },
-    { "The restart did not wait for it", answer(reject), box, "", [] { return !isCritical(); } },
-    { "All boxes close", answer(reject), settings },
-    { "Cancel closes the settings", [] { part<QDialogButtonBox>(settings)->button(QDialogButtonBox::Cancel)->click(); },
-      mainWindow, "", [] { return !settings(); } },
+    { "There are faulty packages", { [] { QSettings().setValue("supportedPackageTypes", "deb,zip,bin"); },
+      [] { QSettings().setValue("installablePackageTypes", "deb,zip,bin"); }, check("faults.xml") }, available },
+    { "Install asks for one that the server does not have", { select("deb"), install }, box, "install-deb" },
+    { "It cannot be downloaded", { agree }, box, "missing-package", "", failure },
+    { "The box closes", { close(box) }, available },
+    { "Install asks for one of no known type", { select("bin"), install }, box, "install-bin" },
+    { "It cannot be installed", { agree }, box, "unknown-type", "", failure },
+    { "The box closes", { close(box) }, settings },
+    { "There are faulty packages", { check("faults.xml") }, available },
+    { "Install asks for one that is no archive", { select("zip"), install }, box },
+    { "It cannot be unpacked", { agree }, box, "broken-package", "", failure },
+    { "The restart did not wait for it", { close(box) }, box, "", "", [] { return !failure(); } },
+    { "Cancel closes the settings", { close(box), close(settings) }, mainWindow, "", "", gone(settings) },
 
     // What is for experts.
-    { "With Shift held the settings show what is for experts", [] {
-         QTest::keyPress(mainWindow(), Qt::Key_Shift, Qt::ShiftModifier);
-         choose(mainWindow, "Check for Updates...")();
-         QTest::keyRelease(mainWindow(), Qt::Key_Shift);
-      }, settings, "updateServerLineEdit checkForBetaCheckBox", {}, "expert-settings" },
-    { "With beta versions there are others", [] {
-         click(settings, "checkForBetaCheckBox")();
-         check("catalogue.xml")();
-      }, available, "", [] { return table()->item(0, 0)->text().endsWith(" BETA"); } },
-    { "of which a beta is one", selectFirst, available, "commentText", {}, "beta" },
-    { "The table closes", close(available), settings, "", [] { return !available(); } },
-    { "OK closes the settings", [] { part<QDialogButtonBox>(settings)->button(QDialogButtonBox::Ok)->click(); },
-      mainWindow, "", [] { return !settings(); } },
+    { "With Shift held the settings show it", { [] { QTest::keyPress(mainWindow(), Qt::Key_Shift, Qt::ShiftModifier); },
+      choose(mainWindow, "Check for Updates..."), [] { QTest::keyRelease(mainWindow(), Qt::Key_Shift); } }, settings,
+      "expert-settings", "updateServerLineEdit checkForBetaCheckBox" },
+    { "There are beta versions", { click(settings, "checkForBetaCheckBox"), check("catalogue.xml") }, available, "", "",
+      [] { return table()->item(0, 0)->text().endsWith(" BETA"); } },
+    { "One is selected", { select("deb") }, available, "beta", "commentText" },
+    { "OK closes the settings",
+      { close(available), [] { part<QDialogButtonBox>(settings)->button(QDialogButtonBox::Ok)->click(); } }, mainWindow,
+      "", "", gone(settings) },
 
     // The download manager alone.
-    { "The catalogue is empty at first", choose(mainWindow, "Catalogue..."), catalogue, "",
-      [] { return part<QTreeWidget>(catalogue)->topLevelItemCount() == 0; } },
-    { "The catalogue is queried, all packages are new", choose(catalogue, "Query Server"), catalogue, "",
-      [] { return newPackages() > 0 && newPackages() == part<QTreeWidget>(catalogue)->topLevelItemCount(); } },
-    { "A selected package shows its release notes", [] {
-         auto *list = part<QTreeWidget>(catalogue);
-         list->setCurrentItem(list->findItems("Camera Host 1.2", Qt::MatchExactly).value(0));
-      }, catalogue, "", [] { return !part<QPlainTextEdit>(catalogue)->toPlainText().isEmpty(); }, "catalogue" },
-    { "It is downloaded", choose(catalogue, "Download"), catalogue, "",
-      [] { return isUnderWay(part<QProgressBar>(catalogue)); }, "downloading" },
-    { "Cancel ends the download and leaves no file", choose(catalogue, "Cancel"), catalogue, "",
-      [] { return !part<QProgressBar>(catalogue)->isVisible(); }, "cancelled" },
-    { "The next one is complete", choose(catalogue, "Download"), catalogue, "", [] {
-         return QFileInfo(part<QStatusBar>(catalogue)->currentMessage().section("Saved as ", -1)).size() > 0;
-      } },
-    { "Nothing is new any more", choose(catalogue, "Query Server"), catalogue, "",
-      [] { return newPackages() == 0; }, "nothing-new" },
-    { "The next window remembers the packages", {}, catalogue, "",
-      [] { return part<QTreeWidget>(catalogue)->topLevelItemCount() == CatalogueWindow(server, nullptr).findChild<QTreeWidget *>()->topLevelItemCount(); } },
+    { "At first all packages are new", { choose(mainWindow, "Catalogue..."), choose(catalogue, "Query Server") },
+      catalogue, "", "", [] { return newPackages() > 0 && newPackages() == list()->topLevelItemCount(); } },
+    { "A selected one shows its release notes",
+      { [] { list()->setCurrentItem(list()->findItems("Camera Host 1.2", Qt::MatchExactly).value(0)); } }, catalogue,
+      "catalogue", "", [] { return !part<QPlainTextEdit>(catalogue)->toPlainText().isEmpty(); } },
+    { "It is downloaded", { choose(catalogue, "Download") }, catalogue, "downloading", "", downloading(catalogue) },
+    { "Cancel ends that and leaves no file", { choose(catalogue, "Cancel") }, catalogue, "cancelled", "",
+      [] { return !part<QProgressBar>(catalogue)->isVisible() && !exists("camera-host-1.2.zip"); } },
+    { "The next download is complete", { choose(catalogue, "Download") }, catalogue, "", "",
+      [] { return QFile(part<QStatusBar>(catalogue)->currentMessage().section("Saved as ", 1)).size() == 336251; } },
+    { "Nothing is new any more", { choose(catalogue, "Query Server") }, catalogue, "nothing-new", "",
+      [] { return newPackages() == 0; } },
+    { "The next start remembers the packages", { start(""), choose(mainWindow, "Catalogue...") }, catalogue, "", "",
+      [] { return list()->topLevelItemCount() > 0; } },
 
-    // "Update Myself", as far as there is something left of the tour after it.
-    { "A newer version is offered", choose(mainWindow, "Update Myself..."), box, "", {}, "update-offered" },
-    { "It is no archive", answer(yes), box, "", isCritical, "update-broken" },
-    { "Its box closes, the update waits", answer(reject), progress, "", {}, "update-waits" },
-    { "Cancel ends the update", [] { part<QAbstractButton>(progress)->click(); }, box, "", {}, "update-cancelled" },
-    { "Its box closes", answer(reject), mainWindow, "", [] { return !progress(); } },
-    { "The next attempt asks, too", choose(mainWindow, "Update Myself..."), box, "", [] { return !isCritical(); } },
-    { "and goes as far", answer(yes), box, "", isCritical },
-    { "Its box closes", answer(reject), progress },
-    { "A version that was updated tells so", restart("0.9"), mainWindow, "", {}, "after-update" },
-    { "So does one that was not", restart("1.0"), mainWindow, "", {}, "after-failed-update" },
+    // The program's own update, as far as a tour can go on after it. After one that failed there is the next.
+    { "A newer version is offered", { choose(mainWindow, "Update Myself...") }, box, "update-offered" },
+    { "It is no archive", { agree }, box, "update-broken", "", failure },
+    { "The update waits", { close(box) }, progress, "update-waits" },
+    { "Cancel ends it", { cancel }, box, "update-cancelled" },
+    { "The box closes", { close(box) }, mainWindow, "", "", gone(progress) },
+    { "It is offered again", { choose(mainWindow, "Update Myself...") }, box, "", "", [] { return !failure(); } },
+    { "It is no archive", { agree }, box, "", "", failure },
+    { "The box closes", { close(box) }, progress },
+    { "After an update the next version tells", { start("0.9") }, mainWindow, "after-update" },
+    { "After one that did not work the old one tells", { start("1.0") }, mainWindow, "after-failed-update" },
 };
 // clang-format on
 
-/// Takes the steps while the application runs, in the loops of its boxes, too, and ends it after the last one or at the
-/// first that does not happen.
+/// Takes the steps while the application runs, in the loops of its boxes, too. Ends it after the last one, or with an
+/// exit code at the first that does not happen.
 class Tour : public QObject
 {
     Q_OBJECT
@@ -355,63 +242,54 @@ class Tour : public QObject
 public:
     explicit Tour(const QDir &pictures) : pictures(pictures)
     {
+        pictures.mkpath(".");
         for (const char *scheme : { "http", "file" })
             QDesktopServices::setUrlHandler(scheme, this, "openUrl");
         connect(&timer, &QTimer::timeout, this, &Tour::look);
         timer.start(20);
-        begin();
     }
 
-private slots:
-    void openUrl(const QUrl &url) { openedUrl = url; }
+public slots:
+    void openUrl(const QUrl &url) { opened = url; }
 
 private:
-    void begin()
-    {
-        begun = false;
-        patience.start();
-        QTimer::singleShot(0, this, [this] {
-            begun = true;
-            if (steps.at(index).done)
-                steps.at(index).done();
-        });
-    }
-
     void look()
     {
-        if (patience.hasExpired(30'000)) { // twice what a check may take
-            const auto *asked = qobject_cast<QMessageBox *>(box());
-            fprintf(stderr, "This did not happen: %s\n%s\n", steps.at(index).told, asked ? qPrintable(asked->text()) : "");
-            return QCoreApplication::exit(1);
+        const Step &step = steps.at(index);
+        if (!begun) {
+            begun = true;
+            patience.start();
+            QTimer::singleShot(0, this, [&step] {
+                for (const Action &action : step.done)
+                    action();
+            });
+        } else if (hasHappened(step)) {
+            puts(step.told);
+            if (*step.picture)
+                step.window()->grab().save(pictures.filePath(
+                    QStringLiteral("%1-%2.png").arg(++pictureCount, 2, 10, QLatin1Char('0')).arg(step.picture)));
+            begun = false;
+            if (++index == steps.size())
+                QCoreApplication::exit(0);
+        } else if (patience.hasExpired(30'000)) { // twice what a check may take
+            fprintf(stderr, "This did not happen: %s\n", step.told);
+            if (question())
+                fprintf(stderr, "A box says: %s\n", qPrintable(question()->text()));
+            QCoreApplication::exit(1);
         }
-        if (!begun || !hasHappened(steps.at(index)))
-            return;
-        if (steps.at(index).picture && !save(*steps.at(index).window(), steps.at(index).picture))
-            return QCoreApplication::exit(1);
-        puts(steps.at(index).told);
-        if (++index < steps.size())
-            return begin();
-        printf("The tour is over. Its %d pictures are in %s\n", pictureCount, qPrintable(pictures.absolutePath()));
-        timer.stop();
-        QCoreApplication::exit(0);
     }
 
     static bool hasHappened(const Step &step)
     {
-        QWidget *window = step.window();
-        if (!window || (box() && box() != window))
+        const QWidget *window = step.window();
+        if (!window || (question() && question() != window))
             return false;
-        for (const QString &part : QString(step.parts).split(' ', Qt::SkipEmptyParts)) {
-            if (part.startsWith('-') ? isUsable(window, part.mid(1)) : !isUsable(window, part))
+        for (const QString &name : QString(step.parts).split(' ', Qt::SkipEmptyParts)) {
+            const auto *found = part<QWidget>(step.window, QString(name).remove('-'));
+            if ((found->isVisible() && found->isEnabled()) == name.startsWith('-'))
                 return false;
         }
         return !step.then || step.then();
-    }
-
-    bool save(QWidget &window, const char *name)
-    {
-        const QString file = QStringLiteral("%1-%2.png").arg(++pictureCount, 2, 10, QLatin1Char('0')).arg(name);
-        return window.grab().save(pictures.filePath(file));
     }
 
     const QDir pictures;
@@ -426,13 +304,7 @@ private:
 
 int main(int argc, char *argv[])
 {
-    QCommandLineParser options;
-    options.addOptions({ { "language", "", "language", "en" }, { "server", "", "URL" } });
-    options.addPositionalArgument("pictures", "The folder for the pictures.");
-    // Qt asks for the language of the system once, while the application is constructed.
-    options.parse(QStringList(argv, argv + argc));
-    qputenv("LC_ALL", QLocale(options.value("language")).name().toLatin1() + ".UTF-8");
-    const QTemporaryDir scratch; // the tour finds and leaves nothing elsewhere
+    const QTemporaryDir scratch; // nothing is found or left elsewhere
     qputenv("TMPDIR", scratch.path().toLocal8Bit());
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, scratch.path());
 
@@ -440,21 +312,20 @@ int main(int argc, char *argv[])
     QCoreApplication::setOrganizationName("Quorvel Demo");
     QCoreApplication::setApplicationName("Camera Host");
     QCoreApplication::setApplicationVersion("1.0");
-    options.process(application);
     MainWindow::installTranslators();
-    const QDir pictures(options.positionalArguments().value(0));
-    pictures.mkpath(".");
 
-    DemoServer demoServer({ SITE });
-    server = options.value("server");
+    const QStringList arguments = QCoreApplication::arguments();
+    const DemoServer ownServer({ SITE });
+    server = arguments.value(2);
     if (server.isEmpty()) {
-        server = demoServer.url("catalogue.xml");
-        qv::NodeDB::getDB().setGlobalProxy(qv::NetworkProxy("127.0.0.1", demoServer.serverPort()));
+        server = ownServer.url("catalogue.xml");
+        qv::NodeDB::getDB().setGlobalProxy(qv::NetworkProxy("127.0.0.1", ownServer.serverPort()));
     }
-    host = std::make_unique<MainWindow>(server, server.resolved(QUrl("faults.xml")));
-    host->show();
-    const Tour tour(pictures);
+    Tour tour(arguments.value(1));
+    start("")();
     const int code = QApplication::exec();
+    for (const char *scheme : { "http", "file" })
+        QDesktopServices::unsetUrlHandler(scheme);
     host.reset();
     return code;
 }
