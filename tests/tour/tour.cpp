@@ -266,8 +266,7 @@ private:
         } else if (hasHappened(step)) {
             puts(step.told);
             if (*step.picture)
-                step.window()->grab().save(pictures.filePath(
-                    QStringLiteral("%1-%2.png").arg(++pictureCount, 2, 10, QLatin1Char('0')).arg(step.picture)));
+                save(step.window()->grab(), step.picture);
             begun = false;
             if (++index == steps.size())
                 QCoreApplication::exit(0);
@@ -277,6 +276,13 @@ private:
                 fprintf(stderr, "A box says: %s\n", qPrintable(question()->text()));
             QCoreApplication::exit(1);
         }
+    }
+
+    void save(const QPixmap &picture, const char *name)
+    {
+        const QString file = QStringLiteral("%1-%2.png").arg(++pictureCount, 2, 10, QLatin1Char('0')).arg(name);
+        if (!picture.save(pictures.filePath(file)))
+            qFatal("Cannot write %s to %s", qPrintable(file), qPrintable(pictures.path()));
     }
 
     static bool hasHappened(const Step &step)
@@ -316,6 +322,8 @@ int main(int argc, char *argv[])
 
     const QStringList arguments = QCoreApplication::arguments();
     const DemoServer ownServer({ SITE });
+    if (arguments.size() < 2)
+        qFatal("Which folder are the pictures for?");
     server = arguments.value(2);
     if (server.isEmpty()) {
         server = ownServer.url("catalogue.xml");
