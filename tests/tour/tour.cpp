@@ -1,6 +1,5 @@
 // Walks through all windows of the demo without a human and saves pictures of them: a table of steps, and the loop that
 // takes one after the other.
-//   tour PICTURES [URL]      the folder for the pictures; the catalogue, if not that of the demo's own server
 #include "CatalogueWindow.h"
 #include "DemoServer.h"
 #include "MainWindow.h"
@@ -310,6 +309,13 @@ private:
 
 int main(int argc, char *argv[])
 {
+    QCommandLineParser options;
+    options.addOptions({ { "language", "Speak <language>: de, fr or en.", "language", "en" },
+                         { "server", "Ask the update server at <URL> instead of the demo's own.", "URL" } });
+    options.addPositionalArgument("pictures", "The folder for the pictures.");
+    options.parse(QStringList(argv, argv + argc));
+    // Qt asks for the language of the system once, while the application is constructed.
+    qputenv("LC_ALL", QLocale(options.value("language")).name().toLatin1() + ".UTF-8");
     const QTemporaryDir scratch; // nothing is found or left elsewhere
     qputenv("TMPDIR", scratch.path().toLocal8Bit());
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, scratch.path());
@@ -320,16 +326,16 @@ int main(int argc, char *argv[])
     QCoreApplication::setApplicationVersion("1.0");
     MainWindow::installTranslators();
 
-    const QStringList arguments = QCoreApplication::arguments();
+    options.process(application);
+    if (options.positionalArguments().size() != 1)
+        options.showHelp(1);
     const DemoServer ownServer({ SITE });
-    if (arguments.size() < 2)
-        qFatal("Which folder are the pictures for?");
-    server = arguments.value(2);
+    server = options.value("server");
     if (server.isEmpty()) {
         server = ownServer.url("catalogue.xml");
         qv::NodeDB::getDB().setGlobalProxy(qv::NetworkProxy("127.0.0.1", ownServer.serverPort()));
     }
-    Tour tour(arguments.value(1));
+    Tour tour(options.positionalArguments().first());
     start("")();
     const int code = QApplication::exec();
     for (const char *scheme : { "http", "file" })
