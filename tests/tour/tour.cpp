@@ -263,7 +263,8 @@ private:
                     action();
             });
         } else if (hasHappened(step)) {
-            puts(step.told);
+            printf("%s\n", step.told);
+            fflush(stdout); // a crash shall not take it along
             if (*step.picture)
                 save(step.window()->grab(), step.picture);
             begun = false;
