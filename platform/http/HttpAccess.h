@@ -52,6 +52,10 @@ private:
     bool secure = false;
     QString userName;
     QString secret;
+
+    friend class HttpHost;
+    friend class HttpAccessHistory;
+    bool isGlobalProxy = false; // a copy that a host took from NodeDB, until something else is put in its place
 };
 
 } // namespace qv

@@ -9,6 +9,7 @@ void HttpAccessHistory::add(const HttpAccess &access)
 {
     entries.removeAll(access);
     entries.prepend(access);
+    entries.first().isGlobalProxy = false; // who takes it from here has chosen it
     if (entries.size() > maxEntries)
         entries.removeLast();
 }

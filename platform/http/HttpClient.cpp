@@ -21,9 +21,11 @@ namespace {
 
 constexpr int msProgressInterval = 50;
 
-// Bounds what Qt reads ahead, and so the memory and the time of one round. Without it a fast server fills the memory.
-constexpr qint64 readBufferSize = 512LL * 1024;
-constexpr qint64 pieceSize = 64LL * 1024;
+// Bounds what Qt reads ahead: without it a fast server fills the memory. Where a connection breaks off while this much
+// is waiting, Qt drops what it has read beyond.
+constexpr qint64 readBufferBytes = 4LL * 1024 * 1024;
+constexpr qint64 roundBytes = 512LL * 1024; // then others have their turn on this thread
+constexpr qint64 pieceBytes = 64LL * 1024;
 
 QNetworkProxy routeOf(const HttpHost &host)
 {
@@ -32,6 +34,11 @@ QNetworkProxy routeOf(const HttpHost &host)
         return QNetworkProxy::NoProxy;
     return QNetworkProxy(QNetworkProxy::HttpProxy, proxy.address(), quint16(proxy.port()), proxy.user(),
                          proxy.password());
+}
+
+bool isHttp(const QUrl &url)
+{
+    return !url.host().isEmpty() && (url.scheme() == QLatin1String("http") || url.scheme() == QLatin1String("https"));
 }
 
 QNetworkRequest networkRequest(const QUrl &url)
@@ -82,7 +89,13 @@ HttpClient::HttpClient()
         endRequest();
         current->status = 0;
     });
-    connect(&progressTimer, &QTimer::timeout, this, &HttpClient::reportProgress);
+    roundTimer.setSingleShot(true);
+    connect(&roundTimer, &QTimer::timeout, this, &HttpClient::readBody);
+    connect(&progressTimer, &QTimer::timeout, this, [this] {
+        // Qt may lose sight of a connection after its buffer was full. Told the size again, it looks.
+        reply->setReadBufferSize(readBufferBytes);
+        reportProgress();
+    });
 }
 
 HttpClient::HttpClient(const HttpHost &host) : HttpClient()
@@ -100,18 +113,28 @@ void HttpClient::setHost(const HttpHost &host)
     this->host = host;
 }
 
-void HttpClient::setStallLimit(int msSilence)
+void HttpClient::setStallLimit(int msDelay)
 {
-    this->msSilence = msSilence;
+    msStallDelay = msDelay;
 }
 
 RequestPtr HttpClient::prepareGet(const QString &path, const QMap<QString, QVariant> &parameters, QObject *receiver,
                                   const char *slot, QIODevice *output, const qvb::smart<QIODevice> &outputHandle)
 {
+    QUrl url(host.makeURL(path, parameters, true));
+    url.setUserName(host.server.user(), QUrl::DecodedMode);
+    url.setPassword(host.server.password(), QUrl::DecodedMode);
+    return prepareGet(url, receiver, slot, output, outputHandle);
+}
+
+RequestPtr HttpClient::prepareGet(const QUrl &url, QObject *receiver, const char *slot, QIODevice *output,
+                                  const qvb::smart<QIODevice> &outputHandle)
+{
     auto request = std::make_shared<RequestData>();
+    request->address = url;
+    request->visited = { url.adjusted(QUrl::RemoveUserInfo) };
     request->host = host;
-    request->visited = { QUrl(host.makeURL(path, parameters, true)) };
-    request->host.updateProxy(request->visited.first());
+    request->host.updateProxy(url);
     if (output && output != keepInRequest) {
         request->isKept = false;
         request->output = output;
@@ -174,31 +197,23 @@ void HttpClient::start()
 
 void HttpClient::send(const RequestData &request)
 {
-    QUrl url = request.visited.first();
-    if (url.host().isEmpty()) {
+    if (!isHttp(request.address)) {
         endRequest();
         return;
     }
-    url.setUserName(request.host.server.user(), QUrl::DecodedMode);
-    url.setPassword(request.host.server.password(), QUrl::DecodedMode);
     if (!network)
         network = new QNetworkAccessManager(this);
     network->setProxy(routeOf(request.host));
-    reply = network->get(networkRequest(url));
-    reply->setReadBufferSize(readBufferSize);
+    reply = network->get(networkRequest(request.address));
+    reply->setReadBufferSize(readBufferBytes);
     connect(reply, &QNetworkReply::redirected, this, [this](const QUrl &to) {
         current->visited.append(to);
         current->status = 0; // until that server answers
     });
     connect(reply, &QNetworkReply::metaDataChanged, this, &HttpClient::readHead);
     connect(reply, &QNetworkReply::readyRead, this, &HttpClient::readBody);
-    connect(reply, &QNetworkReply::finished, this, [this] {
-        readBody();
-        if (reply && isLeftOver(current->status, reply->error()))
-            current->status = 0;
-        endRequest();
-    });
-    stallTimer.start(msSilence);
+    connect(reply, &QNetworkReply::finished, this, &HttpClient::readBody);
+    stallTimer.start(msStallDelay);
 }
 
 void HttpClient::readHead()
@@ -211,16 +226,27 @@ void HttpClient::readHead()
 
 void HttpClient::readBody()
 {
-    std::array<char, pieceSize> piece;
-    while (reply) {
-        const qint64 size = reply->read(piece.data(), pieceSize);
+    std::array<char, pieceBytes> piece;
+    qint64 bytes = 0;
+    while (reply && bytes < roundBytes) {
+        const qint64 size = reply->read(piece.data(), pieceBytes);
         if (size <= 0)
             break;
+        bytes += size;
         stallTimer.start();
         if (!progressTimer.isActive())
             progressTimer.start();
         if (!current->append(piece.data(), size))
             endRequest();
+    }
+    if (!reply)
+        return;
+    if (bytes >= roundBytes) {
+        roundTimer.start();
+    } else if (reply->isFinished()) {
+        if (isLeftOver(current->status, reply->error()))
+            current->status = 0;
+        endRequest();
     }
 }
 
@@ -240,6 +266,7 @@ void HttpClient::dropReply()
 {
     stallTimer.stop();
     progressTimer.stop();
+    roundTimer.stop();
     if (QNetworkReply *dropped = std::exchange(reply, nullptr)) {
         dropped->disconnect(this);
         dropped->abort();
@@ -282,6 +309,14 @@ void HttpClient::reset()
     dropReply();
     disconnect(receiverDeath);
     next();
+}
+
+void HttpClient::drop(const RequestPtr &request)
+{
+    if (request == current)
+        reset();
+    else
+        waiting.removeOne(request);
 }
 
 QString HttpClient::encodedUrlPath(const QUrl &url)

@@ -21,9 +21,9 @@ namespace qv {
 /// @endcode
 ///
 /// Redirects are followed, at most maxRedirects and never from https to http. A server that sends nothing for a minute
-/// ends the request. Whatever went wrong, the slot is called once, and what arrived is there; but where a connection
-/// breaks off, what was read ahead and not yet passed on (half a megabyte at most) is lost with it. Cookies are neither
-/// kept nor sent, compressed answers are not asked for, and the system is never asked for a proxy.
+/// ends the request. Whatever went wrong, the slot is called once, and what arrived is there; only where a server
+/// breaks off while the GUI thread is 4 MiB behind it, the end of what it sent may be lost. Cookies are neither kept
+/// nor sent, compressed answers are not asked for, and the system is never asked for a proxy.
 ///
 /// The client, the receiver or the output device may be deleted at any time, in a slot called by the client too:
 /// without its receiver a request is dropped, without its device it ends.
@@ -46,7 +46,7 @@ public:
     void setHost(const HttpHost &host);
 
     /// How long a server may be silent; msStallLimit unless set.
-    void setStallLimit(int msSilence);
+    void setStallLimit(int msDelay);
 
     /// A GET that waits for execute().
     /// @param path        encoded, with or without a query; empty for the host's own path
@@ -60,6 +60,11 @@ public:
     RequestPtr prepareGet(const QString &path, const QMap<QString, QVariant> &parameters, QObject *receiver,
                           const char *slot, QIODevice *output, const qvb::smart<QIODevice> &outputHandle);
 
+    /// The same for @p url as it stands, its scheme, port, query and credentials, over the route of the client's host
+    /// and without the credentials of that host's server. Anything but http and https ends with status 0.
+    RequestPtr prepareGet(const QUrl &url, QObject *receiver, const char *slot, QIODevice *output,
+                          const qvb::smart<QIODevice> &outputHandle);
+
     /// Starts @p request when those before it have ended. A request runs once only.
     void execute(const RequestPtr &request);
 
@@ -70,6 +75,10 @@ public:
     /// Drops the executing request: nothing is told about it any more, and what it carries is freed. Those that wait
     /// behind it take their turn. A request whose slot is being called has ended already and is left alone.
     void reset();
+
+    /// Drops @p request as reset() does, be it executing or waiting; it will not run again. One that has ended, or was
+    /// never executed here, is left alone.
+    void drop(const RequestPtr &request);
 
     /// From execute() until the slot has returned.
     bool isExecutingRequest() const { return phase != Idle; }
@@ -103,7 +112,7 @@ private:
     void next();
 
     HttpHost host;
-    int msSilence = msStallLimit;
+    int msStallDelay = msStallLimit;
     QNetworkAccessManager *network = nullptr; // made with the first request: the first of a process is costly
     QNetworkReply *reply = nullptr;           // while Running
     Phase phase = Idle;
@@ -111,6 +120,7 @@ private:
     QList<RequestPtr> waiting;
     QMetaObject::Connection receiverDeath;
     QTimer stallTimer;
+    QTimer roundTimer;    // runs while there is more to read
     QTimer progressTimer; // runs while there is progress to tell
     qint64 bytesReported = 0;
 };

@@ -43,14 +43,13 @@ HttpHost::HttpHost(const HttpAccess &server, const HttpAccess &proxy, const QStr
 
 void HttpHost::updateProxy(const QUrl &)
 {
-    if (proxyPreference != GlobalProxy)
-        return;
+    ownProxy = storedProxy();
+    proxy = ownProxy;
     const NetworkProxy global = NodeDB::getDB().globalProxy();
-    if (global.useProxy())
-        proxy = HttpAccess(global.proxyAddress(), global.proxyPort(), global.proxyUser(), global.proxyPassword());
-    else if (isProxyGlobal)
-        proxy = HttpAccess();
-    isProxyGlobal = global.useProxy();
+    if (proxyPreference != GlobalProxy || !global.useProxy())
+        return;
+    proxy = HttpAccess(global.proxyAddress(), global.proxyPort(), global.proxyUser(), global.proxyPassword());
+    proxy.isGlobalProxy = true;
 }
 
 QString HttpHost::makeURL(const QString &path, const QMap<QString, QVariant> &parameters, bool withServer) const
@@ -81,7 +80,7 @@ void HttpHost::store(QSettings &settings, bool withPasswords) const
     settings.setValue(serverKey, toText(server, withPasswords));
     settings.setValue(pathKey, path);
     settings.setValue(preferenceKey, int(proxyPreference));
-    settings.setValue(proxyKey, toText(isProxyGlobal ? HttpAccess() : proxy, withPasswords));
+    settings.setValue(proxyKey, toText(storedProxy(), withPasswords));
 }
 
 } // namespace qv

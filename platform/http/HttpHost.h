@@ -33,8 +33,9 @@ public:
     HttpAccess proxy; ///< unused with NoProxy; an empty one means direct
     QString path;     ///< encoded, with a query where the page has one
 
-    /// With GlobalProxy, brings proxy in line with what NodeDB says now, for a request to @p url (empty: any). The
-    /// system's own proxy configuration is never asked.
+    /// With GlobalProxy, puts what NodeDB says now into proxy, for a request to @p url (empty: any). What stood there
+    /// comes back when NodeDB has none any more or the preference has changed, unless proxy was given anything else by
+    /// then. The system's own proxy configuration is never asked.
     void updateProxy(const QUrl &url);
 
     /// The encoded text of a URL on this server, or of its path and query alone. An empty @p path stands for the main
@@ -49,7 +50,9 @@ public:
     void store(QSettings &settings, bool withPasswords) const;
 
 private:
-    bool isProxyGlobal = false; // proxy is a copy from NodeDB
+    const HttpAccess &storedProxy() const { return proxy.isGlobalProxy ? ownProxy : proxy; }
+
+    HttpAccess ownProxy; // what stood in proxy before a copy from NodeDB took its place
 };
 
 } // namespace qv

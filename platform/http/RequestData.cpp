@@ -2,10 +2,36 @@
 #include "RequestData.h"
 
 #include <QFileDevice>
+#include <QRegularExpression>
+#include <QStringList>
 
 #include <algorithm>
 
 namespace qv {
+
+namespace {
+
+// In lower case, without punctuation. Of windows-1252 all but a few signs are the same.
+const QStringList latin1Names {
+    QStringLiteral("iso88591"), QStringLiteral("latin1"), QStringLiteral("l1"),     QStringLiteral("isoir100"),
+    QStringLiteral("ibm819"),   QStringLiteral("cp819"),  QStringLiteral("cp1252"), QStringLiteral("windows1252"),
+};
+
+/// As in latin1Names; empty where the Content-Type @p type names none.
+QString charsetOf(const QString &type)
+{
+    // A quoted value may hold anything, the look of another parameter too.
+    static const QRegularExpression parameter(QStringLiteral(R"re(;\s*([^\s;=]+)\s*=\s*("(?:[^"\\]|\\.)*"|[^;]*))re"));
+    static const QRegularExpression punctuation(QStringLiteral("[^a-z0-9]"));
+    for (auto match = parameter.globalMatch(type); match.hasNext();) {
+        const QRegularExpressionMatch one = match.next();
+        if (one.captured(1).compare(QLatin1String("charset"), Qt::CaseInsensitive) == 0)
+            return one.captured(2).toLower().remove(punctuation);
+    }
+    return QString();
+}
+
+} // namespace
 
 RequestData::RequestData()
 {
@@ -16,9 +42,8 @@ RequestData::~RequestData() = default;
 
 QString RequestData::getResponseText() const
 {
-    const QString type = header.value(QStringLiteral("Content-Type"));
-    const bool isLatin1 = type.contains(QLatin1String("charset=iso-8859-1"), Qt::CaseInsensitive);
-    return isLatin1 ? QString::fromLatin1(buffer.data()) : QString::fromUtf8(buffer.data());
+    const QString charset = charsetOf(header.value(QStringLiteral("Content-Type")));
+    return latin1Names.contains(charset) ? QString::fromLatin1(buffer.data()) : QString::fromUtf8(buffer.data());
 }
 
 // False when the request is to end here: the target takes no more, or the body has got too long.
@@ -27,9 +52,10 @@ bool RequestData::append(const char *bytes, qint64 size)
     QIODevice *target = isKept ? &buffer : output.data();
     if (!target || !target->isWritable())
         return false;
-    const qint64 room = std::min(size, maxBodySize - received);
-    const qint64 written = target->write(bytes, room);
+    const qint64 taken = std::min(size, maxBodySize - received);
+    const qint64 written = target->write(bytes, taken);
     received += std::max<qint64>(written, 0);
+    cut = taken < size;
     return written == size;
 }
 

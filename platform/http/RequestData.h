@@ -8,6 +8,7 @@
 #include <QList>
 #include <QPointer>
 
+#include <algorithm>
 #include <any>
 
 namespace qv {
@@ -26,7 +27,7 @@ public:
     int statusCode() const { return status; }
     const HttpHeader &responseHeader() const { return header; }
 
-    /// The URL asked for, then those it was redirected to.
+    /// The URL asked for, without its credentials, then those it was redirected to.
     QList<QUrl> urls() const { return visited; }
 
     /// Where the body goes: null while it stays in the request, and when the device was deleted.
@@ -35,7 +36,8 @@ public:
     /// The body, or what arrived of it, where there is no output device. Owned by the request, open for reading.
     QBuffer *getResponseBuffer() { return &buffer; }
 
-    /// The same as text: ISO-8859-1 where the answer says so, else UTF-8.
+    /// The same as text: ISO-8859-1 where the answer says so by one of its usual names (windows-1252 counts as one),
+    /// else UTF-8.
     QString getResponseText() const;
 
     /// Bytes of the body so far, in the device or in the request.
@@ -43,8 +45,11 @@ public:
 
     /// A body that is longer ends there, and with it the request. So an endless one fills neither memory nor disk.
     /// Unless set: maxBytesKept for a body that stays in the request, no limit with an output device.
-    void setMaxBodySize(qint64 bytes) { maxBodySize = bytes; }
+    void setMaxBodySize(qint64 bytes) { maxBodySize = std::max<qint64>(bytes, 0); }
     static constexpr qint64 maxBytesKept = 32LL * 1024 * 1024;
+
+    /// The body was longer than the request takes: what is there is its beginning.
+    bool isCut() const { return cut; }
 
     /// For the caller's own use; freed with the request at the latest.
     std::any userData;
@@ -54,7 +59,8 @@ private:
     bool append(const char *bytes, qint64 size);
     void flush();
 
-    HttpHost host;
+    QUrl address;  // with credentials
+    HttpHost host; // the route there
     QPointer<QObject> receiver;
     QByteArray slot; // normalized signature, empty: nobody is told
     bool isExecuted = false;
@@ -70,6 +76,7 @@ private:
     QList<QUrl> visited;
     qint64 received = 0;
     qint64 announced = -1;
+    bool cut = false;
 };
 
 /// The shared handle of one request.
