@@ -24,7 +24,7 @@ constexpr std::chrono::milliseconds patience(30); // of the GUI thread with a wo
 } // namespace
 
 /// What the worker has to do. It never touches the Unzipper but to report, and that only while nobody stopped it.
-struct Unzipper::Job
+struct Q_DECL_HIDDEN Unzipper::Job
 {
     Job(Unzipper *receiver, const QString &archiveFile, const QString &targetFolder, bool flatten)
         : unzipper(receiver), archive(archiveFile), folder(targetFolder), flat(flatten)
