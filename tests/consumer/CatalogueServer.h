@@ -6,6 +6,8 @@
 /// An update server that answers whatever it is asked with one catalogue.
 class CatalogueServer : public QTcpServer
 {
+    Q_OBJECT // the host's own meta-objects need no more than its CMake file says
+
 public:
     explicit CatalogueServer(const QByteArray &catalogue)
     {
