@@ -217,7 +217,7 @@ private slots:
 
         writeMany();
         QCOMPARE(read(), QString());
-        QCOMPARE(everything().size(), 1 + 3000 + 66 + 1 + 1);
+        QCOMPARE(everything().size(), 1 + 300 + 66 + 1 + 1);
     }
 
     void readerCancels()
@@ -248,9 +248,9 @@ private slots:
         writeMany();
         {
             Unzipper unzipper(package(), out(""), false);
-            QTRY_VERIFY(QFile::exists(out(seen)));
+            QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(out(seen)), 60000);
         }
-        QTRY_VERIFY(!QFile::exists(out(""))); // what takes long to remove goes on in the background
+        QTRY_VERIFY_WITH_TIMEOUT(!QFile::exists(out("")), 60000); // what takes long to remove goes on in the background
     }
 
     void unzipperTellsThatThereIsNoThread()
@@ -290,7 +290,7 @@ private:
     void writeMany() const
     {
         QList<ZipItem> items;
-        for (int i = 0; i < 3000; ++i)
+        for (int i = 0; i < 300; ++i)
             items << ZipItem("f" + QByteArray::number(i), "x");
         for (int i = 0; i < 66000; ++i)
             items << ZipItem(QByteArray::number(i / 1000) + "/", "", Folder);

@@ -1,10 +1,13 @@
 // Found packages on show: their rows and comments, foreign languages, and what a selection enables and opens.
 #include "HttpServer.h"
+#include "LogCapture.h"
 #include "Row.h"
 #include "TestHost.h"
 
 #include <QCheckBox>
 #include <QDesktopServices>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
 #include <QPushButton>
 #include <QTableWidget>
 #include <QTextBrowser>
@@ -28,8 +31,16 @@ class Browser : public QObject
     Q_OBJECT
 
 public:
-    Browser() { QDesktopServices::setUrlHandler("http", this, "open"); }
-    ~Browser() override { QDesktopServices::unsetUrlHandler("http"); }
+    Browser()
+    {
+        for (const char *scheme : { "http", "smb" })
+            QDesktopServices::setUrlHandler(scheme, this, "open");
+    }
+    ~Browser() override
+    {
+        for (const char *scheme : { "http", "smb" })
+            QDesktopServices::unsetUrlHandler(scheme);
+    }
 
     QList<QUrl> opened;
 
@@ -119,7 +130,7 @@ private slots:
                                 + ownFirmware
                                 + "'><release-notes language='de' url='http://h/hinweise'/></package>"
                                   "<package name='foreign' release='2' status='STABLE' platform='QC-1' file-size='3'"
-                                  " url='http://h/c.zip' language='xx'/></s>"));
+                                  " url='smb://h/c.zip' language='xx'/></s>"));
         client.checkForUpdate(0);
         QTRY_VERIFY(host.availableDialog());
         QPointer<SoftwareUpdateAvailableDialog> dialog = host.availableDialog();
@@ -154,14 +165,16 @@ private slots:
         QVERIFY(!table->isRowHidden(2));
 
         const Browser browser;
+        LogCapture log;
         child((QPushButton *)nullptr, "releaseNotesPushButton")->click();
         QCOMPARE(browser.opened, QList<QUrl> { QUrl("http://h/notes") });
         table->selectAll();
         QCOMPARE(enabled(), QStringLiteral("d"));
         QVERIFY(comment->isHidden());
         child((QPushButton *)nullptr, "downloadPushButton")->click();
-        QCOMPARE(browser.opened.mid(1),
-                 (QList<QUrl> { QUrl("http://h/a.deb"), QUrl("http://h/b.zip"), QUrl("http://h/c.zip") }));
+        QCOMPARE(browser.opened.mid(1), (QList<QUrl> { QUrl("http://h/a.deb"), QUrl("http://h/b.zip") }));
+        QCOMPARE(log.take().last(),
+                 QStringLiteral("SoftwareUpdateClient::downloadUrls() -> no address for the browser: smb://h/c.zip"));
 
         child((QPushButton *)nullptr, "updateSettingsPushButton")->click();
         QVERIFY(host.settingsDialog()->isModal() && host.settingsDialog()->isVisible());
@@ -177,14 +190,29 @@ private slots:
         QVERIFY(host.availableDialog());
     }
 
-    void privateSlotsWithoutDialog()
+    void privateSlotsOutOfTurn()
     {
         TestHost host;
-        SoftwareUpdateClient client("P", VersionNumber("1.0"), "http://h/", nullptr);
+        auto window = std::make_unique<QWidget>();
+        SoftwareUpdateClient client("P", VersionNumber("1.0"), "http://h/", window.get());
+        QNetworkAccessManager network;
+        for (QNetworkReply *reply : { static_cast<QNetworkReply *>(nullptr), network.get(QNetworkRequest()) })
+            QVERIFY(QMetaObject::invokeMethod(&client, "evaluateServerResponse", Q_ARG(QNetworkReply *, reply)));
         for (const char *slot : { "deleteUpdateDialog", "deleteUpdateAvailableDialog", "deleteNetworkmanager" })
             QVERIFY(QMetaObject::invokeMethod(&client, slot));
         QVERIFY(QMetaObject::invokeMethod(&client, "showHideForeignLanguageItems", Q_ARG(bool, true)));
         QVERIFY(QMetaObject::invokeMethod(&client, "manageUpdateAvailableDialog", Q_ARG(SoftUpIndexList, { 3 })));
+
+        window.reset();
+        client.queryForUpdate();
+        for (QWidget *widget : QApplication::topLevelWidgets()) {
+            if (auto *dialog = qobject_cast<SoftwareUpdateDialog *>(widget)) {
+                QVERIFY(dialog->isVisible());
+                delete dialog;
+                return;
+            }
+        }
+        QFAIL("no dialog");
     }
 };
 

@@ -7,6 +7,7 @@
 
 #include <QCheckBox>
 #include <QLineEdit>
+#include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QPushButton>
 #include <QTableWidget>
@@ -94,7 +95,9 @@ private slots:
             "SoftwareUpdateClient::evaluateServerResponse() -> reply->errorString(): *");
         add("dropped", HttpAnswer("12345").dropAfter(2), nullptr,
             "SoftwareUpdateClient::evaluateServerResponse() -> reply->errorString(): *");
-        add("relative redirect", HttpAnswer::redirect("other"), nullptr,
+        add("relative redirect", HttpAnswer::redirect("other"), "Protocol \"\" is unknown",
+            "SoftwareUpdateClient::evaluateServerResponse() -> reply->errorString(): *");
+        add("redirect to a device", HttpAnswer::redirect("file:///dev/ptmx"), "Protocol \"file\" is unknown",
             "SoftwareUpdateClient::evaluateServerResponse() -> reply->errorString(): *");
     }
     void outcomes()
@@ -110,6 +113,7 @@ private slots:
         if (lastLine.endsWith('*')) {
             lastLine.chop(1);
             QCOMPARE(lines.last(), lastLine + f.notification());
+            QVERIFY(notification.isEmpty() || f.notification() == notification);
             // Deliberate in the client: an error is logged in the words of the timeout.
             QVERIFY(
                 lines.contains("SoftwareUpdateClient::requestTimeout() -> Timeout occurred requesting update server!"));
@@ -170,7 +174,15 @@ private slots:
         QCOMPARE(lastCheck->text(), before);
         QVERIFY(f.stored("lastCheck").toDateTime() > QDateTime::currentDateTime().addSecs(-600));
         QCOMPARE(f.stored("checkForBeta").toBool(), false);
-        QCOMPARE(f.availableDialog()->parent(), f.settingsDialog());
+        QPointer<SoftwareUpdateAvailableDialog> table = f.availableDialog();
+        QCOMPARE(table->parent(), f.settingsDialog());
+        table->move(70, 80);
+        const QRect place = table->geometry();
+        f.settingsDialog()->accept();
+        f.release();
+        QVERIFY(!f.settingsDialog() && table && table->isVisible());
+        QCOMPARE(table->parent(), &f.window);
+        QCOMPARE(table->geometry(), place);
     }
 
     void neverCheckedHidesTheCaption()
@@ -234,6 +246,8 @@ private slots:
         QCOMPARE(f.stored("lastCheck").isValid(), checks);
         if (!checks)
             QCOMPARE(f.log.take().filter("performUpdateCheck"), QStringList());
+        // The hourly timer, that of the request, and that of a delay, which lives on.
+        QCOMPARE(f.client.findChildren<QTimer *>().size(), checks + 1 + (delay > 0));
     }
 
     void silentInTheBackground()
@@ -273,6 +287,7 @@ private slots:
         QCOMPARE(timers.size(), 2);
         QVERIFY(timers.last()->isSingleShot() && timers.last()->isActive());
         QCOMPARE(timers.last()->interval(), 15000);
+        QCOMPARE(timers.last()->timerType(), Qt::PreciseTimer);
     }
 
     void secondCheckWhileOneRuns()
@@ -327,12 +342,39 @@ private slots:
         f.server.route("/catalogue", catalogue(application));
         f.client.checkForUpdate(0);
         QTRY_VERIFY(f.availableDialog());
+        auto *table = f.availableDialog()->findChild<QTableWidget *>("tableWidget");
+        table->selectRow(0);
+        QVERIFY(f.availableDialog()->findChild<QPushButton *>("downloadPushButton")->isEnabled());
         // The list under the open table goes.
         f.server.route("/catalogue", catalogue(""));
         f.client.checkForUpdate(0);
         QTRY_VERIFY(f.log.lines().contains("SoftwareUpdateClient::parseServerResponse() -> no update available"));
-        f.availableDialog()->findChild<QTableWidget *>("tableWidget")->selectRow(0);
-        QVERIFY(!f.availableDialog()->findChild<QPushButton *>("installPushButton")->isEnabled());
+        for (const bool again : { false, true }) {
+            if (again) {
+                table->clearSelection();
+                table->selectRow(0);
+            }
+            for (const char *name : { "installPushButton", "downloadPushButton", "releaseNotesPushButton" })
+                QVERIFY(!f.availableDialog()->findChild<QPushButton *>(name)->isEnabled());
+            QVERIFY(f.availableDialog()->findChild<QWidget *>("commentText")->isHidden());
+        }
+    }
+
+    // What no catalogue needs stands still and ends in the timeout; a download beside it shows that time enough went
+    // by.
+    void longAnswerIsNotKept()
+    {
+        qputenv("QT_NETWORK_H2C_ALLOWED", "1");
+        Fixture f;
+        f.server.route("/catalogue", HttpAnswer().generate(32 << 20).unannounced());
+        f.server.route("/beside", HttpAnswer().generate(128 << 20).unannounced());
+        f.client.checkForUpdate(0);
+        QTRY_COMPARE(f.server.requests.size(), 1);
+        QVERIFY(!f.server.requests.first().headers.contains("http2-settings")); // whose buffer has no limit
+        QNetworkAccessManager network;
+        const QNetworkReply *beside = network.get(QNetworkRequest(f.server.url("/beside")));
+        QVERIFY(QTest::qWaitFor([beside] { return beside->isFinished(); }, 60'000));
+        QCOMPARE(f.log.lines().filter("no update available"), QStringList());
     }
 
     void throughTheProxyOfTheHost()

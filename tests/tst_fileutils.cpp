@@ -37,6 +37,15 @@ private slots:
         QVERIFY(!FileUtils::eraseFolder(at("link/")) && !FileUtils::eraseFolder(at("missing")));
         QVERIFY(!FileUtils::erase(at("link")) && !FileUtils::erase(at("kept")));
         QVERIFY(FileUtils::eraseFolder(tree) && !QFileInfo::exists(tree));
+
+        QVERIFY(QDir().mkdir(at("locked")) && QFile::link(at("kept"), at("locked/link")));
+        for (const char *shared : { "", "kept" })
+            QCOMPARE(chmod(qPrintable(at(shared)), 0777), 0);
+        QCOMPARE(chmod(qPrintable(at("locked")), 0555), 0);
+        const uid_t user = geteuid();
+        (void)!seteuid(user == 0 ? 65534 : user); // root may remove anything
+        QVERIFY(!FileUtils::eraseFolder(at("locked")));
+        QCOMPARE(seteuid(user), 0);
         QVERIFY(QFileInfo(at("link")).isSymLink() && QFileInfo::exists(at("kept/content")));
     }
 

@@ -44,6 +44,15 @@ private slots:
     }
 };
 
+HttpHost reloaded(HttpHost host, bool withPasswords)
+{
+    const QTemporaryDir folder;
+    QSettings settings(folder.filePath("s.ini"), QSettings::IniFormat);
+    host.store(settings, withPasswords);
+    host.load(settings);
+    return host;
+}
+
 HttpHost hostOf(const HttpServer &server)
 {
     HttpHost host;
@@ -108,29 +117,22 @@ private slots:
         for (int port = 1; port <= HttpAccessHistory::maxEntries + 1; ++port)
             history.add(HttpAccess("p", port));
         history.add(HttpAccess("p", 5));
-        QCOMPARE(history.accesses().size(), qsizetype(HttpAccessHistory::maxEntries));
-        QCOMPARE(history.accesses().at(0).port(), 5);
-        QCOMPARE(history.accesses().at(1).port(), HttpAccessHistory::maxEntries + 1);
-        QCOMPARE(history.accesses().last().port(), 2);
+        const QList<HttpAccess> all = history.accesses();
+        QCOMPARE(all.size(), qsizetype(HttpAccessHistory::maxEntries));
+        QVERIFY(all.at(0).port() == 5 && all.at(1).port() == 21 && all.last().port() == 2);
     }
 
     void urls()
     {
         const HttpHost host(HttpAccess("s.example", 81, "me", "secret"), HttpAccess(), "/cat.xml?v=1");
         const QVariantMap none, some { { "a", "1 & 2" }, { "ü", 3 } };
-        const struct
-        {
-            QString path;
-            QVariantMap parameters;
-            QString made;
-        } cases[] = { { "", none, "/cat.xml?v=1" }, // the main page
-                      { "", some, "/cat.xml?v=1&a=1%20%26%202&%C3%BC=3" },
-                      { "/a%20b", none, "/a%20b" },
-                      { "p", some, "/p?a=1%20%26%202&%C3%BC=3" },
-                      { "//evil.example/x", none, "//evil.example/x" } };
-        for (const auto &one : cases) {
-            QCOMPARE(host.makeURL(one.path, one.parameters, false), one.made);
-            QCOMPARE(host.makeURL(one.path, one.parameters, true), "http://s.example:81" + one.made);
+        for (const auto &[path, parameters, made] : { std::tuple("", none, "/cat.xml?v=1"), // the main page
+                                                      { "", some, "/cat.xml?v=1&a=1%20%26%202&%C3%BC=3" },
+                                                      { "/a%20b", none, "/a%20b" },
+                                                      { "p", some, "/p?a=1%20%26%202&%C3%BC=3" },
+                                                      { "//evil.example/x", none, "//evil.example/x" } }) {
+            QCOMPARE(host.makeURL(path, parameters, false), QString(made));
+            QCOMPARE(host.makeURL(path, parameters, true), "http://s.example:81" + QString(made));
         }
     }
 
@@ -146,21 +148,11 @@ private slots:
 
     void hostSurvivesSettings()
     {
-        const QTemporaryDir folder;
-        QSettings settings(folder.filePath("s.ini"), QSettings::IniFormat);
-        const HttpHost stored(HttpAccess("s.example", 81, "me", "x"), HttpAccess("p.example", 3128, "you", "y"),
-                              "/c?v=1");
-        HttpHost loaded;
-        stored.store(settings, true);
-        loaded.load(settings);
-        QCOMPARE(loaded.server, stored.server);
-        QCOMPARE(loaded.proxy, stored.proxy);
-        QCOMPARE(loaded.proxyPreference, HttpHost::OwnProxy);
-        QCOMPARE(loaded.path, stored.path);
-        stored.store(settings, false);
-        loaded.load(settings);
-        QCOMPARE(loaded.server, HttpAccess("s.example", 81, "me"));
-        QCOMPARE(loaded.proxy, HttpAccess("p.example", 3128, "you"));
+        const HttpHost stored(HttpAccess("s.example", 81, "me", "x"), HttpAccess("p.example", 3128, "you", "y"), "/c");
+        const HttpHost whole = reloaded(stored, true), open = reloaded(stored, false);
+        QVERIFY(whole.server == stored.server && whole.proxy == stored.proxy && whole.path == "/c");
+        QVERIFY(open.server == HttpAccess("s.example", 81, "me") && open.proxy == HttpAccess("p.example", 3128, "you"));
+        QCOMPARE(open.proxyPreference, HttpHost::OwnProxy);
     }
 
     void hostileSettingsGiveDefaults()
@@ -199,12 +191,12 @@ private slots:
         HttpAccessHistory history;
         const QStringList preferences { "none", "own", "global" };
         for (const QString &step : steps.split(' ')) {
-            if (step == "on" || step == "off")
-                NodeDB::getDB().setGlobalProxy(step == "on" ? NetworkProxy("g", 80) : NetworkProxy());
-            else if (step == "update")
+            if (step == "update")
                 host.updateProxy(QUrl());
             else if (step == "recent")
                 host.proxy = history.accesses().at(0);
+            else if (step == "on" || step == "off")
+                NodeDB::getDB().setGlobalProxy(step == "on" ? NetworkProxy("g", 80) : NetworkProxy());
             else if (preferences.contains(step))
                 host.proxyPreference = HttpHost::ProxyPreference(preferences.indexOf(step));
             else
@@ -212,11 +204,7 @@ private slots:
             history.add(host.proxy);
         }
         QTEST(host.proxy.address(), "used");
-        const QTemporaryDir folder;
-        QSettings settings(folder.filePath("s.ini"), QSettings::IniFormat);
-        host.store(settings, false);
-        host.load(settings);
-        QTEST(host.proxy.address(), "stored");
+        QTEST(reloaded(host, false).proxy.address(), "stored");
     }
 
     void headerNamesCompareWithoutCase()
@@ -233,19 +221,15 @@ private slots:
     void progress()
     {
         constexpr qint64 most = std::numeric_limits<int>::max();
-        const struct
-        {
-            qint64 bytes, total;
-            QPair<int, int> shown;
-        } cases[] = { { 5, 10, { 5, 10 } },
-                      { most, most, { int(most), int(most) } },
-                      { most + 1, most + 1, { 1073741824, 1073741824 } },
-                      { 3072 * MiB, 6144 * MiB, { 805306368, 1610612736 } },
-                      { 5, -1, { 5, -1 } },
-                      { 3 * most, -1, { int(most), -1 } },
-                      { 1, std::numeric_limits<qint64>::max(), { 0, int(most) } } };
-        for (const auto &one : cases)
-            QCOMPARE(HttpClient::progressOf(one.bytes, one.total), one.shown);
+        using Case = std::tuple<qint64, qint64, QPair<int, int>>;
+        for (const auto &[bytes, total, shown] : { Case(5, 10, { 5, 10 }),
+                                                   { most, most, { int(most), int(most) } },
+                                                   { most + 1, most + 1, { 1073741824, 1073741824 } },
+                                                   { 3072 * MiB, 6144 * MiB, { 805306368, 1610612736 } },
+                                                   { 5, -1, { 5, -1 } },
+                                                   { 3 * most, -1, { int(most), -1 } },
+                                                   { 1, std::numeric_limits<qint64>::max(), { 0, int(most) } } })
+            QCOMPARE(HttpClient::progressOf(bytes, total), shown);
     }
 
     void answers_data()
@@ -257,7 +241,6 @@ private slots:
         row("chunked", HttpAnswer("ab").generate(MiB).chunked(), 200, int(MiB + 2));
         row("until close", HttpAnswer("ab").generate(MiB).unannounced(), 200, int(MiB + 2));
         row("error page", HttpAnswer("no such page", 404), 404, 12);
-        row("wants a login", HttpAnswer("who?", 401).header("WWW-Authenticate", "Basic realm=\"x\""), 401, 4);
         row("dropped", HttpAnswer(ten).dropAfter(5), 200, 5);
         row("dropped late", HttpAnswer().generate(MiB).dropAfter(600'000), 200, 600'000);
         row("dropped before the body", HttpAnswer(ten).dropAfter(0), 200, 0);
@@ -265,8 +248,8 @@ private slots:
         row("announces nonsense", HttpAnswer::raw("HTTP/1.1 200 OK\r\nContent-Length: -7x\r\n\r\nabc"), 200, 3);
         row("dropped chunks", HttpAnswer("abc").generate(MiB).chunked().dropAfter(70'000), 200, 70'000);
         const QByteArray chunkedHead = "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n";
-        row("dropped after a chunk", HttpAnswer::raw(chunkedHead + "a00000\r\n" + QByteArray(10 * MiB, 'x') + "\r\n"),
-            200, int(10 * MiB));
+        row("dropped after a chunk", HttpAnswer::raw(chunkedHead + "300000\r\n" + QByteArray(3 * MiB, 'x') + "\r\n"),
+            200, int(3 * MiB));
         row("bad chunks", HttpAnswer::raw(chunkedHead + "3\r\nabc\r\nZZ\r\nabc\r\n"), 200, 3);
         row("compressed without being asked", HttpAnswer(ten).header("Content-Encoding", "gzip"), 200, 10);
         row("not HTTP", HttpAnswer::raw("220 mail.example ESMTP\r\n\r\n"), 0, 0);
@@ -311,7 +294,7 @@ private slots:
             QCOMPARE(textOf(type, QString("Grüße").toUtf8()), QString("Grüße"));
         for (const char *type :
              { "text/html; Charset=ISO-8859-1", "text/html;charset=\"iso-8859-1\"; x=y",
-               "x; a=\"\\\";\" ; charset = Latin1 ", "x; charset=ISO_8859-1", "x; charset=Windows-1252" })
+               "x; a=\"\\\";\" ; charset = Latin1 ", "x charset=ISO_8859-1", "x; charset=Windows-1252" })
             QCOMPARE(textOf(type, QString("Grüße").toLatin1()), QString("Grüße"));
     }
 
@@ -381,33 +364,29 @@ private slots:
 
     void proxies_data()
     {
-        columns<QString, int>("route", "status");
-        row("own", "own", 200);
-        row("global", "global", 200);
-        row("login", "login", 200);
+        columns<QString, int>("password", "status");
+        row("right login", "secret", 200);
         row("wrong login", "wrong", 407);
-        row("login missing", "", 407);
+        row("no login", "", 407);
     }
     void proxies()
     {
-        QFETCH(QString, route);
+        QFETCH(QString, password);
         server->route("http://s.example/x", HttpAnswer("over the proxy"));
-        HttpAccess proxy("127.0.0.1", server->serverPort());
-        if (route == "login" || route == "wrong")
-            proxy = HttpAccess("127.0.0.1", server->serverPort(), "me", route);
-        HttpHost host(HttpAccess("s.example", 80), proxy, QString());
-        if (route == "global") {
-            host.proxyPreference = HttpHost::GlobalProxy;
-            host.proxy = HttpAccess();
-            NodeDB::getDB().setGlobalProxy(NetworkProxy("127.0.0.1", server->serverPort()));
-        } else if (route != "own") {
-            server->requireProxyLogin("me:login");
+        server->requireProxyLogin("me:secret");
+        const quint16 port = server->serverPort();
+        const QString user = password.isEmpty() ? QString() : "me";
+        NodeDB::getDB().setGlobalProxy(NetworkProxy("127.0.0.1", port, user, password));
+        HttpHost global(HttpAccess("s.example", 80), HttpAccess(), QString());
+        global.proxyPreference = HttpHost::GlobalProxy;
+        for (const HttpHost &host :
+             { HttpHost(global.server, HttpAccess("127.0.0.1", port, user, password), "/"), global }) {
+            client->setHost(host);
+            const RequestPtr request = fetch("/x");
+            QTEST(request->statusCode(), "status");
+            QCOMPARE(request->getResponseText(), QString(password == "secret" ? "over the proxy" : "Who are you?"));
         }
-        client->setHost(host);
-        const RequestPtr request = fetch("/x");
-        QTEST(request->statusCode(), "status");
-        QCOMPARE(request->getResponseText(), QString(request->statusCode() == 200 ? "over the proxy" : "Who are you?"));
-        QVERIFY(server->requests.size() <= 2);
+        QVERIFY(server->requests.size() <= 4);
     }
 
     void urlsLeaveAsTheyStand()
@@ -420,7 +399,9 @@ private slots:
         QCOMPARE(server->targets().last(), url);
         for (const auto &[page, login] :
              { std::pair("http://s.example/login", ""), std::pair("http://a:b@s.example/login", "Basic YTpi") }) {
-            QCOMPARE(fetch(QUrl(page))->statusCode(), 401);
+            const RequestPtr request = fetch(QUrl(page));
+            QCOMPARE(request->statusCode(), 401);
+            QCOMPARE(request->getResponseText(), QString("who?"));
             QCOMPARE(server->requests.last().headers.value("authorization"), QByteArray(login));
         }
         server->requests.clear();

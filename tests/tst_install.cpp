@@ -63,6 +63,17 @@ int runChild(const QStringList &arguments)
     if (what == "update") {
         DownloadManager::startUpdate(arguments[1], arguments[2], arguments[3], arguments[4]);
     } else if (what == "unpack") {
+        QTimer impatience;
+        QObject::connect(&impatience, &QTimer::timeout, [&] {
+            for (QWidget *widget : QApplication::topLevelWidgets()) {
+                auto *progress = qobject_cast<QProgressDialog *>(widget);
+                if (!progress || progress->wasCanceled() || arguments[3] != "cancelled while it unpacks")
+                    continue;
+                progress->cancel();
+                clicker.boxes << "cancelled";
+            }
+        });
+        impatience.start();
         try {
             DownloadManager().runInstaller(arguments[1]);
         } catch (const IOException &exception) {
@@ -105,6 +116,7 @@ private slots:
     {
         scratch = std::make_unique<QTemporaryDir>(base);
         QVERIFY(QDir(scratch->path()).mkpath("tmp"));
+        server = std::make_unique<HttpServer>();
         qputenv("TMPDIR", at("tmp").toLocal8Bit());
         QCoreApplication::setApplicationName("Camera Host");
     }
@@ -239,6 +251,8 @@ private slots:
         row("shell, no program", ZipBuilder::archive({ { "readme", "text" } }), "%1/chosen", true, words + self);
         row("no shell", package, "%1/chosen", false, QStringList { chooser, "waiting" });
         row("cancelled", package, "", true, QStringList { chooser, "not waiting" });
+        row("cancelled while it unpacks", ZipBuilder::archive({ ZipItem("big", QByteArray(30 << 20, 'x')).deflate() }),
+            "%1/chosen", true, QStringList { chooser, "cancelled", "waiting" });
         row("broken", package.left(99), "%1/chosen", true,
             QStringList { chooser, box, "thrown: " + broken, "not waiting" });
     }
@@ -252,8 +266,9 @@ private slots:
         QVERIFY(QDir().mkpath(at("chosen")));
         if (hasShell)
             writeProgram(at("sh"), showArguments);
-        const QStringList seen = child({ "unpack", at("p.zip"), folder.replace("%1", scratch->path()) });
-        QCOMPARE(temporary().size(), output[0] == "PID" ? 1 : 0);
+        const QStringList seen =
+            child({ "unpack", at("p.zip"), folder.replace("%1", scratch->path()), QTest::currentDataTag() });
+        QCOMPARE(temporary().size(), output[0] == "PID" || output.contains("cancelled") ? 1 : 0);
         output.replaceInStrings("%1", scratch->path());
         output.replaceInStrings("%2", at("tmp/") + temporary().value(0).toUtf8());
         QCOMPARE(seen, output);
@@ -287,47 +302,87 @@ private slots:
         QFETCH(bool, isKept);
         LogCapture log;
         BoxClicker clicker({ answer });
+        bool mayShowProgress = false;
+        clicker.onBox = [&] {
+            for (const QWidget *widget : QApplication::allWidgets()) {
+                for (const QTimer *timer : widget->findChildren<QTimer *>())
+                    mayShowProgress |= widget->inherits("QProgressDialog") && timer->isActive();
+            }
+        };
         InstallingHost host(serve(file, file.startsWith('p') ? HttpAnswer("content") : HttpAnswer("gone", 404)));
         QTRY_COMPARE(clicker.boxes, box.isEmpty() ? QStringList { question } : (QStringList { question, box }));
-        const QString target = downloaded(file);
+        const QString target = log.lines().filter("downloadPackage() -> ").value(0).section(" to ", -1);
         line.replace("%1", target);
         QTRY_VERIFY2(line.isEmpty() || log.lines().contains(line), qPrintable(log.lines().join('\n')));
-        QTRY_COMPARE(QFile::exists(target), isKept);
+        QTRY_COMPARE(temporary().size(), int(isKept)); // the file goes with its folder
+        QCOMPARE(QFile::exists(target), isKept);
         host.release();
-        QVERIFY(!host.window.findChild<QProgressDialog *>());
+        QVERIFY(!mayShowProgress && !host.window.findChild<QProgressDialog *>());
         QCOMPARE(host.availableDialog() != nullptr, !isKept && box.count("type") == 0);
     }
 
     void duringTheDownload_data()
     {
-        columns<bool>("cancels");
-        row("cancelled", true);
-        row("dialog closed", false);
+        columns<int>("what");
+        row("cancelled", 0);
+        row("dialog closed", 1);
+        row("client and window destroyed", 2);
     }
     void duringTheDownload()
     {
-        QFETCH(bool, cancels);
+        QFETCH(int, what);
         LogCapture log;
         BoxClicker clicker({ "Proceed" });
-        QSignalSpy held(&server, &HttpServer::held);
-        InstallingHost host(serve("p.deb", HttpAnswer("content").holdAfter(3)));
+        QSignalSpy held(server.get(), &HttpServer::held);
+        auto host = std::make_unique<InstallingHost>(serve("p.deb", HttpAnswer("content").holdAfter(3)));
         QVERIFY(!held.isEmpty() || held.wait());
-        auto *dialog = host.availableDialog()->findChild<QProgressDialog *>();
+        auto *dialog = host->availableDialog()->findChild<QProgressDialog *>();
         QVERIFY(dialog);
         QCOMPARE(dialog->labelText(), QString("Downloading package to temporary folder..."));
         QTRY_COMPARE(dialog->maximum(), 7);
         QTRY_COMPARE(dialog->value(), 3);
-        if (cancels) {
+        if (what == 0) {
             dialog->findChild<QPushButton *>()->click();
-            QVERIFY(!QFile::exists(downloaded("p.deb")));
-        } else { // which goes on
-            host.availableDialog()->reject();
-            host.release();
-            QVERIFY(!host.availableDialog());
-            server.release();
+            QCOMPARE(temporary(), QStringList());
+        } else if (what == 1) { // it goes on
+            host->availableDialog()->reject();
+            host->release();
+            QVERIFY(!host->availableDialog());
+            server->release();
             QTRY_VERIFY(log.lines().last().endsWith("trying to run " + downloaded("p.deb")));
+        } else { // and so does the manager, which nobody owns
+            host.reset();
+            server->release();
+            QTRY_COMPARE(QFileInfo(downloaded("p.deb")).size(), 7);
+            QVERIFY(log.lines().filter("trying to run").isEmpty());
         }
         QCOMPARE(clicker.boxes, QStringList { question });
+    }
+
+    void secondInstallBesideTheFirst()
+    {
+        LogCapture log;
+        BoxClicker clicker({ "Proceed", "Proceed" });
+        const int port = serve("a.deb", HttpAnswer("content").holdAfter(3));
+        server->route("http://packages.example/dir/b.rpk", HttpAnswer("another"));
+        const QByteArray package = "<package name='Camera Host' release='2.0' status='STABLE' file-size='7' "
+                                   "release-date='2026-01-0%' url='http://packages.example/dir/%'/>";
+        server->route("http://updates.example/xml",
+                      HttpAnswer("<s>" + QByteArray(package).replace("0%", "01").replace('%', "a.deb")
+                                 + QByteArray(package).replace("0%", "02").replace('%', "b.rpk") + "</s>"));
+        QSignalSpy held(server.get(), &HttpServer::held);
+        InstallingHost host(port);
+        QVERIFY(!held.isEmpty() || held.wait());
+        emit host.availableDialog()->installPackage(1);
+        const QStringList files =
+            log.lines().filter("downloadPackage() -> ").replaceInStrings(QRegularExpression(".* to "), "");
+        QCOMPARE(files.size(), 2);
+        QTRY_COMPARE(QFileInfo(files[1]).size(), 7);
+        QVERIFY(log.lines().filter("trying to run").isEmpty()); // nobody hears of the second
+        server->release();
+        QTRY_COMPARE(log.lines().last(), "SoftwareUpdateClient::installDEBPackage() -> trying to run " + files[0]);
+        QVERIFY(files[0].endsWith("/a.deb"));
+        QCOMPARE(FileUtils::readBytes(files[0]), QByteArray("content"));
     }
 
     void program()
@@ -421,11 +476,11 @@ private:
     {
         const QByteArray url = "http://packages.example/dir/" + file.toUtf8();
         const QByteArray size = QByteArray::number(answer.body.size() + (answer.status == 200 ? 0 : 9));
-        server.route("http://updates.example/xml",
-                     HttpAnswer("<softwareList><package name='Camera Host' release='2.0' status='STABLE' file-size='"
-                                + size + "' url='" + url + "'/></softwareList>"));
-        server.route(url, answer);
-        return server.serverPort();
+        server->route("http://updates.example/xml",
+                      HttpAnswer("<softwareList><package name='Camera Host' release='2.0' status='STABLE' file-size='"
+                                 + size + "' url='" + url + "'/></softwareList>"));
+        server->route(url, answer);
+        return server->serverPort();
     }
 
     /// Runs this program as a child and returns what it, or what replaced it, wrote: a line each, its process id as
@@ -451,13 +506,13 @@ private:
 
     const QString base = QDir::tempPath() + "/tst_install-XXXXXX"; // each test sets another folder
     std::unique_ptr<QTemporaryDir> scratch;
-    HttpServer server;
+    std::unique_ptr<HttpServer> server;
 };
 
 /// The managers of installations are never freed, by design.
 extern "C" Q_DECL_EXPORT const char *__lsan_default_suppressions() // NOLINT(bugprone-reserved-identifier)
 {
-    return "leak:qv::SoftwareUpdateClient::install\nleak:qv::HttpClient::";
+    return "leak:qv::SoftwareUpdateClient*install\nleak:qv::HttpClient::";
 }
 
 int main(int argc, char *argv[])

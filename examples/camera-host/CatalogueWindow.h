@@ -2,27 +2,23 @@
 
 #include "DownloadManager.h"
 
+#include <QMainWindow>
 #include <QSettings>
-#include <QWidget>
 
-class QLabel;
+class QPlainTextEdit;
 class QProgressBar;
-class QPushButton;
-class QTextBrowser;
 class QTreeWidget;
 
 /// Everything the update server has, read with the download manager alone: which packages are new since the last time,
 /// their release notes, and a download. What has been seen is remembered in the application's settings.
-class CatalogueWindow : public QWidget
+class CatalogueWindow : public QMainWindow
 {
     Q_OBJECT
 
 public:
-    explicit CatalogueWindow(const QUrl &updateServer, QWidget *parent);
+    CatalogueWindow(const QUrl &updateServer, QWidget *parent);
 
 private:
-    void build();
-    void query();
     void showPackages(const qv::PackageInfoList &found);
     void showReleaseNotes();
     void download();
@@ -32,13 +28,11 @@ private:
     const QString cacheFile; // holds the last catalogue
     qv::DownloadManager manager;
     qv::PackageInfoList packages; // by row of the list
-    QString downloadedFile;
+    QString unfinishedFile;       // exists while a package downloads
 
     QTreeWidget *list;
-    QTextBrowser *notes;
-    QLabel *status;
+    QPlainTextEdit *notes;
     QProgressBar *progress;
-    QPushButton *queryButton;
-    QPushButton *downloadButton;
-    QPushButton *cancelButton;
+    QAction *downloadAction;
+    QAction *cancelAction;
 };

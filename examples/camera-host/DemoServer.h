@@ -1,14 +1,13 @@
 #pragma once
 
-#include <QStringList>
 #include <QTcpServer>
 #include <QUrl>
 
+class QTcpSocket;
+
 /// The demo's update server: serves the files of some folders on a loopback port, in the demo's own event loop. Any web
-/// server does the same (docs/catalogue.md); this one saves starting one.
-///
-/// Catalogues on disk say "http://127.0.0.1/" for the address of their server, so that a server on port 80 may serve
-/// them as they are. This one puts its own address there.
+/// server does the same (docs/catalogue.md); this one saves starting one. Catalogues on disk name "http://127.0.0.1/"
+/// as their server, so that one on port 80 may serve them as they are; this one puts its own address there.
 ///
 /// It also stands in as the proxy of the demo: packages are asked for at port 80, where only root may listen. A proxy
 /// gets those requests whatever the port.
@@ -24,11 +23,5 @@ public:
     QUrl url(const QString &path) const;
 
 private:
-    void receive(QTcpSocket *client);
-    static void send(QTcpSocket *client, const QByteArray &answer);
-    QByteArray answerTo(const QByteArray &requestLine) const;
-
-    QString find(const QString &path) const;
-
-    const QStringList folders;
+    void answer(QTcpSocket *client);
 };

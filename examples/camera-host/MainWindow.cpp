@@ -2,42 +2,45 @@
 // cameras told, a check at start, and a menu entry.
 #include "MainWindow.h"
 
-#include "CatalogueWindow.h"
 #include "SelfUpdate.h"
 
-#include <QAction>
 #include <QCoreApplication>
 #include <QHeaderView>
+#include <QLibraryInfo>
+#include <QLocale>
 #include <QMenuBar>
-#include <QMessageBox>
 #include <QStatusBar>
+#include <QTranslator>
 #include <QTreeWidget>
 
-namespace {
-
-struct Camera
-{
-    const char *place;
-    const char *model;
-    const char *firmware;
-};
-
-// A real host asks its cameras.
-const Camera cameras[] = {
+// Place, model, firmware. A real host asks its cameras.
+static const QStringList cameras[] = {
     { "Main entrance", "QD-2204", "4.1.0" },    { "Reception", "QF-1812", "4.1.0" },
     { "Car park, north", "QB-3108", "10.2.0" }, { "Car park, south", "QB-3108", "10.3.2" },
     { "Loading bay", "QP-5216", "10.2.0" },     { "Server room", "QT-4402", "2.9" },
     { "Back door", "QI-7001", "1.6.3" },        { "Warehouse", "QM-6060", "3.0.1" },
 };
 
-constexpr int msBeforeInitialCheck = 500; // first the window, then the network
-
-} // namespace
+void MainWindow::installTranslators()
+{
+#if QT_VERSION_MAJOR < 6
+    const QString ofQt = QLibraryInfo::location(QLibraryInfo::TranslationsPath);
+#else
+    const QString ofQt = QLibraryInfo::path(QLibraryInfo::TranslationsPath);
+#endif
+    const QString language = QLocale(QLocale::system().language()).name(); // "de_DE" in Austria too
+    for (const QString &catalogue :
+         { ":/translations/SoftwareUpdateClient_" + language, ofQt + "/qtbase_" + language }) {
+        auto *translator = new QTranslator(qApp);
+        if (translator->load(catalogue))
+            QCoreApplication::installTranslator(translator);
+    }
+}
 
 MainWindow::MainWindow(const QUrl &updateServer, const QUrl &nextVersion)
-    : updateServer(updateServer), nextVersion(nextVersion),
-      updates(QCoreApplication::applicationName(),
-              qv::VersionNumber(QCoreApplication::applicationVersion().toStdString()), updateServer.toString(), this)
+    : updates(QCoreApplication::applicationName(),
+              qv::VersionNumber(QCoreApplication::applicationVersion().toStdString()), updateServer.toString(), this),
+      catalogue(updateServer, this)
 {
     // What the client has written is the host's to change: the types of packages that it knows how to handle, and the
     // address. The store keeps the first one it was given, while the demo's server has another one at each start.
@@ -49,70 +52,32 @@ MainWindow::MainWindow(const QUrl &updateServer, const QUrl &nextVersion)
     updates.setCurrentSettings(&settings);
 
     qv::SoftUpCurrentCameraVersions versions;
-    for (const Camera &camera : cameras)
-        versions.append({ camera.model, qv::VersionNumber(camera.firmware) });
+    for (const QStringList &camera : cameras)
+        versions.append({ camera.at(1), qv::VersionNumber(camera.at(2).toStdString()) });
     updates.setCurrentCameraVersions(versions);
 
-    showCameras();
-    buildMenus();
-    updates.doInitialCheck(msBeforeInitialCheck);
-}
-
-void MainWindow::tellUpdate(const QString &previous)
-{
-    const QString version = QCoreApplication::applicationVersion();
-    statusBar()->showMessage(previous == version ? tr("The update did not work, %1 goes on").arg(version)
-                                                 : tr("Updated from %1 to %2").arg(previous, version));
-}
-
-void MainWindow::showCameras()
-{
     auto *list = new QTreeWidget;
     list->setHeaderLabels({ tr("Camera"), tr("Model"), tr("Firmware") });
     list->setRootIsDecorated(false);
-    list->setAlternatingRowColors(true);
-    for (const Camera &camera : cameras)
-        list->addTopLevelItem(new QTreeWidgetItem({ camera.place, camera.model, camera.firmware }));
+    for (const QStringList &camera : cameras)
+        list->addTopLevelItem(new QTreeWidgetItem(camera));
     list->header()->setSectionResizeMode(QHeaderView::Stretch);
     setCentralWidget(list);
-    setWindowTitle(QCoreApplication::applicationName());
+    setWindowTitle(QCoreApplication::applicationName() + ' ' + QCoreApplication::applicationVersion());
+    statusBar()->showMessage(SelfUpdate::outcome());
     resize(560, 320);
-}
 
-void MainWindow::buildMenus()
-{
-    QMenu *file = menuBar()->addMenu(tr("&File"));
-    file->addAction(tr("&Quit"), this, &QWidget::close);
-
+    menuBar()->addMenu(tr("&File"))->addAction(tr("&Quit"), this, &QWidget::close);
     QMenu *help = menuBar()->addMenu(tr("&Help"));
-    QAction *check = help->addAction(tr("Check for &Updates..."));
-    check->setObjectName("checkForUpdates");
-    connect(check, &QAction::triggered, &updates, [this] { updates.queryForUpdate(); });
-    help->addAction(tr("&Catalogue..."), this, &MainWindow::showCatalogue)->setObjectName("catalogue");
-    help->addAction(tr("Update &Myself..."), this, &MainWindow::updateMyself)->setObjectName("updateMyself");
-    help->addSeparator();
-    help->addAction(tr("&About"), this, &MainWindow::about)->setObjectName("about");
-}
+    help->addAction(tr("Check for &Updates..."), &updates, [this] { updates.queryForUpdate(); });
+    help->addAction(tr("&Catalogue..."), &catalogue, [this] {
+        catalogue.show();
+        catalogue.activateWindow();
+    });
+    help->addAction(tr("Update &Myself..."), this, [this, nextVersion] {
+        if (!findChild<SelfUpdate *>()) // one at a time
+            new SelfUpdate(nextVersion, this);
+    });
 
-void MainWindow::showCatalogue()
-{
-    auto *window = findChild<CatalogueWindow *>();
-    if (!window)
-        window = new CatalogueWindow(updateServer, this);
-    window->show();
-    window->activateWindow();
-}
-
-void MainWindow::updateMyself()
-{
-    if (!findChild<SelfUpdate *>())
-        (new SelfUpdate(nextVersion, this))->start();
-}
-
-void MainWindow::about()
-{
-    QMessageBox::about(this, tr("About %1").arg(QCoreApplication::applicationName()),
-                       tr("<b>%1 %2</b><p>Shows how an application that manages network cameras keeps itself and the "
-                          "firmware of its cameras up to date.")
-                           .arg(QCoreApplication::applicationName(), QCoreApplication::applicationVersion()));
+    updates.doInitialCheck(500); // milliseconds: first the window, then the network
 }

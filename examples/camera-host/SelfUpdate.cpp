@@ -7,60 +7,49 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QMessageBox>
-#include <QProgressDialog>
 
-namespace {
+using qv::DownloadManager;
 
-constexpr char argumentsVariable[] = "CAMERA_HOST_ARGUMENTS";
+// The updater starts the next version without arguments. What that shall know travels in the environment.
+static constexpr char updatedFrom[] = "CAMERA_HOST_UPDATED_FROM";
 
-} // namespace
-
-SelfUpdate::SelfUpdate(const QUrl &catalogue, QWidget *window) : QObject(window), window(window), manager(catalogue)
+SelfUpdate::SelfUpdate(const QUrl &catalogue, QWidget *window)
+    : QProgressDialog(tr("Looking for an update..."), tr("Cancel"), 0, 0, window), manager(catalogue)
 {
-    connect(&manager, &qv::DownloadManager::packageFound, this, &SelfUpdate::offer);
-    connect(&manager, &qv::DownloadManager::noPackageFound, this,
-            [this] { end(tr("The update server has nothing.")); });
-    connect(&manager, qOverload<qv::PackageInfo, QString>(&qv::DownloadManager::downloadSuccess), &manager,
+    setAutoReset(false); // it goes on after the download
+    connect(this, &QProgressDialog::canceled, &manager, &DownloadManager::abortDownload);
+    connect(&manager, &DownloadManager::packageFound, this, &SelfUpdate::offer);
+    connect(&manager, &DownloadManager::noPackageFound, this, [this] { end(tr("The update server has nothing.")); });
+    connect(&manager, &DownloadManager::downloadProgress, this, &QProgressDialog::setValue);
+    connect(&manager, qOverload<qv::PackageInfo, QString>(&DownloadManager::downloadSuccess), this,
             [this](const qv::PackageInfo &, const QString &file) { manager.unzipPackage(file); });
-    connect(&manager, qOverload<int>(&qv::DownloadManager::downloadFailure), this,
+    connect(&manager, qOverload<int>(&DownloadManager::downloadFailure), this,
             [this](int httpStatusCode) { end(tr("The download failed with HTTP status %1.").arg(httpStatusCode)); });
-    connect(&manager, &qv::DownloadManager::downloadAborted, this, [this] { end(tr("The update was cancelled.")); });
-    connect(&manager, &qv::DownloadManager::unzippingDone, this, &SelfUpdate::handOver);
-}
-
-void SelfUpdate::start()
-{
+    connect(&manager, &DownloadManager::downloadAborted, this, [this] { end(tr("The update was cancelled.")); });
+    connect(&manager, &DownloadManager::unzippingDone, this, &SelfUpdate::handOver);
     manager.queryUpdate();
+    show();
 }
 
 void SelfUpdate::offer(qv::PackageInfoList found)
 {
     const QString name = QCoreApplication::applicationName();
-    const qv::PackageInfo installed(QString(), name, QCoreApplication::applicationVersion(), "STABLE", QDateTime(),
-                                    qv::QStringSet(), qv::QStringSet(), QString(), QString());
+    const QString version = QCoreApplication::applicationVersion();
+    const qv::PackageInfo installed(QString(), name, version, "STABLE", QDateTime(), qv::QStringSet(), qv::QStringSet(),
+                                    QString(), QString());
     const qv::PackageInfoList newer =
-        qv::DownloadManager::findPackageCandidates(found, installed, "Application", { "zip" });
+        DownloadManager::findPackageCandidates(found, installed, "Application", { "zip" });
     if (newer.isEmpty())
-        return end(tr("%1 %2 is up to date.").arg(name, QCoreApplication::applicationVersion()));
+        return end(tr("%1 %2 is up to date.").arg(name, version));
 
+    const qv::PackageInfo &next = newer.first();
     const QString question = tr("%1 %2 is available. The program will restart.<p>Do you want to install it now?")
-                                 .arg(name, newer.first().displayReleaseVersion(true).toHtmlEscaped());
-    if (QMessageBox::question(window, name, question) == QMessageBox::Yes)
-        download(newer.first());
-    else
-        deleteLater();
-}
-
-void SelfUpdate::download(const qv::PackageInfo &package)
-{
-    progress = new QProgressDialog(tr("Downloading %1").arg(package.fileName()), tr("Cancel"), 0, 0, window);
-    progress->setAttribute(Qt::WA_DeleteOnClose);
-    connect(progress, &QProgressDialog::canceled, &manager, &qv::DownloadManager::abortDownload);
-    connect(&manager, &qv::DownloadManager::downloadProgress, progress, [this](int bytes, int totalBytes) {
-        progress->setMaximum(totalBytes);
-        progress->setValue(bytes);
-    });
-    manager.startDownload(package, downloads.filePath(package.fileName()));
+                                 .arg(name, next.displayReleaseVersion(true).toHtmlEscaped());
+    if (parentWidget() && QMessageBox::question(this, name, question) != QMessageBox::Yes)
+        return deleteLater();
+    setLabelText(tr("Downloading and unpacking the update..."));
+    setMaximum(int(next.fileSize));
+    manager.startDownload(next, downloads.filePath(next.fileName()));
 }
 
 void SelfUpdate::handOver(const QString &newFolder)
@@ -70,12 +59,10 @@ void SelfUpdate::handOver(const QString &newFolder)
     const QString updater = QFileInfo(folder.path()).path() + "/UpdateInstaller";
     QFile::remove(updater);
     if (QFile::copy(folder.filePath("UpdateInstaller"), updater)) {
-        const QStringList arguments = QCoreApplication::arguments().mid(1) + handedOver()
-            + QStringList { "--updated-from", QCoreApplication::applicationVersion() };
-        qputenv(argumentsVariable, arguments.join('\n').toLocal8Bit());
+        qputenv(updatedFrom, QCoreApplication::applicationVersion().toLocal8Bit());
         downloads.remove(); // no destructor will do it
-        qv::DownloadManager::startUpdate(updater, folder.path(), newFolder,
-                                         QFileInfo(QCoreApplication::applicationFilePath()).fileName());
+        DownloadManager::startUpdate(updater, folder.path(), newFolder,
+                                     QFileInfo(QCoreApplication::applicationFilePath()).fileName());
     }
     // Still here: it could not be started.
     QDir(newFolder).removeRecursively();
@@ -84,13 +71,21 @@ void SelfUpdate::handOver(const QString &newFolder)
 
 void SelfUpdate::end(const QString &outcome)
 {
-    if (progress)
-        progress->deleteLater();
-    QMessageBox::information(window, QCoreApplication::applicationName(), outcome);
+    hide();
     deleteLater();
+    if (parentWidget()) {
+        QMessageBox::information(parentWidget(), QCoreApplication::applicationName(), outcome);
+    } else {
+        qCritical("%s", qPrintable(outcome));
+        QCoreApplication::exit(1);
+    }
 }
 
-QStringList SelfUpdate::handedOver()
+QString SelfUpdate::outcome()
 {
-    return qEnvironmentVariable(argumentsVariable).split('\n', Qt::SkipEmptyParts);
+    const QString before = qEnvironmentVariable(updatedFrom), now = QCoreApplication::applicationVersion();
+    if (before.isEmpty())
+        return QString();
+    return before == now ? tr("The update did not work, %1 goes on").arg(now)
+                         : tr("Updated from %1 to %2").arg(before, now);
 }

@@ -2,37 +2,30 @@
 
 #include "DownloadManager.h"
 
-#include <QPointer>
+#include <QProgressDialog>
 #include <QTemporaryDir>
 
-class QProgressDialog;
-class QWidget;
-
-/// Puts the next version of this program in its place, with the download manager alone: asks the server for a newer
-/// "zip" package, downloads and unpacks it, and hands over to UpdateInstaller. Made for one attempt, at the end of
-/// which it deletes itself - or the whole program gives way to its new version.
-class SelfUpdate : public QObject
+/// Puts the next version of this program in its place, with the download manager alone: asks @p catalogue for a newer
+/// "zip" package, downloads and unpacks it, and hands over to UpdateInstaller. The dialog shows how far that is.
+///
+/// Made with new for one attempt, as a download manager unpacks one package in its life. At the end it tells why and
+/// deletes itself - or the whole program gives way to its new version.
+class SelfUpdate : public QProgressDialog
 {
     Q_OBJECT
 
 public:
-    /// @p window is the parent of the boxes and of this.
+    /// Begins at once. Without a @p window nobody is asked, and the program ends when there is no update.
     SelfUpdate(const QUrl &catalogue, QWidget *window);
 
-    void start();
-
-    /// What the version before this one was called with. The updater starts programs without arguments; they travel in
-    /// the environment, with "--updated-from" and that version behind them.
-    static QStringList handedOver();
+    /// What came of the update by which this program was started; empty when the user did that.
+    static QString outcome();
 
 private:
     void offer(qv::PackageInfoList found);
-    void download(const qv::PackageInfo &package);
     void handOver(const QString &newFolder);
     void end(const QString &outcome);
 
-    QWidget *window;
     qv::DownloadManager manager;
-    QPointer<QProgressDialog> progress;
     QTemporaryDir downloads;
 };

@@ -9,8 +9,8 @@
 
 namespace qv {
 
-/// What the platform libraries throw: a message made for people. The update library catches it; a host sees one only
-/// where a declaration says so.
+/// What the platform libraries throw: a message made for people. Whoever calls them catches
+/// it; a declaration says where one is passed on.
 class QV_PLATFORM_EXPORT ExceptionQt : public std::exception
 {
 public:

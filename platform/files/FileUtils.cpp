@@ -1,5 +1,5 @@
-// Single files and folders: made, read, replaced, removed, chosen. Called by the download manager and the update
-// client; leaves behind what its callers asked for and nothing half-written.
+// Single files and folders: made, read, replaced, removed, chosen. Leaves behind what
+// its callers asked for and nothing half-written.
 #include "FileUtils.h"
 
 #include <QDir>
@@ -17,14 +17,16 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Removes what @p folder holds, but not folders with content: these are returned, and what cannot be removed.
+/// Removes what @p folder holds, but not folders with content: these are returned.
 std::vector<std::string> thinOut(const fs::path &folder, std::error_code &error)
 {
     std::vector<std::string> left;
-    std::error_code ignored;
     for (fs::directory_iterator item(folder, error), end; !error && item != end; item.increment(error)) {
-        if (!fs::remove(item->path(), ignored))
-            left.push_back(item->path().string());
+        if (fs::remove(item->path(), error) || !error)
+            continue;
+        if (error != std::errc::directory_not_empty) // a link too may be here to stay, and is not to be followed
+            break;
+        left.push_back(item->path().string());
     }
     return left;
 }

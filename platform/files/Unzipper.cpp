@@ -1,4 +1,4 @@
-// An archive unpacked in the background. Made by the download manager; leaves the unpacked folder, or no folder and a
+// An archive unpacked in the background. Made by whoever does not want to wait; leaves the unpacked folder, or no folder and a
 // message.
 #include "Unzipper.h"
 #include "FileUtils.h"

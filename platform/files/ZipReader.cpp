@@ -1,5 +1,5 @@
-// The archive as the GUI thread sees it: listed, unpacked under a progress dialog. Called by the download manager and
-// by hosts; leaves a whole folder or an empty one.
+// The archive as the GUI thread sees it: listed, unpacked under a progress dialog. Called where
+// the user waits; leaves a whole folder or an empty one.
 #include "ZipReader.h"
 #include "IOException.h"
 #include "ZipExtractor.h"

@@ -21,7 +21,8 @@ const QStringList latin1Names {
 QString charsetOf(const QString &type)
 {
     // A quoted value may hold anything, the look of another parameter too.
-    static const QRegularExpression parameter(QStringLiteral(R"re(;\s*([^\s;=]+)\s*=\s*("(?:[^"\\]|\\.)*"|[^;]*))re"));
+    static const QRegularExpression parameter(
+        QStringLiteral(R"re([;,\s]([^\s;,=]+)\s*=\s*("(?:[^"\\]|\\.)*"|[^\s;,]*))re"));
     static const QRegularExpression punctuation(QStringLiteral("[^a-z0-9]"));
     for (auto match = parameter.globalMatch(type); match.hasNext();) {
         const QRegularExpressionMatch one = match.next();

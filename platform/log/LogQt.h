@@ -20,7 +20,7 @@ struct Log
 };
 
 /// The host's diagnostic log. Every line names its class and method, as in
-/// "SoftwareUpdateClient::queryLastUpdate() -> daily update fired".
+/// "Report::print() -> no printer".
 ///
 /// A line is written when the threshold is at most its level and its level has a stream. Unless the host says
 /// otherwise, the threshold is Log::Warning and all levels go to standard error:

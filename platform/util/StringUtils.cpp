@@ -1,4 +1,4 @@
-// Splits, translates and compares sets of words. Called by the catalogue and by the selection of packages.
+// Splits, translates and compares sets of words. Called wherever lists of words are read.
 #include "StringUtils.h"
 
 #include <QCoreApplication>

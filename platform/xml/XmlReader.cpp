@@ -1,4 +1,4 @@
-// Guards QXmlStreamReader against documents made to exhaust time or memory. Called by XmlTree, for every catalogue, and
+// Guards QXmlStreamReader against documents made to exhaust time or memory. Called by XmlTree and
 // by XmlUtils.
 #include "XmlReader.h"
 

@@ -1,4 +1,4 @@
-// Builds the tree in one pass over the tokens: flat tables, linked by index. Called for every catalogue.
+// Builds the tree in one pass over the tokens: flat tables, linked by index. Called for whole documents.
 #include "XmlTree.h"
 
 #include "ParseException.h"

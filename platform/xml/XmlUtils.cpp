@@ -1,4 +1,4 @@
-// DOM documents from devices, on both Qts alike. Called by hosts that look at a catalogue node by node.
+// DOM documents from devices, on both Qts alike. Called by whoever looks at a document node by node.
 #include "XmlUtils.h"
 
 #include "ParseException.h"

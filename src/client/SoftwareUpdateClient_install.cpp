@@ -201,6 +201,7 @@ void SoftwareUpdateClient::deleteProgressDialog()
 {
     if (!d->progressDialog)
         return;
+    d->progressDialog->reset(); // or it would still show itself, until it is gone
     d->progressDialog->hide();
     d->progressDialog->deleteLater();
     d->progressDialog = nullptr;

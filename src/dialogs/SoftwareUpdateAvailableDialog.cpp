@@ -6,11 +6,13 @@
 
 #include "ui_SoftwareUpdateAvailableGui.h"
 
+#include <QRegularExpression>
 #include <QScreen>
 #include <QScrollBar>
 #include <QSet>
 #include <QSignalBlocker>
 #include <QTextDocument>
+#include <algorithm>
 
 namespace qv {
 
@@ -33,6 +35,25 @@ protected:
     }
 };
 
+/// Light links, where a host has darkened all colours but that of links; else no style at all.
+QString linkStyle(const QPalette &palette)
+{
+    const QColor link = palette.color(QPalette::Link), text = palette.color(QPalette::WindowText);
+    if (qAbs(qGray(link.rgb()) - qGray(palette.color(QPalette::Window).rgb())) > 80)
+        return QString();
+    const auto mixed = [](int one, int two) { return (one + 2 * two) / 3; };
+    const QColor light(mixed(link.red(), text.red()), mixed(link.green(), text.green()),
+                       mixed(link.blue(), text.blue()));
+    return QStringLiteral("a { color: %1 }").arg(light.name());
+}
+
+/// Keeps the addresses that are read in links from being broken into lines.
+QString withWholeLinks(QString html)
+{
+    static const QRegularExpression breakable(QStringLiteral("([^\\w<>])(?=[^<>]*</a>)"));
+    return html.replace(breakable, QStringLiteral("\\1\u2060"));
+}
+
 } // namespace
 
 SoftwareUpdateAvailableDialog::SoftwareUpdateAvailableDialog(QWidget *parent, Qt::WindowFlags flags)
@@ -41,6 +62,13 @@ SoftwareUpdateAvailableDialog::SoftwareUpdateAvailableDialog(QWidget *parent, Qt
     qRegisterMetaType<SoftUpIndexList>("SoftUpIndexList"); // so that queued connections find the type by this name
     ui->setupUi(this);
     ui->commentText->setDocument(new ClosedDocument(ui->commentText));
+    ui->qvLinkLabel->setText(withWholeLinks(ui->qvLinkLabel->text()));
+    const QString links = linkStyle(palette());
+    if (!links.isEmpty()) {
+        ui->commentText->document()->setDefaultStyleSheet(links);
+        ui->qvLinkLabel->setText(QStringLiteral("<style>%1</style>").arg(links) + ui->qvLinkLabel->text());
+    }
+    ui->tableWidget->setAccessibleName(ui->label_3->text()); // a table does not ask whose buddy it is
 
     using Dialog = SoftwareUpdateAvailableDialog;
     connect(ui->downloadPushButton, &QPushButton::clicked, this, &Dialog::downloadPackagePressed);
@@ -53,6 +81,9 @@ SoftwareUpdateAvailableDialog::SoftwareUpdateAvailableDialog(QWidget *parent, Qt
     ui->tableWidget->setEditTriggers(QAbstractItemView::NoEditTriggers);
     ui->installPushButton->setDefault(true);
     adjustSize();
+    // On small screens that leaves too few rows of the table: all of the height is taken but that of a window's frame.
+    const int highest = screen()->availableGeometry().height() - 2 * style()->pixelMetric(QStyle::PM_TitleBarHeight);
+    resize(width(), qMax(height(), qMin(sizeHint().height(), highest)));
     ui->commentText->hide();
 }
 
@@ -111,6 +142,7 @@ void SoftwareUpdateAvailableDialog::setHiddenEntries(const SoftUpIndexList &rows
     const QSet<int> hidden(rows.begin(), rows.end());
     for (int row = 0; row < ui->tableWidget->rowCount(); ++row)
         ui->tableWidget->setRowHidden(row, hidden.contains(row));
+    deselectHiddenRows();
 }
 
 void SoftwareUpdateAvailableDialog::setCommentText(const QString &text)
@@ -145,15 +177,49 @@ void SoftwareUpdateAvailableDialog::downloadPackagePressed()
     emit downloadUrls(getCurrentSelectedItems());
 }
 
-// Deliberate: the current row, which with Ctrl+click need not be the selected one.
 void SoftwareUpdateAvailableDialog::installPackagePressed()
 {
+    moveCurrentIntoSelection(); // the cursor keys may have moved it since
     emit installPackage(ui->tableWidget->currentRow());
 }
 
+// A slot that is told of a selection may hide rows of it: what that changes is told when the slot has returned.
 void SoftwareUpdateAvailableDialog::currentItemsChanged()
 {
-    emit currentItemsChangedSig(getCurrentSelectedItems());
+    if (selectionChanges++ > 0)
+        return;
+    int told = 0;
+    do {
+        deselectHiddenRows();
+        moveCurrentIntoSelection();
+        told = selectionChanges;
+        emit currentItemsChangedSig(getCurrentSelectedItems());
+    } while (told != selectionChanges);
+    selectionChanges = 0;
+}
+
+void SoftwareUpdateAvailableDialog::deselectHiddenRows()
+{
+    const QTableWidget &table = *ui->tableWidget;
+    QItemSelection hidden;
+    for (int row = 0; row < table.rowCount(); ++row) {
+        if (table.isRowHidden(row) && table.selectionModel()->rowIntersectsSelection(row, QModelIndex()))
+            hidden.select(table.model()->index(row, 0), table.model()->index(row, table.columnCount() - 1));
+    }
+    if (!hidden.isEmpty())
+        table.selectionModel()->select(hidden, QItemSelectionModel::Deselect);
+}
+
+void SoftwareUpdateAvailableDialog::moveCurrentIntoSelection()
+{
+    const QTableWidget &table = *ui->tableWidget;
+    const SoftUpIndexList rows = getCurrentSelectedItems();
+    const auto distance = [current = table.currentRow()](int row) { return qAbs(row - current); };
+    const auto nearest =
+        std::min_element(rows.begin(), rows.end(), [&](int one, int other) { return distance(one) < distance(other); });
+    if (nearest != rows.end() && *nearest != table.currentRow())
+        table.selectionModel()->setCurrentIndex(table.model()->index(*nearest, qMax(0, table.currentColumn())),
+                                                QItemSelectionModel::NoUpdate);
 }
 
 void SoftwareUpdateAvailableDialog::releaseNotesPressed()

@@ -40,7 +40,8 @@ public:
     /// columns fit, as far as the screen allows.
     void setTableHeaders(const QStringList &headers);
 
-    /// Hides exactly the rows in @p rows and shows all others.
+    /// Hides exactly the rows in @p rows and shows all others. Hidden rows are not selected: when this takes the
+    /// selection off some, currentItemsChangedSig() follows; from inside a slot for that signal, after the slot.
     void setHiddenEntries(const SoftUpIndexList &rows);
 
     /// Shows @p text, which is rich text, below the table; an empty one hides the box. Images and other resources that
@@ -54,8 +55,12 @@ public:
     void setRealeaseNotesButtonState(bool enabled); // (the odd spelling is kept: hosts use the name)
 
 signals:
-    void downloadUrls(SoftUpIndexList);           ///< "Download Package": the selected rows
-    void installPackage(int);                     ///< "Install Package": the table's current row, -1 when there is none
+    void downloadUrls(SoftUpIndexList); ///< "Download Package": the selected rows
+
+    /// "Install Package": the table's current row, which is one of the selected rows if there are any. -1: there is
+    /// none.
+    void installPackage(int);
+
     void currentItemsChangedSig(SoftUpIndexList); ///< another selection or another table: the selected rows
     void downloadReleaseNotes(SoftUpIndexList);   ///< "Release Notes": the selected rows
     void showAllLanguages(bool state);            ///< "Show all languages" was clicked: whether it is checked now
@@ -75,6 +80,10 @@ private slots:
     void showAllLanguagesPressed();
 
 private:
+    void deselectHiddenRows();
+    void moveCurrentIntoSelection();
+
+    int selectionChanges = 0; // since the outermost currentItemsChanged() began
     const std::unique_ptr<Ui_SoftwareUpdateAvailableGui> ui;
 };
 

@@ -4,6 +4,9 @@
 
 #include "ui_SoftwareUpdateDialogGui.h"
 
+#include <QKeyEvent>
+#include <QRegularExpression>
+
 namespace qv {
 
 SoftwareUpdateDialog::SoftwareUpdateDialog(QWidget *parent, Qt::WindowFlags flags)
@@ -16,7 +19,19 @@ SoftwareUpdateDialog::SoftwareUpdateDialog(QWidget *parent, Qt::WindowFlags flag
         ui->updateServerLineEdit->hide();
     }
     layout()->setSizeConstraint(QLayout::SetFixedSize);
+    QSizePolicy keepsItsPlace = ui->progressBar->sizePolicy();
+    keepsItsPlace.setRetainSizeWhenHidden(true);
+    ui->progressBar->setSizePolicy(keepsItsPlace);
     ui->progressBar->hide();
+
+    // The check box is the combo box's caption too. On Linux a combo box is named by its value and only a label says
+    // what that means.
+    const QString caption = ui->updateCheckBox->text();
+    ui->updateComboBox->setAccessibleName(caption);
+    auto label = new QLabel(caption, this);
+    label->setBuddy(ui->updateComboBox);
+    label->hide();
+
     connect(ui->updatePushButton, &QPushButton::clicked, this, &SoftwareUpdateDialog::checkForUpdate);
     connect(ui->buttonBox, &QDialogButtonBox::clicked, this, &SoftwareUpdateDialog::standardButtonClicked);
 }
@@ -26,6 +41,12 @@ SoftwareUpdateDialog::~SoftwareUpdateDialog() = default;
 void SoftwareUpdateDialog::setNotificationText(const QString &text)
 {
     ui->updateNotificationLabel->setText(text);
+
+    // What does not fit the label's height is read in the tip, which is rich text lest its lines be endless.
+    static const QRegularExpression partOfWord(QStringLiteral("(\\S{60})"));
+    QString tip = text;
+    tip.replace(partOfWord, QStringLiteral("\\1\u200b"));
+    ui->updateNotificationLabel->setToolTip(tip.isEmpty() ? tip : QStringLiteral("<qt>") + tip.toHtmlEscaped());
 }
 
 void SoftwareUpdateDialog::setDialogSettings(const SoftwareUpdateDialogSettings &settings)
@@ -60,14 +81,26 @@ void SoftwareUpdateDialog::enableProgress()
 {
     ui->progressBar->show();
     ui->progressBar->setEnabled(true);
+    if (focusWidget() == ui->updatePushButton) // disabled, it would pass it on to the check box, and the next Space
+        ui->progressBar->setFocus();
     ui->updatePushButton->setEnabled(false);
 }
 
 void SoftwareUpdateDialog::disbaleProgress()
 {
+    ui->updatePushButton->setEnabled(true);
+    if (focusWidget() == ui->progressBar)
+        ui->updatePushButton->setFocus();
     ui->progressBar->hide();
     ui->progressBar->setEnabled(false);
-    ui->updatePushButton->setEnabled(true);
+}
+
+// Enter meant "Check Now" when the progress bar took the focus over: it does not press OK.
+void SoftwareUpdateDialog::keyPressEvent(QKeyEvent *event)
+{
+    const bool isEnter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (!isEnter || focusWidget() != ui->progressBar)
+        QDialog::keyPressEvent(event);
 }
 
 void SoftwareUpdateDialog::emitApplySettings()

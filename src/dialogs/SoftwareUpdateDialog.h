@@ -35,7 +35,8 @@ public:
     SoftwareUpdateDialog(QWidget *parent, Qt::WindowFlags flags);
     ~SoftwareUpdateDialog() override;
 
-    /// Shows @p text, always as plain text, below the date of the last check; an empty one clears the line.
+    /// Shows @p text, always as plain text, below the date of the last check; an empty one clears the line. It wraps
+    /// within the dialog's width; a tool tip holds all of it.
     void setNotificationText(const QString &text);
 
     /// Fills the widgets. A null `currentVersion` or `lastCheck` hides its caption and leaves the text beside it as it
@@ -56,9 +57,17 @@ signals:
     void forceUpdateAvailable();
 
 public slots:
-    void enableProgress();  ///< a check runs: shows the busy indicator and disables "Check Now"
-    void disbaleProgress(); ///< no check runs, as after construction (the odd spelling is kept: hosts connect by name)
+    /// A check runs: shows the busy indicator and disables "Check Now", whose keyboard focus waits on the indicator.
+    void enableProgress();
+
+    /// No check runs, as after construction (the odd spelling is kept: hosts connect by name). The focus goes back to
+    /// "Check Now" unless the user has moved it.
+    void disbaleProgress();
+
     void emitApplySettings(); ///< sends applySettings() with what the widgets hold
+
+protected:
+    void keyPressEvent(QKeyEvent *event) override;
 
 private slots:
     void standardButtonClicked(QAbstractButton *button);

@@ -184,7 +184,7 @@ public slots:
     void queryUpdate(const PackageInfo &filter, QObject *callbackReceiver = nullptr,
                      const char *callbackSlot = nullptr);
 
-    /// A query for packages of the type "system". Deliberate: @p filterLanguages stand in its filter as platforms.
+    /// A query for packages of the type "system", with @p filterLanguages as the platforms of its filter.
     void queryCameraFirmwareUpdate(const QString &filterVersion = QString(), const QString &filterRelease = QString(),
                                    const QStringSet &filterLanguages = QStringSet());
 

@@ -27,7 +27,7 @@ void DownloadManager::queryUpdate(const QString &filterTypes, const QString &fil
 void DownloadManager::queryCameraFirmwareUpdate(const QString &filterVersion, const QString &filterRelease,
                                                 const QStringSet &filterLanguages)
 {
-    // Deliberate: the languages stand where the platforms belong.
+    // The languages stand where the platforms belong; nothing reads a query's filter.
     queryUpdate(QStringLiteral("system"), QString(), filterVersion, filterRelease, QDateTime(), filterLanguages);
 }
 

@@ -7,6 +7,8 @@
 #include <QPushButton>
 #include <QStringList>
 
+#include <functional>
+
 /// Answers the modal boxes that appear while it lives, each by the button of the next text in @p answers, or "OK" when
 /// there is none left, and writes down what they said:
 /// "Critical|title|text|OK:Accept", with the buttons in the order in which they were added.
@@ -22,6 +24,7 @@ public:
     }
 
     QStringList boxes;
+    std::function<void()> onBox = [] {}; ///< called while a message box is shown
 
     bool eventFilter(QObject *object, QEvent *event) override
     {
@@ -53,6 +56,7 @@ private:
         boxes << QStringList { icons.value(box->icon()), box->windowTitle(), box->text(), buttons.join(',') }.join('|');
         if (!found || !box->isModal())
             qFatal("no button %s, or not modal: %s", qPrintable(wanted), qPrintable(boxes.last()));
+        onBox();
         found->click();
     }
 

@@ -6,8 +6,8 @@
 
 namespace {
 
-constexpr qint64 Piece = 64 * 1024;
-constexpr qint64 MostQueued = 1024 * 1024;
+constexpr qint64 PieceBytes = 64 * 1024;
+constexpr qint64 MostQueuedBytes = 1024 * 1024;
 
 } // namespace
 
@@ -42,7 +42,6 @@ private:
         isHeadSent = isHoldTold = false;
         sent = 0;
         server->requests.append(request);
-        emit server->requested(request.target);
         write();
     }
 
@@ -50,7 +49,7 @@ private:
     {
         const qint64 length = answer.body.size() + answer.generated;
         while (isAnswering && socket->state() == QAbstractSocket::ConnectedState
-               && socket->bytesToWrite() < MostQueued) {
+               && socket->bytesToWrite() < MostQueuedBytes) {
             if (isHeld(isHeadSent ? sent : -1))
                 return;
             if (!isHeadSent)
@@ -89,7 +88,7 @@ private:
 
     void writePiece(qint64 length)
     {
-        qint64 size = std::min(Piece, length - sent);
+        qint64 size = std::min(PieceBytes, length - sent);
         for (qint64 stop : { answer.heldAt, answer.droppedAt })
             if (stop > sent)
                 size = std::min(size, stop - sent);

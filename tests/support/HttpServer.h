@@ -106,7 +106,6 @@ public:
     QList<QByteArray> targets() const; ///< of these
 
 signals:
-    void requested(const QByteArray &target);
     void held(); ///< an answer got to the point where it is held
     void released();
     void stopped();

@@ -1,0 +1,348 @@
+// Walks through all windows of the demo without a human and saves pictures of them: a table of steps, and the loop that
+// takes one after the other.
+#include "CatalogueWindow.h"
+#include "DemoServer.h"
+#include "MainWindow.h"
+#include "NodeDB.h"
+#include "SoftwareUpdateAvailableDialog.h"
+#include "SoftwareUpdateDialog.h"
+
+#include <QTest>
+#include <QtWidgets>
+#include <cstdio>
+
+/// What the leak check shall not mind: the managers of installations are never freed, by design.
+extern "C" Q_DECL_EXPORT const char *__lsan_default_suppressions() // NOLINT(bugprone-reserved-identifier)
+{
+    return "leak:qv::SoftwareUpdateClient::install\nleak:qv::HttpClient::";
+}
+
+namespace {
+
+using Action = std::function<void()>;
+using Window = QWidget *(*)();
+
+struct Step
+{
+    const char *told;                ///< printed when it has happened
+    std::vector<Action> done;        ///< by the user, in this order; may open boxes that wait for the next step
+    Window window;                   ///< is shown then, and no box unless it is this one
+    const char *picture = "";        ///< of the window; "" for none
+    const char *parts = "";          ///< of it, by name, that are shown and enabled; "-" before those that are not
+    std::function<bool()> then = {}; ///< what else is the case
+};
+
+QUrl server; // the catalogue that the demo asks
+QUrl opened; // what would have gone to the browser last
+std::unique_ptr<MainWindow> host;
+
+template<class Type>
+QWidget *shown()
+{
+    for (QWidget *window : QApplication::topLevelWidgets()) {
+        if (window->isVisible() && qobject_cast<Type *>(window))
+            return window;
+    }
+    return nullptr;
+}
+
+constexpr Window mainWindow = shown<MainWindow>, settings = shown<qv::SoftwareUpdateDialog>,
+                 available = shown<qv::SoftwareUpdateAvailableDialog>, catalogue = shown<CatalogueWindow>;
+constexpr Window progress = [] {
+    for (auto *dialog : host->findChildren<QProgressDialog *>())
+        dialog->setMinimumDuration(0); // else it appears for what takes more than four seconds
+    return shown<QProgressDialog>();
+};
+
+template<class Part>
+Part *part(Window window, const QString &name = QString())
+{
+    Part *found = window() ? window()->findChild<Part *>(name) : nullptr;
+    if (!found)
+        qFatal("There is no %s \"%s\"", Part::staticMetaObject.className(), qPrintable(name));
+    return found;
+}
+
+const auto question = [] { return qobject_cast<QMessageBox *>(QApplication::activeModalWidget()); }; // the newest
+const auto box = []() -> QWidget * { return question(); };
+const auto table = [] { return part<QTableWidget>(available); };
+const auto list = [] { return part<QTreeWidget>(catalogue); };
+
+// What a user does.
+const auto click = [](Window in, const char *name) { return [=] { part<QAbstractButton>(in, name)->click(); }; };
+const auto close = [](Window window) { return [=] { window()->close(); }; };
+const auto agree = [] { question()->buttons().first()->click(); }; // the first is that of accepting, or Yes
+const auto check = [](const char *document) {
+    return [=] {
+        part<QLineEdit>(settings, "updateServerLineEdit")->setText(server.resolved(QUrl(document)).toString());
+        part<QAbstractButton>(settings, "updatePushButton")->click();
+    };
+};
+const auto choose = [](Window window, const char *entry) {
+    return [=] {
+        for (QAction *action : window()->findChildren<QAction *>()) {
+            if (action->text().remove('&') == entry)
+                action->trigger();
+        }
+    };
+};
+const auto select = [](const char *type, QTableWidget::SelectionMode mode = QTableWidget::SingleSelection) {
+    return [=] {
+        table()->setSelectionMode(mode);
+        for (const QTableWidgetItem *item : table()->findItems(type, Qt::MatchExactly)) {
+            if (!table()->isRowHidden(item->row()))
+                table()->selectRow(item->row());
+        }
+    };
+};
+const auto start = [](const char *updatedFrom) {
+    return [=] {
+        qputenv("CAMERA_HOST_UPDATED_FROM", updatedFrom);
+        host = std::make_unique<MainWindow>(server, server.resolved(QUrl("faults.xml")));
+        host->show();
+    };
+};
+const Action install = click(available, "installPushButton"), cancel = click(progress, "");
+
+// What is the case then.
+const auto told = [](const char *outcome) {
+    return [=] {
+        const QString text = QCoreApplication::translate("SoftwareUpdateClient", outcome);
+        return part<QLabel>(settings, "updateNotificationLabel")->text().contains(text);
+    };
+};
+const auto downloading = [](Window window) {
+    return [=] {
+        const auto *bar = part<QProgressBar>(window);
+        return bar->value() > bar->maximum() / 3 && bar->value() < bar->maximum();
+    };
+};
+const auto exists = [](const char *pattern) {
+    return QDirIterator(QDir::tempPath(), { pattern }, QDir::Files, QDirIterator::Subdirectories).hasNext();
+};
+const auto gone = [](Window window) { return [=] { return !window(); }; };
+const auto failure = [] { return question()->icon() == QMessageBox::Critical; };
+const auto hiddenRows = [] { return table()->verticalHeader()->hiddenSectionCount(); };
+const auto newPackages = [] { return list()->findItems("new", Qt::MatchExactly, 5).size(); };
+
+// clang-format off
+const std::vector<Step> steps = {
+    // The client: settings, checks, the table of packages.
+    { "The main window lists the cameras", {}, mainWindow, "main-window", "",
+      [] { return part<QTreeWidget>(mainWindow)->topLevelItemCount() == 8; } },
+    { "The check at application start finds updates by itself", {}, available },
+    { "The menu opens the settings, without what is for experts",
+      { close(available), choose(mainWindow, "Check for Updates...") }, settings, "settings",
+      "lastCheckLabel updatePushButton -updateServerLineEdit -checkForBetaCheckBox" },
+    { "Check Now starts a check", { click(settings, "updatePushButton") }, settings, "checking",
+      "progressBar -updatePushButton" },
+    { "The table shows updates, firmware in foreign languages left out", {}, available, "update-available",
+      "-downloadPushButton -commentText", [] { return hiddenRows() > 0 && hiddenRows() < table()->rowCount(); } },
+    { "A package has a link and release notes", { select("deb") }, available, "application-selected",
+      "commentText downloadPushButton releaseNotesPushButton" },
+    { "So has a camera's firmware", { select("rpk") }, available, "firmware-selected", "releaseNotesPushButton",
+      [] { return part<QTextBrowser>(available)->toPlainText().contains(table()->selectedItems().first()->text()); } },
+    { "Two packages can only be downloaded", { select("deb", QTableWidget::MultiSelection) }, available, "two-selected",
+      "downloadPushButton -installPushButton -releaseNotesPushButton -commentText" },
+    { "Show all languages shows what was left out", { click(available, "showAllLanguagesCheckBox") }, available,
+      "all-languages", "", [] { return hiddenRows() == 0; } },
+    { "Release Notes opens a page in the browser", { select("deb"), click(available, "releaseNotesPushButton") },
+      available, "", "", [] { return opened.path().endsWith(".html"); } },
+    { "Download Package opens its link", { click(available, "downloadPushButton") }, available, "", "",
+      [] { return opened.path().endsWith(".deb"); } },
+    { "Update Settings leads back to the one settings dialog", { click(available, "updateSettingsPushButton") },
+      settings, "", "", [] { return host->findChildren<qv::SoftwareUpdateDialog *>().size() == 1; } },
+    { "The product is up to date", { close(available), check("old.xml") }, settings, "up-to-date", "",
+      told("Congratulations! Your product is up-to-date!") },
+    { "There is no update", { check("empty.xml") }, settings, "no-update", "", told("No update available!") },
+    { "There is no catalogue, in Qt's words", { check("missing.xml") }, settings, "error", "", told("missing.xml") },
+
+    // Packages of all types, installed from the table.
+    { "There are packages", { check("catalogue.xml") }, available },
+    { "Install asks before it begins", { select("exe"), install }, box, "install-exe" },
+    { "Cancel Install leaves all as it was", { close(box) }, available, "", "", [] { return !exists("*.exe"); } },
+    { "Install asks again", { install }, box },
+    { "The package is downloaded", { agree }, progress, "progress", "", downloading(progress) },
+    { "Cancel ends that and leaves no file", { cancel }, available, "", "",
+      [] { return !progress() && !exists("*.exe"); } },
+    { "Install asks again", { install }, box },
+    { "The installer runs", { agree }, settings, "", "", [] { return !available() && exists("*.exe.log"); } },
+    { "There are packages", { check("catalogue.xml") }, available },
+    { "Install asks for installers in an archive", { select("mpkg"), install }, box, "install-mpkg" },
+    { "They are opened", { agree }, settings, "", "", [] { return opened.toLocalFile().endsWith(".mpkg"); } },
+    { "There are packages", { check("catalogue.xml") }, available },
+    { "Install asks for an archive", { select("zip"), install }, box, "install-zip" },
+    { "A restart is asked for", { agree }, box, "restart" },
+    { "Restart later leaves the unpacked package", { close(box) }, settings, "", "",
+      [] { return !exists("*.zip") && exists("camera-host"); } },
+
+    // What a user sees when that fails.
+    { "There are faulty packages", { [] { QSettings().setValue("supportedPackageTypes", "deb,zip,bin"); },
+      [] { QSettings().setValue("installablePackageTypes", "deb,zip,bin"); }, check("faults.xml") }, available },
+    { "Install asks for one that the server does not have", { select("deb"), install }, box, "install-deb" },
+    { "It cannot be downloaded", { agree }, box, "missing-package", "", failure },
+    { "The box closes", { close(box) }, available },
+    { "Install asks for one of no known type", { select("bin"), install }, box, "install-bin" },
+    { "It cannot be installed", { agree }, box, "unknown-type", "", failure },
+    { "The box closes", { close(box) }, settings },
+    { "There are faulty packages", { check("faults.xml") }, available },
+    { "Install asks for one that is no archive", { select("zip"), install }, box },
+    { "It cannot be unpacked", { agree }, box, "broken-package", "", failure },
+    { "The restart did not wait for it", { close(box) }, box, "", "", [] { return !failure(); } },
+    { "Cancel closes the settings", { close(box), close(settings) }, mainWindow, "", "", gone(settings) },
+
+    // What is for experts.
+    { "With Shift held the settings show it", { [] { QTest::keyPress(mainWindow(), Qt::Key_Shift, Qt::ShiftModifier); },
+      choose(mainWindow, "Check for Updates..."), [] { QTest::keyRelease(mainWindow(), Qt::Key_Shift); } }, settings,
+      "expert-settings", "updateServerLineEdit checkForBetaCheckBox" },
+    { "There are beta versions", { click(settings, "checkForBetaCheckBox"), check("catalogue.xml") }, available, "", "",
+      [] { return table()->item(0, 0)->text().endsWith(" BETA"); } },
+    { "One is selected", { select("deb") }, available, "beta", "commentText" },
+    { "OK closes the settings",
+      { close(available), [] { part<QDialogButtonBox>(settings)->button(QDialogButtonBox::Ok)->click(); } }, mainWindow,
+      "", "", gone(settings) },
+
+    // The download manager alone.
+    { "At first all packages are new", { choose(mainWindow, "Catalogue..."), choose(catalogue, "Query Server") },
+      catalogue, "", "", [] { return newPackages() > 0 && newPackages() == list()->topLevelItemCount(); } },
+    { "A selected one shows its release notes",
+      { [] { list()->setCurrentItem(list()->findItems("Camera Host 1.2", Qt::MatchExactly).value(0)); } }, catalogue,
+      "catalogue", "", [] { return !part<QPlainTextEdit>(catalogue)->toPlainText().isEmpty(); } },
+    { "It is downloaded", { choose(catalogue, "Download") }, catalogue, "downloading", "", downloading(catalogue) },
+    { "Cancel ends that and leaves no file", { choose(catalogue, "Cancel") }, catalogue, "cancelled", "",
+      [] { return !part<QProgressBar>(catalogue)->isVisible() && !exists("camera-host-1.2.zip"); } },
+    { "The next download is complete", { choose(catalogue, "Download") }, catalogue, "", "",
+      [] { return QFile(part<QStatusBar>(catalogue)->currentMessage().section("Saved as ", 1)).size() == 336251; } },
+    { "Nothing is new any more", { choose(catalogue, "Query Server") }, catalogue, "nothing-new", "",
+      [] { return newPackages() == 0; } },
+    { "The next start remembers the packages", { start(""), choose(mainWindow, "Catalogue...") }, catalogue, "", "",
+      [] { return list()->topLevelItemCount() > 0; } },
+
+    // The program's own update, as far as a tour can go on after it. After one that failed there is the next.
+    { "A newer version is offered", { choose(mainWindow, "Update Myself...") }, box, "update-offered" },
+    { "It is no archive", { agree }, box, "update-broken", "", failure },
+    { "The update waits", { close(box) }, progress, "update-waits" },
+    { "Cancel ends it", { cancel }, box, "update-cancelled" },
+    { "The box closes", { close(box) }, mainWindow, "", "", gone(progress) },
+    { "It is offered again", { choose(mainWindow, "Update Myself...") }, box, "", "", [] { return !failure(); } },
+    { "It is no archive", { agree }, box, "", "", failure },
+    { "The box closes", { close(box) }, progress },
+    { "After an update the next version tells", { start("0.9") }, mainWindow, "after-update" },
+    { "After one that did not work the old one tells", { start("1.0") }, mainWindow, "after-failed-update" },
+};
+// clang-format on
+
+/// Takes the steps while the application runs, in the loops of its boxes, too. Ends it after the last one, or with an
+/// exit code at the first that does not happen.
+class Tour : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit Tour(const QDir &pictures) : pictures(pictures)
+    {
+        pictures.mkpath(".");
+        for (const char *scheme : { "http", "file" })
+            QDesktopServices::setUrlHandler(scheme, this, "openUrl");
+        connect(&timer, &QTimer::timeout, this, &Tour::look);
+        timer.start(20);
+    }
+
+public slots:
+    void openUrl(const QUrl &url) { opened = url; }
+
+private:
+    void look()
+    {
+        const Step &step = steps.at(index);
+        if (!begun) {
+            begun = true;
+            patience.start();
+            QTimer::singleShot(0, this, [&step] {
+                for (const Action &action : step.done)
+                    action();
+            });
+        } else if (hasHappened(step)) {
+            printf("%s\n", step.told);
+            fflush(stdout); // a crash shall not take it along
+            if (*step.picture)
+                save(step.window()->grab(), step.picture);
+            begun = false;
+            if (++index == steps.size())
+                QCoreApplication::exit(0);
+        } else if (patience.hasExpired(30'000)) { // twice what a check may take
+            fprintf(stderr, "This did not happen: %s\n", step.told);
+            if (question())
+                fprintf(stderr, "A box says: %s\n", qPrintable(question()->text()));
+            QCoreApplication::exit(1);
+        }
+    }
+
+    void save(const QPixmap &picture, const char *name)
+    {
+        const QString file = QStringLiteral("%1-%2.png").arg(++pictureCount, 2, 10, QLatin1Char('0')).arg(name);
+        if (!picture.save(pictures.filePath(file)))
+            qFatal("Cannot write %s to %s", qPrintable(file), qPrintable(pictures.path()));
+    }
+
+    static bool hasHappened(const Step &step)
+    {
+        const QWidget *window = step.window();
+        if (!window || (question() && question() != window))
+            return false;
+        for (const QString &name : QString(step.parts).split(' ', Qt::SkipEmptyParts)) {
+            const auto *found = part<QWidget>(step.window, QString(name).remove('-'));
+            if ((found->isVisible() && found->isEnabled()) == name.startsWith('-'))
+                return false;
+        }
+        return !step.then || step.then();
+    }
+
+    const QDir pictures;
+    QTimer timer;
+    QElapsedTimer patience;
+    size_t index = 0;
+    bool begun = false;
+    int pictureCount = 0;
+};
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    QCommandLineParser options;
+    options.addOptions({ { "language", "Speak <language>: de, fr or en.", "language", "en" },
+                         { "server", "Ask the update server at <URL> instead of the demo's own.", "URL" } });
+    options.addPositionalArgument("pictures", "The folder for the pictures.");
+    options.parse(QStringList(argv, argv + argc));
+    // Qt asks for the language of the system once, while the application is constructed.
+    qputenv("LC_ALL", QLocale(options.value("language")).name().toLatin1() + ".UTF-8");
+    const QTemporaryDir scratch; // nothing is found or left elsewhere
+    qputenv("TMPDIR", scratch.path().toLocal8Bit());
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, scratch.path());
+
+    QApplication application(argc, argv);
+    QCoreApplication::setOrganizationName("Quorvel Demo");
+    QCoreApplication::setApplicationName("Camera Host");
+    QCoreApplication::setApplicationVersion("1.0");
+    MainWindow::installTranslators();
+
+    options.process(application);
+    if (options.positionalArguments().size() != 1)
+        options.showHelp(1);
+    const DemoServer ownServer({ SITE });
+    server = options.value("server");
+    if (server.isEmpty()) {
+        server = ownServer.url("catalogue.xml");
+        qv::NodeDB::getDB().setGlobalProxy(qv::NetworkProxy("127.0.0.1", ownServer.serverPort()));
+    }
+    Tour tour(options.positionalArguments().first());
+    start("")();
+    const int code = QApplication::exec();
+    for (const char *scheme : { "http", "file" })
+        QDesktopServices::unsetUrlHandler(scheme);
+    host.reset();
+    return code;
+}
+
+#include "tour.moc"
