@@ -1,5 +1,5 @@
-// An archive unpacked in the background. Made by whoever does not want to wait; leaves the unpacked folder, or no folder and a
-// message.
+// An archive unpacked in the background. Made by whoever does not want to wait; leaves the unpacked folder, or no
+// folder and a message.
 #include "Unzipper.h"
 #include "FileUtils.h"
 #include "IOException.h"

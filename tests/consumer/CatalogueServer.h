@@ -3,10 +3,10 @@
 #include <QTcpServer>
 #include <QTcpSocket>
 
-/// An update server that answers whatever it is asked with one catalogue.
+/// An update server that answers whatever it is asked with one catalogue. A host has meta-objects of its own.
 class CatalogueServer : public QTcpServer
 {
-    Q_OBJECT // the host's own meta-objects need no more than its CMake file says
+    Q_OBJECT
 
 public:
     explicit CatalogueServer(const QByteArray &catalogue)
