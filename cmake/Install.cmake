@@ -5,7 +5,7 @@ include(CMakePackageConfigHelpers)
 set(QV_INCLUDEDIR ${CMAKE_INSTALL_INCLUDEDIR}/SoftwareUpdateClient-qt${QT_VERSION_MAJOR})
 set(QV_CMAKEDIR ${CMAKE_INSTALL_LIBDIR}/cmake/SoftwareUpdateClient-qt${QT_VERSION_MAJOR})
 
-# Headers that are not listed are internal: XmlReader.h, XmlTree.h, ZipDirectory.h, ZipExtractor.h, QtCompat.h.
+# Headers that are not listed are internal, and nothing of them is exported.
 set(QV_PUBLIC_HEADERS
     src/SoftwareUpdateExport.h
     src/SoftwareUpdateTypes.h
@@ -40,6 +40,7 @@ set(QV_PUBLIC_HEADERS
     platform/util/QuorvelSoftwareVersion.h
     platform/util/StringUtils.h
     platform/util/VersionNumber.h
+    platform/xml/XmlTree.h
     platform/xml/XmlUtils.h
 )
 install(FILES ${QV_PUBLIC_HEADERS} DESTINATION ${QV_INCLUDEDIR} COMPONENT development)

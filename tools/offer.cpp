@@ -53,8 +53,8 @@ ExitCode offer(const QString &source, const QCommandLineParser &options)
             throw Failure(QStringLiteral("offer wants --%1").arg(name));
     }
     const SoftwareUpdateSettings settings = settingsOf(options);
-    const PackageInfoList offered = offeredPackages(
-        loadCatalogue(source).packages, options.value(nameOption), settings, options.isSet(betaOption));
+    const PackageInfoList offered =
+        offeredPackages(loadCatalogue(source).packages, options.value(nameOption), settings, options.isSet(betaOption));
 
     if (offered.isEmpty()) {
         printLine(QStringLiteral("nothing to offer"), stderr);

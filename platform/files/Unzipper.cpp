@@ -1,5 +1,5 @@
-// An archive unpacked in the background. Made by whoever does not want to wait; leaves the unpacked folder, or no folder and a
-// message.
+// An archive unpacked in the background. Made by whoever does not want to wait; leaves the unpacked folder, or no
+// folder and a message.
 #include "Unzipper.h"
 #include "FileUtils.h"
 #include "IOException.h"
@@ -24,7 +24,7 @@ constexpr std::chrono::milliseconds patience(30); // of the GUI thread with a wo
 } // namespace
 
 /// What the worker has to do. It never touches the Unzipper but to report, and that only while nobody stopped it.
-struct Unzipper::Job
+struct Q_DECL_HIDDEN Unzipper::Job
 {
     Job(Unzipper *receiver, const QString &archiveFile, const QString &targetFolder, bool flatten)
         : unzipper(receiver), archive(archiveFile), folder(targetFolder), flat(flatten)

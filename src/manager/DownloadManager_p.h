@@ -12,7 +12,7 @@ namespace qv {
 
 class Unzipper;
 
-struct DownloadManager::RequestData
+struct Q_DECL_HIDDEN DownloadManager::RequestData
 {
     PackageInfo filter; // kept for the format of a query; nothing reads it
     QPointer<QObject> callbackReceiver;

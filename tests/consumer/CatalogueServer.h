@@ -3,9 +3,11 @@
 #include <QTcpServer>
 #include <QTcpSocket>
 
-/// An update server that answers whatever it is asked with one catalogue.
+/// An update server that answers whatever it is asked with one catalogue. A host has meta-objects of its own.
 class CatalogueServer : public QTcpServer
 {
+    Q_OBJECT
+
 public:
     explicit CatalogueServer(const QByteArray &catalogue)
     {

@@ -1,0 +1,11 @@
+# Run by cpack when the packages are made. Its scripts that call ldconfig give way to the trigger that Debian wants.
+foreach(package IN LISTS CPACK_PACKAGE_FILES)
+    set(folder ${CPACK_TEMPORARY_DIRECTORY}/trigger-ldconfig)
+    file(REMOVE_RECURSE ${folder})
+    execute_process(COMMAND dpkg-deb -R ${package} ${folder} COMMAND_ERROR_IS_FATAL ANY)
+    if(EXISTS ${folder}/DEBIAN/postinst)
+        file(REMOVE ${folder}/DEBIAN/postinst ${folder}/DEBIAN/postrm)
+        file(WRITE ${folder}/DEBIAN/triggers "activate-noawait ldconfig\n")
+        execute_process(COMMAND dpkg-deb --root-owner-group -b ${folder} ${package} OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
+    endif()
+endforeach()
