@@ -73,7 +73,7 @@ void SoftwareUpdateClient::manageUpdateAvailableDialog(SoftUpIndexList rows)
     const SoftUpIndexList selected = d->availableDialog->getCurrentSelectedItems();
     showHideForeignLanguageItems(d->availableDialog->getShowAllLanguagesState());
     if (d->availableDialog->getCurrentSelectedItems() != selected)
-        return; // what was hidden is selected no longer, and this has been told anew
+        return; // what was hidden is selected no longer, and this is told anew
     // A later check may have emptied the list under the table: its rows are of no package then.
     const bool isStale = !rows.isEmpty() && *std::max_element(rows.cbegin(), rows.cend()) >= d->packages.size();
     d->availableDialog->setDownloadButtonState(!rows.isEmpty() && !isStale);

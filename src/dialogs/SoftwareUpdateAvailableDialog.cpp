@@ -6,12 +6,14 @@
 
 #include "ui_SoftwareUpdateAvailableGui.h"
 
+#include <QPointer>
 #include <QRegularExpression>
 #include <QScreen>
 #include <QScrollBar>
 #include <QSet>
 #include <QSignalBlocker>
 #include <QTextDocument>
+
 #include <algorithm>
 
 namespace qv {
@@ -188,14 +190,16 @@ void SoftwareUpdateAvailableDialog::currentItemsChanged()
 {
     if (selectionChanges++ > 0)
         return;
+    const QPointer<SoftwareUpdateAvailableDialog> self(this);
     int told = 0;
     do {
         deselectHiddenRows();
         moveCurrentIntoSelection();
         told = selectionChanges;
         emit currentItemsChangedSig(getCurrentSelectedItems());
-    } while (told != selectionChanges);
-    selectionChanges = 0;
+    } while (self && told != selectionChanges);
+    if (self)
+        selectionChanges = 0;
 }
 
 void SoftwareUpdateAvailableDialog::deselectHiddenRows()
