@@ -37,7 +37,7 @@ SoftwareUpdateClient::SoftwareUpdateClient(const QString &product, VersionNumber
 
     SoftwareUpdateSettings settings = d->currentSettings();
     settings.product = product;
-    settings.versionNumber = version;
+    settings.versionNumber = std::move(version);
     settings.supportedPlatforms.clear(); // of the build: none, so that the stored ones stay
     settings.supportedPackageTypes = supportedPackageTypes;
     settings.installablePackageTypes = installablePackageTypes;
