@@ -38,8 +38,8 @@ void MainWindow::installTranslators()
 }
 
 MainWindow::MainWindow(const QUrl &updateServer, const QUrl &nextVersion)
-    : updates(QCoreApplication::applicationName(),
-              qv::VersionNumber(QCoreApplication::applicationVersion().toStdString()), updateServer.toString(), this),
+    : updates(QCoreApplication::applicationName(), qv::VersionNumber::fromText(QCoreApplication::applicationVersion()),
+              updateServer.toString(), this),
       catalogue(updateServer, this)
 {
     // What the client has written is the host's to change: the types of packages that it knows how to handle, and the
@@ -53,7 +53,7 @@ MainWindow::MainWindow(const QUrl &updateServer, const QUrl &nextVersion)
 
     qv::SoftUpCurrentCameraVersions versions;
     for (const QStringList &camera : cameras)
-        versions.append({ camera.at(1), qv::VersionNumber(camera.at(2).toStdString()) });
+        versions.append({ camera.at(1), qv::VersionNumber::fromText(camera.at(2)) });
     updates.setCurrentCameraVersions(versions);
 
     auto *list = new QTreeWidget;

@@ -125,8 +125,8 @@ private slots:
     void updateAvailable();
     void doBackgroundCheck();
     void applyDialogSettings(const SoftwareUpdateDialogSettings &dialogSettings);
-    void downloadUrls(SoftUpIndexList rows);
-    void downloadReleaseNotes(SoftUpIndexList rows);
+    void downloadUrls(const SoftUpIndexList &rows);
+    void downloadReleaseNotes(const SoftUpIndexList &rows);
     void downloadProgress(int value, int total);
     void downloadError(int httpStatusCode);
     void installPackage(int row);
@@ -143,7 +143,7 @@ private slots:
     void deleteProgressDialog();
     void startZipInstall();
     void unzippedMPKGPackage(const QString &unzippedFilePath);
-    void manageUpdateAvailableDialog(SoftUpIndexList rows);
+    void manageUpdateAvailableDialog(const SoftUpIndexList &rows);
     void showHideForeignLanguageItems(bool state);
     void setUpdateAvailableNull(QObject *obj = nullptr);
     void setUpdateDialogNull(QObject *obj = nullptr);

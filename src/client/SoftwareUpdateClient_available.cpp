@@ -64,7 +64,7 @@ void SoftwareUpdateClient::updateAvailable()
     d->availableDialog->activateWindow();
 }
 
-void SoftwareUpdateClient::manageUpdateAvailableDialog(SoftUpIndexList rows)
+void SoftwareUpdateClient::manageUpdateAvailableDialog(const SoftUpIndexList &rows)
 {
     if (!d->availableDialog)
         return;
@@ -98,13 +98,13 @@ void SoftwareUpdateClient::showHideForeignLanguageItems(bool state)
         d->availableDialog->setHiddenEntries(state ? SoftUpIndexList() : determineForeignLanguageRows(d->packages));
 }
 
-void SoftwareUpdateClient::downloadReleaseNotes(SoftUpIndexList rows)
+void SoftwareUpdateClient::downloadReleaseNotes(const SoftUpIndexList &rows)
 {
     openInBrowser(d->packages.value(rows.value(0, -1)).releaseNotes.value(defaultLanguage),
                   "SoftwareUpdateClient::downloadReleaseNotes() -> no address for the browser: ");
 }
 
-void SoftwareUpdateClient::downloadUrls(SoftUpIndexList rows)
+void SoftwareUpdateClient::downloadUrls(const SoftUpIndexList &rows)
 {
     for (const int row : rows)
         openInBrowser(d->packages.value(row).url,
