@@ -1,6 +1,7 @@
 // The package record, and which packages are picked for what is installed.
 #include "DownloadManager.h"
 #include "PackageIndex.h"
+#include "QtCompat.h"
 #include "Row.h"
 
 #include <QRandomGenerator>
@@ -28,13 +29,12 @@ PackageInfoList listOf(const QString &releases)
 {
     PackageInfoList packages;
     for (const QString &release : releases.split(' '))
-        packages << package(release == "-" ? QString() : release);
+        packages << package(release);
     return packages;
 }
 
-class Shouting : public QTranslator
+struct Shouting : QTranslator
 {
-public:
     QString translate(const char *context, const char *text, const char *, int) const override
     {
         return qstrcmp(context, "Download") == 0 ? QString::fromUtf8(text).toUpper() : QString();
@@ -59,15 +59,10 @@ private slots:
         QCOMPARE(a.stringID(), QStringLiteral("1-2011-04-05T10:30:00-5242880"));
         ++b.fileSize;
         QVERIFY(a != b);
-        QVERIFY(PackageInfo().matchesPackage("", "x"));
+        QVERIFY(a.matchesPackage("a", "b") && a.matchesPackage("", "x"));
         QVERIFY(DownloadManager::qMetaTypes != 0);
-#if QT_VERSION_MAJOR >= 6
-        QCOMPARE(QMetaType::fromName("qv::PackageInfoList").id(), DownloadManager::qMetaTypes);
-        QCOMPARE(QMetaType::fromName("PackageInfoList").id(), DownloadManager::qMetaTypes);
-#else
-        QCOMPARE(QMetaType::type("qv::PackageInfoList"), DownloadManager::qMetaTypes);
-        QCOMPARE(QMetaType::type("PackageInfoList"), DownloadManager::qMetaTypes);
-#endif
+        for (const char *name : { "qv::PackageInfoList", "PackageInfoList" })
+            QCOMPARE(typeId(name), DownloadManager::qMetaTypes);
     }
 
     void display()
@@ -87,32 +82,23 @@ private slots:
         QCOMPARE(p.timeToString(Qt::ISODate), QStringLiteral("2011-04-05"));
         p.releaseDate = p.releaseDate.addSecs(1);
         QCOMPARE(p.timeToString(Qt::ISODate), QStringLiteral("2011-04-05T00:00:01"));
-        for (const char *suffix : { "ZIP", "Rpm", "zip" })
-            QVERIFY(PackageInfo::isInstallable(suffix));
-        for (const char *suffix : { "tar.gz", "msi", "" })
-            QVERIFY(!PackageInfo::isInstallable(suffix));
+        for (const QString suffix : { "ZIP", "Rpm", "zip", "tar.gz", "msi", "" })
+            QCOMPARE(PackageInfo::isInstallable(suffix), QStringList({ "ZIP", "Rpm", "zip" }).contains(suffix));
     }
 
-    void languageFallback_data()
-    {
-        columns<QString, QString, QString>("language", "fallback", "found");
-        row("exact", "de_DE", "en", "exact");
-        row("two letters", "de_CH", "en_US", "newer");
-        row("fallback", "fr_FR", "en", "english");
-        row("two letters of fallback", "fr_FR", "en_US", "english");
-        row("none", "fr", "it", "");
-    }
     void languageFallback()
     {
-        QFETCH(QString, language);
-        QFETCH(QString, fallback);
         PackageInfo p;
         p.releaseNotes = UrlMap {
             { "de", QUrl("older") }, { "de", QUrl("newer") }, { "de_DE", QUrl("exact") }, { "en", QUrl("english") }
         };
         p.readme = p.releaseNotes;
-        QTEST(p.releaseNotesUrl(language, fallback).toString(), "found");
-        QCOMPARE(p.readmeUrl(language, fallback), p.releaseNotesUrl(language, fallback));
+        for (const QString one :
+             { "de_DE en exact", "de_CH en_US newer", "fr_FR en english", "fr_FR en_US english", "fr it " }) {
+            const QStringList words = one.split(' '); // asked for, fallback, found
+            QCOMPARE(p.releaseNotesUrl(words[0], words[1]).toString(), words[2]);
+            QCOMPARE(p.readmeUrl(words[0], words[1]).toString(), words[2]);
+        }
     }
 
     void valueLists()
@@ -134,51 +120,55 @@ private slots:
         QCoreApplication::removeTranslator(&translator);
     }
 
-    void candidateTest_data()
+    void filters_data()
     {
-        columns<PackageInfo, QStringList, bool>("filter", "suffixes", "passes");
+        // candidate: for a check; match: for a query
+        columns<PackageInfo, QString, bool, bool>("filter", "suffixes", "candidate", "match");
         const auto filter = [](const QString &name, const QString &release, const QString &status,
-                               const QStringSet &platforms) {
-            return PackageInfo("", name, release, status, QDateTime(), platforms, { "xx" }, "", "");
+                               const QStringSet &platforms, const QStringSet &languages = {},
+                               const QDateTime &date = {}) {
+            return PackageInfo("x", name, release, status, date, platforms, languages, "", "");
         };
-        row("empty", PackageInfo(), QStringList(), true);
-        row("all", filter("Host", "2.9", "STABLE", { "linux-arm" }), QStringList("zip"), true);
-        row("name's case", filter("host", "", "", {}), QStringList(), false);
-        row("same release", filter("", "2.10.0", "", {}), QStringList(), false);
-        row("status", filter("", "", "BETA", {}), QStringList(), false);
-        row("platform", filter("", "", "", { "Linux" }), QStringList(), false);
-        row("platform begins", filter("", "", "", { "lin" }), QStringList(), true);
-        row("suffix' case", PackageInfo(), QStringList { "exe", "ZIP" }, false);
+        const QDateTime day(QDate(2020, 1, 2), QTime(0, 0));
+        row("empty", PackageInfo(), "", true, true);
+        row("all but the release's text", filter("Host", "2.9", "BETA", { "linux-arm" }, { "fr" }, day), "zip", true,
+            false);
+        row("all", filter("Host", "2.1", "BETA", { "lin" }, { "fr" }, day), "zip", true, true);
+        row("name's case", filter("host", "", "", {}), "", false, true);
+        row("same release", filter("", "2.10.0", "", {}), "", false, false);
+        row("beta for stable", filter("", "", "STABLE", {}), "", false, true);
+        row("beta for alpha", filter("", "", "ALPHA", {}), "", false, false);
+        row("platform's case", filter("", "", "", { "Linux" }), "", false, true);
+        row("suffix' case", PackageInfo(), "exe ZIP", false, true);
+        row("languages are left out", filter("", "", "", {}, { "de" }), "", true, false);
+        row("older", filter("", "", "", {}, {}, day.addSecs(1)), "", true, false);
     }
-    void candidateTest()
+    void filters()
     {
         QFETCH(PackageInfo, filter);
-        QFETCH(QStringList, suffixes);
-        QTEST(package("2.10").filterPackageCandidate(filter, suffixes), "passes");
+        QFETCH(QString, suffixes);
+        PackageInfo p = package("2.10", "BETA");
+        p.releaseDate = QDateTime(QDate(2020, 1, 2), QTime(0, 0));
+        p.languages = { "de", "en" };
+        QTEST(p.filterPackageCandidate(filter, suffixes.split(' ', Qt::SkipEmptyParts)), "candidate");
+        QTEST(p.matchesFilter(filter), "match");
     }
 
-    void candidates_data()
-    {
-        columns<QString, QString, QString>("offered", "installed", "kept");
-        row("number order", "2.9.1 2.10 2.8", "2.9", "2.10");
-        row("all of the newest", "3.0 2.0 3.0", "1", "3.0 3.0");
-        row("first spelling", "2.1 2.1.0 2.1", "1", "2.1 2.1");
-        row("nothing above 0", "- -", "", "");
-        row("nothing newer", "1.0 2.0", "2.0", "");
-    }
     void candidates()
     {
-        QFETCH(QString, offered);
-        QFETCH(QString, installed);
-        PackageInfoList packages = listOf(offered);
-        PackageInfo filter;
-        filter.release = installed;
-        const PackageInfoList kept = DownloadManager::findPackageCandidates(packages, filter, "kind", {});
-        QTEST(releases(kept), "kept");
-        for (const PackageInfo &package : packages)
-            QCOMPARE(package.type, QString(package.filterPackageCandidate(filter, {}) ? "kind" : "t"));
-        for (const PackageInfo &package : kept)
-            QCOMPARE(package.type, QStringLiteral("kind"));
+        // offered, installed, kept
+        for (const QString words :
+             { "2.9.1 2.10 2.8,2.9,2.10", "3.0 2.0 3.0,1,3.0 3.0", "2.1 2.1.0 2.1,1,2.1 2.1", " ,,", "1.0 2.0,2.0," }) {
+            PackageInfoList packages = listOf(words.section(',', 0, 0));
+            PackageInfo filter;
+            filter.release = words.section(',', 1, 1);
+            const PackageInfoList kept = DownloadManager::findPackageCandidates(packages, filter, "kind", {});
+            QCOMPARE(releases(kept), words.section(',', 2));
+            for (const PackageInfo &package : packages)
+                QCOMPARE(package.type, QString(package.filterPackageCandidate(filter, {}) ? "kind" : "t"));
+            for (const PackageInfo &package : kept)
+                QCOMPARE(package.type, QStringLiteral("kind"));
+        }
     }
 
     void indexFindsTheSame()
@@ -213,33 +203,6 @@ private slots:
         QCOMPARE(releases(packages), QStringLiteral("1 2"));
     }
 
-    void queryFilter_data()
-    {
-        columns<PackageInfo, bool>("filter", "passes");
-        const QDateTime day(QDate(2020, 1, 2), QTime(0, 0));
-        const auto filter = [](const QString &release, const QString &status, const QDateTime &date,
-                               const QStringSet &languages) {
-            return PackageInfo("x", "x", release, status, date, { "x" }, languages, "", "");
-        };
-        row("other fields do not count", filter("", "", {}, {}), true);
-        row("text order", filter("2.9", "", {}, {}), false);
-        row("newer in text order", filter("2.0", "", {}, {}), true);
-        row("beta is admitted to stable", filter("", "STABLE", {}, {}), true);
-        row("beta is not admitted to alpha", filter("", "ALPHA", {}, {}), false);
-        row("same date", filter("", "", day, {}), true);
-        row("older", filter("", "", day.addSecs(1), {}), false);
-        row("languages are left out", filter("", "", {}, { "de" }), false);
-        row("other languages", filter("", "", {}, { "fr" }), true);
-    }
-    void queryFilter()
-    {
-        QFETCH(PackageInfo, filter);
-        PackageInfo p = package("2.10", "BETA");
-        p.releaseDate = QDateTime(QDate(2020, 1, 2), QTime(0, 0));
-        p.languages = { "de", "en" };
-        QTEST(p.matchesFilter(filter), "passes");
-    }
-
     void bestMatches()
     {
         PackageInfoList packages { package("1.2"),
@@ -262,5 +225,4 @@ private slots:
 };
 
 QTEST_MAIN(PackagesTest)
-#include "Row.h"
 #include "tst_packages.moc"

@@ -39,40 +39,23 @@ class PlatformTest : public QObject
     Q_OBJECT
 
 private slots:
-    void versionOrder_data()
-    {
-        columns<QString, QString, bool>("older", "newer", "equal");
-        const auto add = [](const char *older, const char *newer, bool equal = false) {
-            QTest::addRow("%s %s %s", older, equal ? "=" : "<", newer) << older << newer << equal;
-        };
-        add("9.0", "10.0");
-        add("2.9.1", "2.10");
-        add("2.1", "2.1.0.0", true);
-        add("", "0", true);
-        add("02.001", " 2.1 ", true);
-        add("2.1.", "2.1", true);
-        add("1.99999999999999999998", "1.99999999999999999999");
-        add("99999999999999999999", "100000000000000000000");
-        add("2.1 BETA", "2.1");
-        add("2.1-rc1", "2.1-RC2");
-        add("2.1 beta 2", "2.1beta10");
-        add("2.1-beta", "2.1-rc");
-        add("1.0.2", "1.0.2a");
-        add("1.0.2a", "1.0.2b");
-        add("0", "1-alpha");
-        add("unknown", "0.0.1");
-    }
     void versionOrder()
     {
-        QFETCH(QString, older);
-        QFETCH(QString, newer);
-        QFETCH(bool, equal);
-        const VersionNumber a(older.toStdString());
-        const VersionNumber b(newer.toStdString());
-        QCOMPARE(a == b, equal);
-        QCOMPARE(a < b, !equal);
-        QCOMPARE(b > a, !equal);
-        QVERIFY(a <= b && !(b < a));
+        const QStringList ladder =
+            QString(
+                "0,unknown,0.0.1,1-alpha,1.0.2,1.0.2a,1.0.2b,1.99999999999999999998,1.99999999999999999999,2.1alpha,"
+                "2.1 BETA 2,2.1beta10,2.1-dev,2.1_pre,2.1-rc1,2.1-RC2,2.1~snapshot,2.1,2.9.1,2.10,9.0,10.0,"
+                "99999999999999999999,100000000000000000000")
+                .split(',');
+        for (int i = 0; i < ladder.size(); ++i) {
+            for (int j = 0; j < ladder.size(); ++j) {
+                const VersionNumber a(ladder[i].toStdString()), b(ladder[j].toStdString());
+                QVERIFY2((a == b) == (i == j) && (a < b) == (i < j) && (a > b) == (i > j) && (a <= b) == (i <= j),
+                         qPrintable(ladder[i] + ' ' + ladder[j]));
+            }
+        }
+        for (const char *same : { "2.1.0.0", "02.001", " 2.1 ", "2.1." })
+            QVERIFY2(VersionNumber(same) == VersionNumber("2.1"), same);
     }
 
     void versionOrderIsStrictAndWeak()
@@ -118,10 +101,10 @@ private slots:
         QCOMPARE(count, 4);
         QVERIFY(StringUtils::splitStringSet(" , ", StringUtils::splitWords, Qt::SkipEmptyParts).isEmpty());
 
-        QVERIFY(StringUtils::intersectsOnBeginning({ "QC-2" }, { "x", "QC-2000" }));
-        QVERIFY(StringUtils::intersectsOnBeginning({ "QC-2000" }, { "QC-2" }));
-        QVERIFY(!StringUtils::intersectsOnBeginning({ "qc-2" }, { "QC-2000" }));
-        QVERIFY(!StringUtils::intersectsOnBeginning({ "QC-2" }, {}));
+        const QStringSet word { "QC-2" }, longer { "x", "QC-2000" };
+        QVERIFY(StringUtils::intersectsOnBeginning(word, longer) && StringUtils::intersectsOnBeginning(longer, word));
+        QVERIFY(!StringUtils::intersectsOnBeginning({ "qc-2" }, longer)
+                && !StringUtils::intersectsOnBeginning(word, {}));
     }
 
     void preferences()
@@ -131,16 +114,15 @@ private slots:
         settings.setValue("yes", true);
         settings.setValue("number", "12");
         settings.setValue("junk", "fast");
-        QCOMPARE(Preferences::boolValue(settings, "yes", false), true);
-        QCOMPARE(Preferences::boolValue(settings, "absent", true), true);
-        QCOMPARE(Preferences::boolValue(settings, "junk", true), true);
-        QCOMPARE(Preferences::intValue(settings, "number", 3), 12);
-        QCOMPARE(Preferences::intValue(settings, "junk", 3), 3);
+        QVERIFY(Preferences::boolValue(settings, "yes", false) && Preferences::boolValue(settings, "absent", true));
+        QVERIFY(Preferences::boolValue(settings, "junk", true) && !Preferences::boolValue(settings, "junk", false));
+        QCOMPARE(Preferences::intValue(settings, "number", 3) + Preferences::intValue(settings, "junk", 3), 15);
         QCOMPARE(Preferences::stringValue(settings, "absent", "x"), QStringLiteral("x"));
 
         const QDateTime time(QDate(2026, 3, 4), QTime(5, 6, 7, 89));
         Preferences::setDateTimeValue(settings, "time", time);
         Preferences::setDateTimeValue(settings, "never", QDateTime());
+        QCOMPARE(settings.value("time").toString(), time.toUTC().toString(Qt::ISODateWithMs));
         QCOMPARE(Preferences::dateTimeValue(settings, "time", QDateTime()), time);
         QCOMPARE(Preferences::dateTimeValue(settings, "never", time), time);
         QCOMPARE(Preferences::dateTimeValue(settings, "junk", time), time);
@@ -220,38 +202,26 @@ private slots:
     void refusedXml_data()
     {
         columns<QByteArray>("xml");
-        const auto nested = [](int levels) {
-            return QByteArray("<a>").repeated(levels) + QByteArray("</a>").repeated(levels);
-        };
+        for (const char *xml : { "", "hello", "<a><b>", "<a/><b/>", "<a>&b;</a>", "<a>\xff\xff</a>",
+                                 "<?xml version='1.0' encoding='utf-7'?><a/>",
+                                 "<!DOCTYPE a [<!ENTITY b 'x'><!ENTITY c '&b;&b;&b;&b;'>]><a>&c;</a>",
+                                 "<!DOCTYPE a [<!ENTITY b SYSTEM 'file:///etc/passwd'>]><a>&b;</a>" })
+            row(xml, QByteArray(xml));
         QByteArray manyAttributes = "<a";
         for (int i = 0; i < 100'000; ++i)
             manyAttributes += " b" + QByteArray::number(i) + "='>'";
         QByteArray manyNames = "<a>";
         for (int i = 0; i < 1000; ++i)
             manyNames += "<b" + QByteArray::number(i) + "/>";
-        row("empty", QByteArray());
-        row("text", QByteArray("hello"));
-        row("truncated", QByteArray("<a><b>"));
-        row("two roots", QByteArray("<a/><b/>"));
-        row("billion laughs", QByteArray("<!DOCTYPE a [<!ENTITY b 'x'><!ENTITY c '&b;&b;&b;&b;'>]><a>&c;</a>"));
-        row("external entity", QByteArray("<!DOCTYPE a [<!ENTITY b SYSTEM 'file:///etc/passwd'>]><a>&b;</a>"));
-        row("long entity, often",
-            "<!DOCTYPE a [<!ENTITY b '" + QByteArray(4000, 'x') + "'>]><a>" + QByteArray("&b;").repeated(50'000)
-                + "</a>");
-        row("undeclared entity", QByteArray("<a>&b;</a>"));
         row("default attributes", "<!DOCTYPE a [" + QByteArray("<!ATTLIST a b CDATA 'x'>").repeated(300) + "]><a/>");
-        row("100,000 levels", nested(100'000));
-        row("65 levels", nested(65));
+        row("65 levels", QByteArray("<a>").repeated(65) + QByteArray("</a>").repeated(65));
         row("100,000 attributes", manyAttributes + "/>");
         row("65 attributes", manyAttributes.left(int(manyAttributes.indexOf(" b65="))) + "/>");
         row("too many elements", "<a>" + QByteArray("<b/>").repeated(1'000'000) + "</a>");
         row("too long", "<a>" + QByteArray((16 << 20) + 1, 'x') + "</a>");
-        row("NUL", QByteArray("<a>\0</a>", 8));
-        row("invalid UTF-8", QByteArray("<a>\xff\xff</a>"));
         row("UTF-32", QByteArray("<\0\0\0a\0\0\0/\0\0\0>\0\0\0", 16));
-        row("unknown encoding", QByteArray("<?xml version='1.0' encoding='utf-7'?><a/>"));
         row("UTF-16 without end", QByteArray("\xfe\xff\0<", 4));
-        row("names without end (tree only)", manyNames + "</a>");
+        row("tree only: names without end", manyNames + "</a>");
     }
     void refusedXml()
     {
@@ -259,7 +229,7 @@ private slots:
         QBuffer device(&xml);
         device.open(QIODevice::ReadOnly);
         QVERIFY_EXCEPTION_THROWN(XmlTree tree(&device), ParseException);
-        if (qstrcmp(QTest::currentDataTag(), "names without end (tree only)") == 0)
+        if (qstrncmp(QTest::currentDataTag(), "tree only", 9) == 0)
             return;
         device.seek(0);
         QDomDocument document("before");

@@ -4,13 +4,6 @@
 
 #include <QTcpSocket>
 
-namespace {
-
-constexpr qint64 PieceBytes = 64 * 1024;
-constexpr qint64 MostQueuedBytes = 1024 * 1024;
-
-} // namespace
-
 class HttpServerConnection : public QObject
 {
 public:
@@ -39,46 +32,45 @@ private:
             request.headers.insert(line.left(line.indexOf(':')).toLower(), line.mid(line.indexOf(':') + 1).trimmed());
         answer = server->answerTo(request);
         isAnswering = true;
-        isHeadSent = isHoldTold = false;
-        sent = 0;
+        isHoldTold = false;
+        sent = -1;
         server->requests.append(request);
         write();
     }
 
+    qint64 length() const { return answer.body.size() + answer.generated; }
+
     void write()
     {
-        const qint64 length = answer.body.size() + answer.generated;
-        while (isAnswering && socket->state() == QAbstractSocket::ConnectedState
-               && socket->bytesToWrite() < MostQueuedBytes) {
-            if (isHeld(isHeadSent ? sent : -1))
-                return;
-            if (!isHeadSent)
-                writeHead(length);
-            else if (sent == answer.droppedAt || sent == length)
+        constexpr qint64 mostQueued = 1024 * 1024;
+        while (isAnswering && socket->state() == QAbstractSocket::ConnectedState && socket->bytesToWrite() < mostQueued
+               && !isHeld()) {
+            if (sent < 0)
+                writeHead();
+            else if (sent == answer.droppedAt || sent == length())
                 finish();
             else
-                writePiece(length);
+                writePiece();
         }
     }
 
-    bool isHeld(qint64 position)
+    bool isHeld()
     {
-        if (position != answer.heldAt || server->isReleased)
-            return false;
-        if (!isHoldTold)
+        const bool held = sent == answer.heldAt && !server->isReleased;
+        if (held && !std::exchange(isHoldTold, true))
             emit server->held();
-        isHoldTold = true;
-        return true;
+        return held;
     }
 
-    void writeHead(qint64 length)
+    void writeHead()
     {
-        isHeadSent = true;
+        sent = 0;
         if (answer.framing == HttpAnswer::Raw)
             return;
         QByteArray head = "HTTP/1.1 " + QByteArray::number(answer.status) + " Scripted\r\n";
         if (answer.framing == HttpAnswer::Counted)
-            head += "Content-Length: " + QByteArray::number(answer.announced < 0 ? length : answer.announced) + "\r\n";
+            head +=
+                "Content-Length: " + QByteArray::number(answer.announced < 0 ? length() : answer.announced) + "\r\n";
         else if (answer.framing == HttpAnswer::Chunked)
             head += "Transfer-Encoding: chunked\r\n";
         for (const auto &header : std::as_const(answer.headers))
@@ -86,9 +78,9 @@ private:
         socket->write(head + "\r\n");
     }
 
-    void writePiece(qint64 length)
+    void writePiece()
     {
-        qint64 size = std::min(PieceBytes, length - sent);
+        qint64 size = std::min<qint64>(64 * 1024, length() - sent);
         for (qint64 stop : { answer.heldAt, answer.droppedAt })
             if (stop > sent)
                 size = std::min(size, stop - sent);
@@ -116,10 +108,8 @@ private:
     QTcpSocket *socket;
     QByteArray input;
     HttpAnswer answer;
-    bool isAnswering = false;
-    bool isHeadSent = false;
-    bool isHoldTold = false;
-    qint64 sent = 0; // of the body
+    bool isAnswering = false, isHoldTold = false;
+    qint64 sent = -1; // of the body; -1: not even the head
 };
 
 HttpServer::HttpServer(const QHostAddress &address, quint16 port)
@@ -136,18 +126,6 @@ QUrl HttpServer::url(const QString &path) const
     QUrl url(QStringLiteral("http://") + serverAddress().toString() + path);
     url.setPort(serverPort() == 80 ? -1 : serverPort());
     return url;
-}
-
-void HttpServer::release()
-{
-    isReleased = true;
-    emit released();
-}
-
-void HttpServer::stop()
-{
-    close();
-    emit stopped();
 }
 
 QList<QByteArray> HttpServer::targets() const

@@ -97,10 +97,10 @@ public:
     void requireProxyLogin(const QByteArray &login) { proxyLogin = "Basic " + login.toBase64(); }
 
     /// Lets go all answers that are held, and those that get to their hold later.
-    void release();
+    void release() { isReleased = true, emit released(); }
 
     /// Ends all connections and listens no more.
-    void stop();
+    void stop() { close(), emit stopped(); }
 
     QList<HttpTestRequest> requests;   ///< in the order they came
     QList<QByteArray> targets() const; ///< of these

@@ -12,18 +12,8 @@
 class LogCapture
 {
 public:
-    LogCapture()
-    {
-        for (const qv::Log::ELevel level : { qv::Log::Progress, qv::Log::Warning, qv::Log::Error })
-            qv::LogQt::setStream(level, &stream);
-        qv::LogQt::setLevel(qv::Log::Progress);
-    }
-    ~LogCapture()
-    {
-        for (const qv::Log::ELevel level : { qv::Log::Progress, qv::Log::Warning, qv::Log::Error })
-            qv::LogQt::setStream(level, &std::cerr);
-        qv::LogQt::setLevel(before);
-    }
+    LogCapture() { setUp(&stream, qv::Log::Progress); }
+    ~LogCapture() { setUp(&std::cerr, before); }
 
     QStringList lines() const
     {
@@ -39,6 +29,13 @@ public:
     }
 
 private:
+    static void setUp(std::ostream *stream, qv::Log::ELevel level)
+    {
+        for (const qv::Log::ELevel one : { qv::Log::Progress, qv::Log::Warning, qv::Log::Error })
+            qv::LogQt::setStream(one, stream);
+        qv::LogQt::setLevel(level);
+    }
+
     const qv::Log::ELevel before = qv::LogQt::level();
     std::ostringstream stream;
 };
