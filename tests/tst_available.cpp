@@ -4,13 +4,8 @@
 #include "Row.h"
 #include "TestHost.h"
 
-#include <QCheckBox>
-#include <QDesktopServices>
-#include <QNetworkAccessManager>
-#include <QNetworkReply>
-#include <QPushButton>
-#include <QTableWidget>
-#include <QTextBrowser>
+#include <QtNetwork>
+#include <QtWidgets>
 
 using namespace qv;
 
@@ -25,32 +20,13 @@ PackageInfo package(const QString &type, const QStringSet &languages = {})
 
 } // namespace
 
-/// Takes the links that are opened in the browser.
-class Browser : public QObject
+class AvailableTest : public QObject
 {
     Q_OBJECT
 
 public:
-    Browser()
-    {
-        for (const char *scheme : { "http", "smb" })
-            QDesktopServices::setUrlHandler(scheme, this, "open");
-    }
-    ~Browser() override
-    {
-        for (const char *scheme : { "http", "smb" })
-            QDesktopServices::unsetUrlHandler(scheme);
-    }
-
-    QList<QUrl> opened;
-
-public slots:
-    void open(const QUrl &url) { opened << url; }
-};
-
-class AvailableTest : public QObject
-{
-    Q_OBJECT
+    QList<QUrl> opened; // in the browser
+    Q_INVOKABLE void open(const QUrl &url) { opened << url; }
 
 private slots:
     void rows_data()
@@ -91,32 +67,26 @@ private slots:
                      + QLocale::system().toString(QDate(2026, 3, 4), QLocale::LongFormat) + link);
     }
 
-    void foreignRows_data()
-    {
-        // foreign: row 0 is the application
-        columns<QList<QStringSet>, QString, SoftUpIndexList>("firmware", "language", "foreign");
-        const QList<QStringSet> mixed { { "de", "en" }, { "en" }, { "fr" } };
-        row("de", mixed, "de", SoftUpIndexList { 2, 3 });
-        row("fr", mixed, "fr", SoftUpIndexList { 1, 2 });
-        row("en wants de too", mixed, "en", SoftUpIndexList { 2, 3 });
-        row("en, none with de", QList<QStringSet> { { "en" }, { "fr" } }, "en", SoftUpIndexList());
-        row("none matches", mixed, "it", SoftUpIndexList());
-        row("no firmware", QList<QStringSet>(), "de", SoftUpIndexList());
-    }
     void foreignRows()
     {
-        QFETCH(QList<QStringSet>, firmware);
-        QFETCH(QString, language);
-        PackageInfoList packages { package("Application", { "xx" }) };
-        for (const QStringSet &languages : firmware)
-            packages << package("Camera Firmware", languages);
-        QTEST(SoftwareUpdateClient::foreignLanguageRows(packages, language), "foreign");
+        const QList<QStringSet> mixed { { "de", "en" }, { "en" }, { "fr" } }, none;
+        using Rows = SoftUpIndexList; // 0 is the application
+        for (const auto &[firmware, language, foreign] : { std::tuple(mixed, "de", Rows { 2, 3 }),
+                                                           { mixed, "fr", Rows { 1, 2 } },
+                                                           { mixed, "en", Rows { 2, 3 } }, // wants de too
+                                                           { mixed.mid(1), "en", Rows() },
+                                                           { mixed, "it", Rows() },
+                                                           { none, "de", Rows() } }) {
+            PackageInfoList packages { package("Application", { "xx" }) };
+            for (const QStringSet &languages : firmware)
+                packages << package("Camera Firmware", languages);
+            QCOMPARE(SoftwareUpdateClient::foreignLanguageRows(packages, language), foreign);
+        }
     }
 
     void selection()
     {
-        const QString own = QLocale::system().name().section('_', 0, 0);
-        const QByteArray ownFirmware = own == "en" ? QByteArray("de en") : own.toLatin1();
+        const QByteArray own = QLocale::system().name().section('_', 0, 0).toLatin1();
         TestHost host;
         HttpServer server;
         SoftwareUpdateClient client("P", VersionNumber("1.0"), server.url("/c").toString(), &host.window);
@@ -127,56 +97,52 @@ private slots:
                                 " file-size='1'><release-notes language='en' url='http://h/notes'/></package>"
                                 "<package name='own' release='2' status='STABLE' platform='QC-1' file-size='2'"
                                 " url='http://h/b.zip' language='"
-                                + ownFirmware
+                                + (own == "en" ? "de en" : own)
                                 + "'><release-notes language='de' url='http://h/hinweise'/></package>"
                                   "<package name='foreign' release='2' status='STABLE' platform='QC-1' file-size='3'"
                                   " url='smb://h/c.zip' language='xx'/></s>"));
         client.checkForUpdate(0);
         QTRY_VERIFY(host.availableDialog());
         QPointer<SoftwareUpdateAvailableDialog> dialog = host.availableDialog();
-        const auto child = [&dialog](auto pointer, const char *name) {
-            return dialog->findChild<decltype(pointer)>(QString::fromLatin1(name));
-        };
-        auto *table = child((QTableWidget *)nullptr, "tableWidget");
-        const auto *comment = child((QTextBrowser *)nullptr, "commentText");
+        auto *table = dialog->findChild<QTableWidget *>("tableWidget");
+        const auto *comment = dialog->findChild<QTextBrowser *>("commentText");
+        const auto button = [&](const QString &name) { return dialog->findChild<QAbstractButton *>(name); };
         const auto enabled = [&] {
             QString names;
-            for (const char *name : { "installPushButton", "downloadPushButton", "releaseNotesPushButton" }) {
-                if (child((QPushButton *)nullptr, name)->isEnabled())
-                    names += name[0];
-            }
+            for (const char *name : { "installPushButton", "downloadPushButton", "releaseNotesPushButton" })
+                names += QLatin1Char(button(name)->isEnabled() ? name[0] : '-');
             return names;
         };
-        QCOMPARE(table->horizontalHeaderItem(1)->text(), QStringLiteral("File Size"));
-        QCOMPARE(enabled(), QString());
+        QCOMPARE(table->horizontalHeaderItem(1)->text(), QString("File Size"));
+        QCOMPARE(enabled(), QString("---"));
         QVERIFY(!table->isRowHidden(1) && table->isRowHidden(2));
 
         table->selectRow(0);
-        QCOMPARE(enabled(), QStringLiteral("idr"));
+        QCOMPARE(enabled(), QString("idr"));
         QVERIFY(comment->toPlainText().startsWith("Camera Host 2, Application"));
         table->selectRow(1);
-        QCOMPARE(enabled(), QStringLiteral("d"));
+        QCOMPARE(enabled(), QString("-d-"));
         QVERIFY(!comment->isHidden());
 
-        auto *all = child((QCheckBox *)nullptr, "showAllLanguagesCheckBox");
-        all->click();
-        QVERIFY(!table->isRowHidden(2));
+        button("showAllLanguagesCheckBox")->click();
         table->selectRow(0);
         QVERIFY(!table->isRowHidden(2));
 
-        const Browser browser;
+        for (const char *scheme : { "http", "smb" })
+            QDesktopServices::setUrlHandler(scheme, this, "open");
         LogCapture log;
-        child((QPushButton *)nullptr, "releaseNotesPushButton")->click();
-        QCOMPARE(browser.opened, QList<QUrl> { QUrl("http://h/notes") });
+        button("releaseNotesPushButton")->click();
         table->selectAll();
-        QCOMPARE(enabled(), QStringLiteral("d"));
+        QCOMPARE(enabled(), QString("-d-"));
         QVERIFY(comment->isHidden());
-        child((QPushButton *)nullptr, "downloadPushButton")->click();
-        QCOMPARE(browser.opened.mid(1), (QList<QUrl> { QUrl("http://h/a.deb"), QUrl("http://h/b.zip") }));
+        button("downloadPushButton")->click();
+        for (const char *scheme : { "http", "smb" })
+            QDesktopServices::unsetUrlHandler(scheme);
+        QCOMPARE(opened, (QList<QUrl> { QUrl("http://h/notes"), QUrl("http://h/a.deb"), QUrl("http://h/b.zip") }));
         QCOMPARE(log.take().last(),
-                 QStringLiteral("SoftwareUpdateClient::downloadUrls() -> no address for the browser: smb://h/c.zip"));
+                 QString("SoftwareUpdateClient::downloadUrls() -> no address for the browser: smb://h/c.zip"));
 
-        child((QPushButton *)nullptr, "updateSettingsPushButton")->click();
+        button("updateSettingsPushButton")->click();
         QVERIFY(host.settingsDialog()->isModal() && host.settingsDialog()->isVisible());
 
         // Closed, it waits for its deletion; until then it is used again.
@@ -205,14 +171,11 @@ private slots:
 
         window.reset();
         client.queryForUpdate();
-        for (QWidget *widget : QApplication::topLevelWidgets()) {
-            if (auto *dialog = qobject_cast<SoftwareUpdateDialog *>(widget)) {
-                QVERIFY(dialog->isVisible());
-                delete dialog;
-                return;
-            }
-        }
-        QFAIL("no dialog");
+        const QWidgetList widgets = QApplication::topLevelWidgets();
+        const auto isDialog = [](const QWidget *widget) { return widget->inherits("qv::SoftwareUpdateDialog"); };
+        const auto dialog = std::find_if(widgets.cbegin(), widgets.cend(), isDialog);
+        QVERIFY(dialog != widgets.cend() && (*dialog)->isVisible());
+        delete *dialog;
     }
 };
 

@@ -11,8 +11,7 @@
 #include "TestHost.h"
 #include "ZipBuilder.h"
 
-#include <QDesktopServices>
-#include <QProgressDialog>
+#include <QtWidgets>
 
 #include <iostream>
 
@@ -28,6 +27,7 @@ const QString installationFailed = "Critical|Installation failed|Installation pr
                                    "manual install.|OK:Accept";
 const unsigned Program = S_IFREG | 0755;
 const QByteArray showArguments = "#!/bin/sh\nprintf '%s\\n' $$ \"$0\" \"$@\"\n";
+const QByteArray zip = ZipBuilder::archive({ { "a", "x" } });
 
 void writeProgram(const QString &path, const QByteArray &script)
 {
@@ -41,11 +41,7 @@ struct InstallingHost : TestHost
     explicit InstallingHost(int port) : client("P", VersionNumber("1.0"), "http://updates.example/xml", &window)
     {
         NodeDB::getDB().setGlobalProxy(NetworkProxy("127.0.0.1", port));
-        SoftwareUpdateSettings settings;
-        client.getCurrentSettings(&settings);
-        settings.supportedPackageTypes =
-            QStringList { "exe", "mpkg", "zip", "ZIP", "msi", "deb", "rpk", "tar.gz", "bin" };
-        client.setCurrentSettings(&settings);
+        set("supportedPackageTypes", "mpkg,zip,ZIP,msi,deb,rpk,tar.gz,bin");
         client.checkForUpdate();
         QTRY_VERIFY(availableDialog() && availableDialog()->isVisible());
         emit availableDialog()->installPackage(0);
@@ -82,9 +78,7 @@ int runChild(const QStringList &arguments)
         clicker.boxes << (QGuiApplication::overrideCursor() ? "waiting" : "not waiting");
     } else {
         InstallingHost host(arguments[1].toInt());
-        const auto isOver = [&] { return clicker.boxes.size() == 3; };
-        if (!QTest::qWaitFor(isOver, 60'000))
-            clicker.boxes << "nothing happened";
+        (void)QTest::qWaitFor([&] { return clicker.boxes.size() == 3; }, 60'000);
     }
     std::cout << clicker.boxes.join('\n').toStdString() << std::endl;
     return 0;
@@ -92,24 +86,13 @@ int runChild(const QStringList &arguments)
 
 } // namespace
 
-/// Stands in for the desktop: takes what it is asked to open, or cannot open anything.
-class Desktop : public QObject
+class InstallTest : public QObject
 {
     Q_OBJECT
 
 public:
-    Desktop() { QDesktopServices::setUrlHandler("file", this, "open"); }
-    ~Desktop() override { QDesktopServices::unsetUrlHandler("file"); }
-
-    QStringList opened;
-
-public slots:
-    void open(const QUrl &url) { opened << url.fileName(); }
-};
-
-class InstallTest : public QObject
-{
-    Q_OBJECT
+    QStringList opened; // by the desktop
+    Q_INVOKABLE void open(const QUrl &url) { opened << url.fileName(); }
 
 private slots:
     void init()
@@ -117,6 +100,7 @@ private slots:
         scratch = std::make_unique<QTemporaryDir>(base);
         QVERIFY(QDir(scratch->path()).mkpath("tmp"));
         server = std::make_unique<HttpServer>();
+        packages.clear();
         qputenv("TMPDIR", at("tmp").toLocal8Bit());
         QCoreApplication::setApplicationName("Camera Host");
     }
@@ -163,35 +147,30 @@ private slots:
                  QStringList { "DownloadManager::unzipPackage() -> Could not create folder to unzip into!" });
     }
 
-    void defaultExecutable_data()
-    {
-        using Files = QList<QByteArray>;
-        // files: x: a program, -: a file, >: a link to the rest
-        columns<Files, QString>("files", "program");
-        row("nothing", Files {}, "");
-        row("no program", Files { "-readme", "-bin/data" }, "");
-        row("largest", Files { "x1", "x22", "-333" }, "22");
-        row("own before larger below", Files { "x1", "xbin/222" }, "1");
-        row("below", Files { "-readme", "-doc/a", "xbin/deep/tool" }, "bin/deep/tool");
-        row("link inside", Files { ">run>bin/tool", "xbin/tool" }, "run");
-        row("link out", Files { ">run>/bin/sh", ">etc>/bin", "xbin/tool" }, "bin/tool");
-        row("link loop", Files { ">bin/up>..", ">run>run", ">bin/self>." }, "");
-    }
     void defaultExecutable()
     {
-        QFETCH(QList<QByteArray>, files);
-        for (const QByteArray &file : files) {
-            const QList<QByteArray> parts = file.mid(1).split('>');
-            const QString path = at("out/" + parts[0]);
-            QDir().mkpath(QFileInfo(path).path());
-            if (file[0] == '>')
-                QVERIFY(QFile::link(parts[1], path));
-            else if (file[0] == 'x')
-                writeProgram(path, parts[0]);
-            else
-                FileUtils::writeBytes("a rather long text", path);
+        // files: x: a program, -: a file, >: a link to the rest
+        for (const auto &[files, program] : { std::pair("-readme -bin/data", ""),
+                                              { "x1 x22 -333", "22" }, // the largest
+                                              { "x1 xbin/222", "1" },
+                                              { "-readme -doc/a xbin/deep/tool", "bin/deep/tool" },
+                                              { ">run>bin/tool xbin/tool", "run" },
+                                              { ">run>/bin/sh >etc>/bin xbin/tool", "bin/tool" },
+                                              { ">bin/up>.. >run>run >bin/self>.", "" } }) {
+            init();
+            for (const QByteArray &file : QByteArray(files).split(' ')) {
+                const QList<QByteArray> parts = file.mid(1).split('>');
+                const QString path = at("out/" + parts[0]);
+                QDir().mkpath(QFileInfo(path).path());
+                if (file[0] == '>')
+                    QVERIFY(QFile::link(parts[1], path));
+                else if (file[0] == 'x')
+                    writeProgram(path, parts[0]);
+                else
+                    FileUtils::writeBytes("a rather long text", path);
+            }
+            QCOMPARE(DownloadManager::findDefaultExecutable(QDir(at("out"))), QString(program));
         }
-        QTEST(DownloadManager::findDefaultExecutable(QDir(at("out"))), "program");
     }
 
     void setsAside()
@@ -202,8 +181,7 @@ private slots:
         package.localFile = at("p.zip");
         package.fileSize = 4;
         manager.installLater(package, true);
-        QVERIFY(manager.installPackage().spareFlag);
-        QCOMPARE(manager.installPackage().name, QString("n"));
+        QVERIFY(manager.installPackage().spareFlag && manager.installPackage().name == "n");
         for (const QByteArray content : { "", "one", "four", "fiver" }) {
             QVERIFY(FileUtils::writeBytes(content, at("p.zip")));
             QCOMPARE(manager.hasInstallPackage(), content.size() == 4);
@@ -278,7 +256,8 @@ private slots:
     {
         // box: besides the question
         // line: of the log, %1 for the file
-        columns<QString, QString, QString, QString, bool>("file", "answer", "box", "line", "isKept");
+        // folders: that stay, one alone with the file
+        columns<QString, QString, QString, QString, int>("file", "answer", "box", "line", "folders");
         const QString run = "SoftwareUpdateClient::install%1Package() -> trying to run ";
         const QString unknown = "Critical|Download Error|Unknown package type! Installation cannot proceed!|OK:Accept";
         const QString error = "Critical|Download Error|Error downloading! Http status code 404|OK:Accept";
@@ -286,12 +265,14 @@ private slots:
         const QString download = "SoftwareUpdateClient::downloadPackage() -> http://packages.example/dir/%2 to %1";
         for (const QString type : { "msi", "deb", "rpk", "tar.gz" }) {
             const QString name = type.toUpper().remove('.');
-            row(qPrintable(type), "p." + type, "Proceed", "", run.arg(name) + "%1", true);
+            row(qPrintable(type), "p." + type, "Proceed", "", run.arg(name) + "%1", 1);
         }
-        row("unknown", "p.bin", "Proceed", unknown, download.arg("%1", "p.bin"), false);
-        row("upper case", "p.ZIP", "Proceed", unknown, "", false);
-        row("not found", "missing.deb", "Proceed", error, "", false);
-        row("rejected", "p.deb", "Cancel Install", "", rejected, false);
+        const QString unzip = "SoftwareUpdateClient::installZipPackage() -> unzipping %1 to ";
+        row("restart later", "p.zip", "Proceed", restart, unzip, 2);
+        row("unknown", "p.bin", "Proceed", unknown, download.arg("%1", "p.bin"), 0);
+        row("upper case", "p.ZIP", "Proceed", unknown, "", 0);
+        row("not found", "missing.deb", "Proceed", error, "", 0);
+        row("rejected", "p.deb", "Cancel Install", "", rejected, 0);
     }
     void outcomes()
     {
@@ -299,9 +280,9 @@ private slots:
         QFETCH(QString, answer);
         QFETCH(QString, box);
         QFETCH(QString, line);
-        QFETCH(bool, isKept);
+        QFETCH(int, folders);
         LogCapture log;
-        BoxClicker clicker({ answer });
+        BoxClicker clicker({ answer, box == restart ? "Restart later" : "OK" });
         bool mayShowProgress = false;
         clicker.onBox = [&] {
             for (const QWidget *widget : QApplication::allWidgets()) {
@@ -309,69 +290,58 @@ private slots:
                     mayShowProgress |= widget->inherits("QProgressDialog") && timer->isActive();
             }
         };
-        InstallingHost host(serve(file, file.startsWith('p') ? HttpAnswer("content") : HttpAnswer("gone", 404)));
+        InstallingHost host(serve(file, file.startsWith('p') ? HttpAnswer(zip) : HttpAnswer("gone", 404)));
         QTRY_COMPARE(clicker.boxes, box.isEmpty() ? QStringList { question } : (QStringList { question, box }));
         const QString target = log.lines().filter("downloadPackage() -> ").value(0).section(" to ", -1);
         line.replace("%1", target);
         QTRY_VERIFY2(line.isEmpty() || log.lines().contains(line), qPrintable(log.lines().join('\n')));
-        QTRY_COMPARE(temporary().size(), int(isKept)); // the file goes with its folder
-        QCOMPARE(QFile::exists(target), isKept);
+        QTRY_COMPARE(temporary().size(), folders); // the file goes with its folder
+        QTRY_COMPARE(QFile::exists(target), folders == 1);
         host.release();
         QVERIFY(!mayShowProgress && !host.window.findChild<QProgressDialog *>());
-        QCOMPARE(host.availableDialog() != nullptr, !isKept && box.count("type") == 0);
+        QCOMPARE(host.availableDialog() != nullptr, folders == 0 && !box.contains("type"));
     }
 
-    void duringTheDownload_data()
-    {
-        columns<int>("what");
-        row("cancelled", 0);
-        row("dialog closed", 1);
-        row("client and window destroyed", 2);
-    }
     void duringTheDownload()
     {
-        QFETCH(int, what);
-        LogCapture log;
-        BoxClicker clicker({ "Proceed" });
-        QSignalSpy held(server.get(), &HttpServer::held);
-        auto host = std::make_unique<InstallingHost>(serve("p.deb", HttpAnswer("content").holdAfter(3)));
-        QVERIFY(!held.isEmpty() || held.wait());
-        auto *dialog = host->availableDialog()->findChild<QProgressDialog *>();
-        QVERIFY(dialog);
-        QCOMPARE(dialog->labelText(), QString("Downloading package to temporary folder..."));
-        QTRY_COMPARE(dialog->maximum(), 7);
-        QTRY_COMPARE(dialog->value(), 3);
-        if (what == 0) {
-            dialog->findChild<QPushButton *>()->click();
-            QCOMPARE(temporary(), QStringList());
-        } else if (what == 1) { // it goes on
-            host->availableDialog()->reject();
-            host->release();
-            QVERIFY(!host->availableDialog());
-            server->release();
-            QTRY_VERIFY(log.lines().last().endsWith("trying to run " + downloaded("p.deb")));
-        } else { // and so does the manager, which nobody owns
-            host.reset();
-            server->release();
-            QTRY_COMPARE(QFileInfo(downloaded("p.deb")).size(), 7);
-            QVERIFY(log.lines().filter("trying to run").isEmpty());
+        enum What { Cancelled, DialogClosed, ClientAndWindowDestroyed };
+        for (const What what : { Cancelled, DialogClosed, ClientAndWindowDestroyed }) {
+            init();
+            LogCapture log;
+            BoxClicker clicker({ "Proceed" });
+            QSignalSpy held(server.get(), &HttpServer::held);
+            auto host = std::make_unique<InstallingHost>(serve("p.deb", HttpAnswer("content").holdAfter(3)));
+            QVERIFY(!held.isEmpty() || held.wait());
+            auto *dialog = host->availableDialog()->findChild<QProgressDialog *>();
+            QVERIFY(dialog && dialog->labelText() == "Downloading package to temporary folder...");
+            QTRY_COMPARE(dialog->maximum(), 7);
+            QTRY_COMPARE(dialog->value(), 3);
+            if (what == Cancelled) {
+                dialog->findChild<QPushButton *>()->click();
+                QCOMPARE(temporary(), QStringList());
+            } else if (what == DialogClosed) { // it goes on
+                host->availableDialog()->reject();
+                host->release();
+                QVERIFY(!host->availableDialog());
+                server->release();
+                QTRY_VERIFY(log.lines().last().endsWith("trying to run " + downloaded("p.deb")));
+            } else { // and so does the manager, which nobody owns
+                host.reset();
+                server->release();
+                QTRY_COMPARE(QFileInfo(downloaded("p.deb")).size(), 7);
+                QVERIFY(log.lines().filter("trying to run").isEmpty());
+            }
+            QCOMPARE(clicker.boxes, QStringList { question });
         }
-        QCOMPARE(clicker.boxes, QStringList { question });
     }
 
     void secondInstallBesideTheFirst()
     {
         LogCapture log;
         BoxClicker clicker({ "Proceed", "Proceed" });
-        const int port = serve("a.deb", HttpAnswer("content").holdAfter(3));
-        server->route("http://packages.example/dir/b.rpk", HttpAnswer("another"));
-        const QByteArray package = "<package name='Camera Host' release='2.0' status='STABLE' file-size='7' "
-                                   "release-date='2026-01-0%' url='http://packages.example/dir/%'/>";
-        server->route("http://updates.example/xml",
-                      HttpAnswer("<s>" + QByteArray(package).replace("0%", "01").replace('%', "a.deb")
-                                 + QByteArray(package).replace("0%", "02").replace('%', "b.rpk") + "</s>"));
+        serve("a.deb", HttpAnswer("content").holdAfter(3));
         QSignalSpy held(server.get(), &HttpServer::held);
-        InstallingHost host(port);
+        InstallingHost host(serve("b.rpk", HttpAnswer("another")));
         QVERIFY(!held.isEmpty() || held.wait());
         emit host.availableDialog()->installPackage(1);
         const QStringList files =
@@ -385,51 +355,26 @@ private slots:
         QCOMPARE(FileUtils::readBytes(files[0]), QByteArray("content"));
     }
 
-    void program()
-    {
-        BoxClicker clicker({ "Proceed" });
-        InstallingHost host(serve("p.exe", HttpAnswer("#!/bin/sh\necho \"$0 $#\" > \"$0.started\"\n")));
-        const QByteArray started = downloaded("p.exe").toLocal8Bit() + " 0\n";
-        QTRY_COMPARE(FileUtils::readBytes(downloaded("p.exe") + ".started"), started);
-    }
-
-    void macPackages_data()
-    {
-        columns<bool>("canOpen");
-        row("opened", true);
-        row("cannot be opened", false);
-    }
     void macPackages()
     {
-        QFETCH(bool, canOpen);
-        LogCapture log;
-        BoxClicker clicker({ "Proceed" });
-        const std::unique_ptr<Desktop> desktop(canOpen ? new Desktop : nullptr);
-        InstallingHost host(serve(
-            "p.mpkg.zip", ZipBuilder::archive({ { "readme", "" }, { "b.mpkg", "x" }, { "a.mpkg/c.mpkg", "x" } })));
-        const QString last =
-            canOpen ? "/b.mpkg" : "SoftwareUpdateClient::installMPKGPackage, can't start package installer!";
-        QTRY_VERIFY(log.lines().last().endsWith(last));
-        const QStringList lines = log.lines().mid(log.lines().size() - 3);
-        QVERIFY(lines[0].startsWith("SoftwareUpdateClient::unzippedMPKGPackage() -> unzipped succesfully to "));
-        const QString folder = lines[0].section(' ', -1);
-        QCOMPARE(lines[1], "SoftwareUpdateClient::installMPKGPackage " + folder + "/a.mpkg");
-        if (desktop)
-            QCOMPARE(desktop->opened, (QStringList { "a.mpkg", "b.mpkg" }));
-        QVERIFY(!QFile::exists(downloaded("p.mpkg.zip")));
-    }
-
-    void restartLater()
-    {
-        LogCapture log;
-        BoxClicker clicker({ "Proceed", "Restart later" });
-        InstallingHost host(serve("p.zip", ZipBuilder::archive({ { "a", "x" } })));
-        QTRY_COMPARE(clicker.boxes, (QStringList { question, restart }));
-        const QStringList lines = log.lines();
-        const QString target = lines.last().section(' ', 3, 3);
-        QCOMPARE(lines.last(), "SoftwareUpdateClient::installZipPackage() -> unzipping " + target + " to ");
-        QTRY_VERIFY(!QFile::exists(target));
-        QCOMPARE(temporary().size(), 2);
+        for (const bool canOpen : { false, true }) {
+            LogCapture log;
+            BoxClicker clicker({ "Proceed" });
+            if (canOpen)
+                QDesktopServices::setUrlHandler("file", this, "open");
+            init();
+            InstallingHost host(serve(
+                "p.mpkg.zip", ZipBuilder::archive({ { "readme", "" }, { "b.mpkg", "x" }, { "a.mpkg/c.mpkg", "x" } })));
+            const QString last =
+                canOpen ? "/b.mpkg" : "SoftwareUpdateClient::installMPKGPackage, can't start package installer!";
+            QTRY_VERIFY(log.lines().last().endsWith(last));
+            const QStringList lines = log.lines().mid(log.lines().size() - 3);
+            QVERIFY(lines[0].startsWith("SoftwareUpdateClient::unzippedMPKGPackage() -> unzipped succesfully to "));
+            QCOMPARE(lines[1], "SoftwareUpdateClient::installMPKGPackage " + lines[0].section(' ', -1) + "/a.mpkg");
+            QVERIFY(!QFile::exists(downloaded("p.mpkg.zip")));
+        }
+        QDesktopServices::unsetUrlHandler("file");
+        QCOMPARE(opened, (QStringList { "a.mpkg", "b.mpkg" }));
     }
 
     void restartNow_data()
@@ -460,8 +405,7 @@ private slots:
         else if (!present.isEmpty())
             writeProgram(at("UpdateInstaller"), present);
         output.replaceInStrings("%1", scratch->path());
-        const QString port = QString::number(serve("p.zip", ZipBuilder::archive({ { "a", "x" } })));
-        QCOMPARE(child({ "client", port }, at("app/tst_install")), output);
+        QCOMPARE(child({ "client", QString::number(serve("p.zip", zip)) }, at("app/tst_install")), output);
     }
 
 private:
@@ -471,14 +415,14 @@ private:
     /// The path of a downloaded file, while it is alone.
     QString downloaded(const QString &file) const { return at("tmp/") + temporary().value(0) + '/' + file; }
 
-    /// Puts one package on the server, whose port it returns.
+    /// Puts one more package on the server, whose port it returns.
     int serve(const QString &file, const HttpAnswer &answer)
     {
         const QByteArray url = "http://packages.example/dir/" + file.toUtf8();
-        const QByteArray size = QByteArray::number(answer.body.size() + (answer.status == 200 ? 0 : 9));
-        server->route("http://updates.example/xml",
-                      HttpAnswer("<softwareList><package name='Camera Host' release='2.0' status='STABLE' file-size='"
-                                 + size + "' url='" + url + "'/></softwareList>"));
+        packages += "<package name='Camera Host' release='2.0' status='STABLE' file-size='"
+            + QByteArray::number(answer.body.size() + (answer.status == 200 ? 0 : 9)) + "' release-date='2026-01-0"
+            + QByteArray::number(packages.count("url") + 1) + "' url='" + url + "'/>";
+        server->route("http://updates.example/xml", HttpAnswer("<softwareList>" + packages + "</softwareList>"));
         server->route(url, answer);
         return server->serverPort();
     }
@@ -488,12 +432,9 @@ private:
     QStringList child(const QStringList &arguments, const QString &path = QCoreApplication::applicationFilePath()) const
     {
         QProcess process;
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert("LC_ALL", "C.UTF-8");
-        process.setProcessEnvironment(environment);
         process.setWorkingDirectory(scratch->path());
         process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        process.start(path, QStringList { "--child" } + arguments);
+        process.start("env", QStringList { "LC_ALL=C.UTF-8", path, "--child" } + arguments);
         const QString id = QString::number(process.processId());
         if (!QTest::qWaitFor([&] { return process.state() == QProcess::NotRunning; }, 60'000))
             return { "still running" };
@@ -507,6 +448,7 @@ private:
     const QString base = QDir::tempPath() + "/tst_install-XXXXXX"; // each test sets another folder
     std::unique_ptr<QTemporaryDir> scratch;
     std::unique_ptr<HttpServer> server;
+    QByteArray packages; // in its catalogue
 };
 
 /// The managers of installations are never freed, by design.

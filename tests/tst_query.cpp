@@ -1,8 +1,9 @@
 // Catalogue queries against a server on loopback, and what a manager remembers between runs.
 #include "DownloadManager.h"
+#include "FileUtils.h"
 #include "HttpAccessHistory.h"
 #include "HttpServer.h"
-#include "LogCapture.h"
+
 #include "NodeDB.h"
 #include "Row.h"
 
@@ -53,18 +54,6 @@ int newIn(DownloadManager &manager)
     return query.wait() ? DownloadManager::countNew(query.packages()) : -1;
 }
 
-void write(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
-}
-
-QByteArray read(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 } // namespace
 
 class tst_query : public QObject
@@ -88,12 +77,10 @@ private slots:
         Query query(manager);
         QSignalSpy started(&manager, &DownloadManager::queryStarted);
         QVERIFY(!manager.isQueryBusy());
-        manager.queryUpdate();
+        manager.queryCameraFirmwareUpdate("9", "STABLE", { "de" });
         QVERIFY(manager.isQueryBusy());
         QCOMPARE(started.value(0).value(0).toString() + "/c", server->url("/c").toString());
-        QVERIFY(query.wait());
-        QVERIFY(!manager.isQueryBusy());
-        QCOMPARE(query.packages().size(), qsizetype(2));
+        QVERIFY(query.wait() && !manager.isQueryBusy());
         QCOMPARE(DownloadManager::countNew(query.packages()), 2);
         QCOMPARE(newIn(manager), 0);
         server->route("/c", catalogue(package("2024-05-01") + package("2024-07-01")));
@@ -111,9 +98,7 @@ private slots:
         row("catalogue with an error status", HttpAnswer(TwoPackages, 500), 2);
         row("no packages", HttpAnswer(catalogue("")), 0);
         row("empty", HttpAnswer(), 0);
-        row("no XML", HttpAnswer("404 means not found", 404), 0);
         row("cut off", HttpAnswer(TwoPackages).dropAfter(100), 0);
-        row("compressed without being asked", HttpAnswer("\x1f\x8b\x08").header("Content-Encoding", "gzip"), 0);
         row("endless", HttpAnswer("<softwareList>").generate(HttpAnswer::Endless), 0);
     }
     void answers()
@@ -140,9 +125,7 @@ private slots:
             manager.queryUpdate("x", "x", "9", "A", QDateTime::currentDateTime(), { "x" }, { "de" }, this, slot);
             slot.fill('x');
             QVERIFY(taken.wait());
-            const auto packages = qvariant_cast<PackageInfoList>(taken.first().first());
-            QCOMPARE(packages.size(), qsizetype(2));
-            QCOMPARE(DownloadManager::countNew(packages), 2);
+            QCOMPARE(DownloadManager::countNew(qvariant_cast<PackageInfoList>(taken.first().first())), 2);
         }
     }
 
@@ -155,17 +138,6 @@ private slots:
         receiver.reset();
         QVERIFY(query.wait());
         QCOMPARE(query.packages().size(), qsizetype(2));
-    }
-
-    void filtersNarrowNothing()
-    {
-        const LogCapture log;
-        DownloadManager manager(server->url("/c"));
-        Query query(manager);
-        manager.queryCameraFirmwareUpdate("9", "STABLE", { "de" });
-        QVERIFY(query.wait());
-        QCOMPARE(query.packages().size(), qsizetype(2));
-        QCOMPARE(log.lines(), QStringList());
     }
 
     void managerMayBeDeletedInItsSignals()
@@ -184,11 +156,9 @@ private slots:
         server->route("/c", HttpAnswer(TwoPackages).holdAfter(10));
         DownloadManager manager(server->url("/c"));
         Query query(manager);
-        QSignalSpy aborted(&manager, &DownloadManager::downloadAborted);
         manager.queryUpdate();
         QVERIFY(QSignalSpy(server.get(), &HttpServer::held).wait());
         manager.abortDownload();
-        QCOMPARE(aborted.count(), 1);
         QVERIFY(!manager.isQueryBusy());
         server->release();
         QCOMPARE(newIn(manager), 2);
@@ -198,17 +168,18 @@ private slots:
     void serverAndProxy()
     {
         const HttpAccess proxy("p.example", 80);
-        const auto known = [&] { return HttpAccessHistory::proxies.accesses().count(proxy); };
+        NodeDB::getDB().setGlobalProxy(NetworkProxy("global.example", 1));
         DownloadManager manager;
         QVERIFY(!manager.isRegularCheck());
-        manager.setProxy(HttpHost::NoProxy, "p.example");
-        QCOMPARE(known(), qsizetype(0));
-        manager.setProxy(HttpHost::OwnProxy, "p.example");
-        QCOMPARE(known(), qsizetype(1));
-        QCOMPARE(manager.server().proxy, proxy);
+        for (const auto preference : { HttpHost::NoProxy, HttpHost::GlobalProxy, HttpHost::OwnProxy }) {
+            manager.setProxy(preference, "p.example");
+            QCOMPARE(HttpAccessHistory::proxies.accesses().contains(proxy), preference == HttpHost::OwnProxy);
+        }
+        manager.storeHistory(*settings, QString());
+        QCOMPARE(DownloadManager(*settings, QString()).server().proxyPreference, HttpHost::OwnProxy);
+        QCOMPARE(DownloadManager(*settings, QString()).server().proxy, proxy);
         manager.setServer(QUrl("http://s.example:81/a b.xml?c=d#e"));
-        QCOMPARE(manager.server().proxyPreference, HttpHost::GlobalProxy);
-        QCOMPARE(int(manager.server().proxyPreference), 2);
+        QCOMPARE(int(manager.server().proxyPreference), 2); // the global one
         QCOMPARE(manager.queryUrl(), QString("http://s.example:81/a%20b.xml?c=d"));
     }
 
@@ -234,8 +205,7 @@ private slots:
         }
         QCOMPARE(settings->value("Download/ver").toInt(), 3);
         QCOMPARE(settings->value("Download/hist/size").toInt(), 2);
-        QVERIFY(settings->contains("Download/last-check"));
-        QVERIFY(!settings->contains("Download/regular-check"));
+        QVERIFY(settings->contains("Download/last-check") && !settings->contains("Download/regular-check"));
         QVERIFY(settings->group().isEmpty());
         DownloadManager second(*settings, cacheFile);
         QVERIFY(second.isRegularCheck());
@@ -298,28 +268,16 @@ private slots:
         QCOMPARE(newIn(manager), 1);
     }
 
-    void typedProxySurvivesTheGlobalOne()
-    {
-        NodeDB::getDB().setGlobalProxy(NetworkProxy("global.example", 1));
-        DownloadManager manager(QUrl("http://s.example/c"));
-        manager.setProxy(HttpHost::GlobalProxy, "typed.example:3128");
-        manager.setProxy(HttpHost::OwnProxy, "typed.example:3128");
-        manager.storeHistory(*settings, QString());
-        DownloadManager next(*settings, QString());
-        QCOMPARE(next.server().proxyPreference, HttpHost::OwnProxy);
-        QCOMPARE(next.server().proxy, HttpAccess("typed.example", 3128));
-    }
-
     void cacheIsReplacedByAnAnswerOnly()
     {
-        write(cacheFile, "before");
+        QVERIFY(FileUtils::writeBytes("before", cacheFile));
         DownloadManager manager(server->url("/c"));
         manager.storeHistory(*settings, cacheFile);
-        QCOMPARE(read(cacheFile), QByteArray("before"));
+        QCOMPARE(FileUtils::readBytes(cacheFile), QByteArray("before"));
         QCOMPARE(newIn(manager), 2);
         manager.storeHistory(*settings, QString());
         manager.storeHistory(*settings, cacheFile);
-        QCOMPARE(read(cacheFile), TwoPackages);
+        QCOMPARE(FileUtils::readBytes(cacheFile), TwoPackages);
         QCOMPARE(QDir(folder->path()).entryList({ "last*" }), QStringList({ "last.xml" }));
     }
 
@@ -339,7 +297,7 @@ private slots:
     {
         QFETCH(QByteArray, text);
         QFETCH(QString, cache);
-        write(folder->filePath("hostile.ini"), text);
+        QVERIFY(FileUtils::writeBytes(text, folder->filePath("hostile.ini")));
         QSettings hostile(folder->filePath("hostile.ini"), QSettings::IniFormat);
         DownloadManager manager(hostile, cache);
         QVERIFY(!manager.isRegularCheck());
@@ -347,7 +305,8 @@ private slots:
         manager.setServer(server->url("/c"));
         QCOMPARE(newIn(manager), 2);
         manager.storeHistory(hostile, "/nowhere/at/all");
-        QCOMPARE(newIn(*std::make_unique<DownloadManager>(hostile, QString())), 0);
+        DownloadManager next(hostile, QString());
+        QCOMPARE(newIn(next), 0);
     }
 
 signals:

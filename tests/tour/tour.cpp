@@ -33,7 +33,7 @@ struct Step
 };
 
 QUrl server; // the catalogue that the demo asks
-QUrl opened; // what would have gone to the browser last
+QUrl opened; // by the desktop, last
 std::unique_ptr<MainWindow> host;
 
 template<class Type>
@@ -86,9 +86,8 @@ const auto choose = [](Window window, const char *entry) {
         }
     };
 };
-const auto select = [](const char *type, QTableWidget::SelectionMode mode = QTableWidget::SingleSelection) {
+const auto select = [](const char *type) {
     return [=] {
-        table()->setSelectionMode(mode);
         for (const QTableWidgetItem *item : table()->findItems(type, Qt::MatchExactly)) {
             if (!table()->isRowHidden(item->row()))
                 table()->selectRow(item->row());
@@ -140,16 +139,9 @@ const std::vector<Step> steps = {
       "-downloadPushButton -commentText", [] { return hiddenRows() > 0 && hiddenRows() < table()->rowCount(); } },
     { "A package has a link and release notes", { select("deb") }, available, "application-selected",
       "commentText downloadPushButton releaseNotesPushButton" },
-    { "So has a camera's firmware", { select("rpk") }, available, "firmware-selected", "releaseNotesPushButton",
-      [] { return part<QTextBrowser>(available)->toPlainText().contains(table()->selectedItems().first()->text()); } },
-    { "Two packages can only be downloaded", { select("deb", QTableWidget::MultiSelection) }, available, "two-selected",
-      "downloadPushButton -installPushButton -releaseNotesPushButton -commentText" },
+
     { "Show all languages shows what was left out", { click(available, "showAllLanguagesCheckBox") }, available,
       "all-languages", "", [] { return hiddenRows() == 0; } },
-    { "Release Notes opens a page in the browser", { select("deb"), click(available, "releaseNotesPushButton") },
-      available, "", "", [] { return opened.path().endsWith(".html"); } },
-    { "Download Package opens its link", { click(available, "downloadPushButton") }, available, "", "",
-      [] { return opened.path().endsWith(".deb"); } },
     { "Update Settings leads back to the one settings dialog", { click(available, "updateSettingsPushButton") },
       settings, "", "", [] { return host->findChildren<qv::SoftwareUpdateDialog *>().size() == 1; } },
     { "The product is up to date", { close(available), check("old.xml") }, settings, "up-to-date", "",
@@ -159,33 +151,24 @@ const std::vector<Step> steps = {
 
     // Packages of all types, installed from the table.
     { "There are packages", { check("catalogue.xml") }, available },
-    { "Install asks before it begins", { select("exe"), install }, box, "install-exe" },
-    { "Cancel Install leaves all as it was", { close(box) }, available, "", "", [] { return !exists("*.exe"); } },
-    { "Install asks again", { install }, box },
+    { "Install asks before it begins", { select("exe"), install }, box, "install" },
     { "The package is downloaded", { agree }, progress, "progress", "", downloading(progress) },
-    { "Cancel ends that and leaves no file", { cancel }, available, "", "",
-      [] { return !progress() && !exists("*.exe"); } },
-    { "Install asks again", { install }, box },
-    { "The installer runs", { agree }, settings, "", "", [] { return !available() && exists("*.exe.log"); } },
+    { "The installer runs", {}, settings, "", "", [] { return !available() && exists("*.exe.log"); } },
     { "There are packages", { check("catalogue.xml") }, available },
-    { "Install asks for installers in an archive", { select("mpkg"), install }, box, "install-mpkg" },
+    { "Install asks for installers in an archive", { select("mpkg"), install }, box },
     { "They are opened", { agree }, settings, "", "", [] { return opened.toLocalFile().endsWith(".mpkg"); } },
     { "There are packages", { check("catalogue.xml") }, available },
-    { "Install asks for an archive", { select("zip"), install }, box, "install-zip" },
+    { "Install asks for an archive", { select("zip"), install }, box },
     { "A restart is asked for", { agree }, box, "restart" },
     { "Restart later leaves the unpacked package", { close(box) }, settings, "", "",
       [] { return !exists("*.zip") && exists("camera-host"); } },
 
     // What a user sees when that fails.
-    { "There are faulty packages", { [] { QSettings().setValue("supportedPackageTypes", "deb,zip,bin"); },
-      [] { QSettings().setValue("installablePackageTypes", "deb,zip,bin"); }, check("faults.xml") }, available },
-    { "Install asks for one that the server does not have", { select("deb"), install }, box, "install-deb" },
+    { "There are faulty packages",
+      { [] { QSettings().setValue("installablePackageTypes", "deb,zip"); }, check("faults.xml") }, available },
+    { "Install asks for one that the server does not have", { select("deb"), install }, box },
     { "It cannot be downloaded", { agree }, box, "missing-package", "", failure },
     { "The box closes", { close(box) }, available },
-    { "Install asks for one of no known type", { select("bin"), install }, box, "install-bin" },
-    { "It cannot be installed", { agree }, box, "unknown-type", "", failure },
-    { "The box closes", { close(box) }, settings },
-    { "There are faulty packages", { check("faults.xml") }, available },
     { "Install asks for one that is no archive", { select("zip"), install }, box },
     { "It cannot be unpacked", { agree }, box, "broken-package", "", failure },
     { "The restart did not wait for it", { close(box) }, box, "", "", [] { return !failure(); } },
@@ -195,9 +178,8 @@ const std::vector<Step> steps = {
     { "With Shift held the settings show it", { [] { QTest::keyPress(mainWindow(), Qt::Key_Shift, Qt::ShiftModifier); },
       choose(mainWindow, "Check for Updates..."), [] { QTest::keyRelease(mainWindow(), Qt::Key_Shift); } }, settings,
       "expert-settings", "updateServerLineEdit checkForBetaCheckBox" },
-    { "There are beta versions", { click(settings, "checkForBetaCheckBox"), check("catalogue.xml") }, available, "", "",
-      [] { return table()->item(0, 0)->text().endsWith(" BETA"); } },
-    { "One is selected", { select("deb") }, available, "beta", "commentText" },
+    { "There are beta versions", { click(settings, "checkForBetaCheckBox"), check("catalogue.xml") }, available, "beta",
+      "", [] { return table()->item(0, 0)->text().endsWith(" BETA"); } },
     { "OK closes the settings",
       { close(available), [] { part<QDialogButtonBox>(settings)->button(QDialogButtonBox::Ok)->click(); } }, mainWindow,
       "", "", gone(settings) },
@@ -242,8 +224,7 @@ public:
     explicit Tour(const QDir &pictures) : pictures(pictures)
     {
         pictures.mkpath(".");
-        for (const char *scheme : { "http", "file" })
-            QDesktopServices::setUrlHandler(scheme, this, "openUrl");
+        QDesktopServices::setUrlHandler("file", this, "openUrl");
         connect(&timer, &QTimer::timeout, this, &Tour::look);
         timer.start(20);
     }
@@ -339,8 +320,7 @@ int main(int argc, char *argv[])
     Tour tour(options.positionalArguments().first());
     start("")();
     const int code = QApplication::exec();
-    for (const char *scheme : { "http", "file" })
-        QDesktopServices::unsetUrlHandler(scheme);
+    QDesktopServices::unsetUrlHandler("file");
     host.reset();
     return code;
 }
