@@ -15,6 +15,8 @@
 #include <random>
 
 #include <pthread.h>
+#include <sched.h>
+#include <sys/mount.h>
 #include <sys/resource.h>
 
 using namespace qv;
@@ -165,6 +167,20 @@ private slots:
         QCOMPARE(everything(), (QStringList { "out", "package.zip" }));
         QCOMPARE(unzip(), fromReader);
         QCOMPARE(everything(), QStringList { "package.zip" });
+    }
+
+    void leavesRoomOnTheDisk()
+    {
+        // A disk of 65 MiB that this thread alone sees.
+        if (unshare(CLONE_NEWNS) != 0 || mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0
+            || mount("none", qPrintable(out("")), "tmpfs", 0, "size=65m") != 0)
+            QSKIP("This user may not mount a small disk.");
+        write({ { "big", noise(2 << 20) } });
+        const QString message = read();
+        write({ { "small", noise(1 << 19) } });
+        const bool fits = read().isEmpty();
+        umount(qPrintable(out("")));
+        QVERIFY2(message.endsWith("the disk is too full for that") && fits, qPrintable(message));
     }
 
     void everyDamageEndsWell()

@@ -14,7 +14,7 @@
 /// What the leak check shall not mind: the managers of installations are never freed, by design.
 extern "C" Q_DECL_EXPORT const char *__lsan_default_suppressions() // NOLINT(bugprone-reserved-identifier)
 {
-    return "leak:qv::SoftwareUpdateClient::install\nleak:qv::HttpClient::";
+    return "leak:qv::SoftwareUpdateClient*install\nleak:qv::HttpClient::";
 }
 
 namespace {
