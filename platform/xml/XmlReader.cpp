@@ -43,6 +43,49 @@ void refuseEndlessTags(const QByteArray &bytes)
     }
 }
 
+/// The position behind the next @p mark, or the end.
+qsizetype behind(const QByteArray &bytes, const char *mark, qsizetype from)
+{
+    const qsizetype found = bytes.indexOf(mark, int(from));
+    return found < 0 ? bytes.size() : found + qsizetype(strlen(mark));
+}
+
+/// Behind the comment or processing instruction that begins at @p position; the position itself where none does.
+qsizetype behindAside(const QByteArray &bytes, qsizetype position)
+{
+    const QByteArray start = bytes.mid(int(position), 4);
+    if (start == "<!--")
+        return behind(bytes, "-->", position + 4);
+    return start.startsWith("<?") ? behind(bytes, "?>", position + 2) : position;
+}
+
+/// The reader works on attribute declarations for minutes, before it reports any of them. A DTD stands before the first
+/// element, or there is none.
+void refuseLongDtd(const QByteArray &bytes)
+{
+    qsizetype position = std::max<qsizetype>(bytes.indexOf('<'), 0);
+    for (qsizetype next = 0; (next = behindAside(bytes, position)) != position;)
+        position = std::max<qsizetype>(bytes.indexOf('<', int(next)), next);
+    if (bytes.mid(int(position), 9) != "<!DOCTYPE")
+        return;
+    const qsizetype end = std::min(position + maxDtdLength, qsizetype(bytes.size()));
+    char quote = 0;
+    for (int depth = 0; position < end; ++position) {
+        const char c = bytes.at(int(position));
+        if (quote != 0)
+            quote = c == quote ? 0 : quote;
+        else if (const qsizetype next = behindAside(bytes, position); next != position)
+            position = next - 1;
+        else if (c == '"' || c == '\'')
+            quote = c;
+        else if (c == '[' || c == ']')
+            depth += c == '[' ? 1 : -1;
+        else if (c == '>' && depth == 0)
+            return;
+    }
+    refuse("too long a DTD");
+}
+
 QByteArray declaredEncoding(const QByteArray &bytes)
 {
     const QByteArray declaration = bytes.startsWith("<?xml") ? bytes.left(bytes.indexOf("?>")) : QByteArray();
@@ -89,7 +132,9 @@ XmlReader::XmlReader(QIODevice *device) : bytes(device->read(maxBytes + 1))
     recoded = recode(bytes);
     if (!recoded.isNull())
         bytes.clear();
-    refuseEndlessTags(recoded.isNull() ? bytes : recoded.toUtf8());
+    const QByteArray signs = recoded.isNull() ? bytes : recoded.toUtf8();
+    refuseLongDtd(signs);
+    refuseEndlessTags(signs);
     source.setBuffer(&bytes);
     source.open(QIODevice::ReadOnly);
     restart(reader);
@@ -152,8 +197,6 @@ void XmlReader::checkDtd() const
 {
     if (!reader.entityDeclarations().isEmpty())
         refuse("declares entities", reader.lineNumber());
-    if (reader.text().size() > maxDtdLength)
-        refuse("too long a DTD", reader.lineNumber());
 }
 
 } // namespace qv
