@@ -277,6 +277,33 @@ private slots:
         }
     }
 
+    // A server that is never silent for long is left in the end all the same.
+    void requestsHaveTheirTime()
+    {
+        server->route("/x", HttpAnswer().generate(HttpAnswer::Endless));
+        const RequestPtr request = prepare("/x");
+        request->setMaxBodySize(std::numeric_limits<qint64>::max());
+        request->setTimeLimit(1);
+        client->execute(request);
+        receiver->wait();
+        QCOMPARE(request->statusCode(), 0);
+        QVERIFY(!request->isCut());
+    }
+
+    void idleClientsHoldNoThread()
+    {
+        const auto threads = [] { return QDir("/proc/self/task").count(); };
+        server->route("/x", HttpAnswer("x"));
+        fetch("/x");
+        const auto few = threads();
+        std::vector<std::unique_ptr<HttpClient>> clients;
+        for (int i = 0; i < 10; ++i) {
+            clients.push_back(std::exchange(client, std::make_unique<HttpClient>(hostOf(*server))));
+            QCOMPARE(fetch("/x")->statusCode(), 200);
+        }
+        QTRY_VERIFY(threads() <= few);
+    }
+
     void texts()
     {
         for (const char *type :

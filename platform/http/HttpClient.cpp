@@ -82,13 +82,15 @@ HttpClient::HttpClient()
 {
     qRegisterMetaType<RequestPtr>("RequestPtr");
     qRegisterMetaType<RequestPtr>("qv::RequestPtr");
-    stallTimer.setSingleShot(true);
     progressTimer.setSingleShot(true);
     progressTimer.setInterval(msProgressInterval);
-    connect(&stallTimer, &QTimer::timeout, this, [this] {
-        endRequest();
-        current->status = 0;
-    });
+    for (QTimer *limit : { &stallTimer, &wholeTimer }) {
+        limit->setSingleShot(true);
+        connect(limit, &QTimer::timeout, this, [this] {
+            endRequest();
+            current->status = 0;
+        });
+    }
     roundTimer.setSingleShot(true);
     connect(&roundTimer, &QTimer::timeout, this, &HttpClient::readBody);
     connect(&progressTimer, &QTimer::timeout, this, [this] {
@@ -140,6 +142,7 @@ RequestPtr HttpClient::prepareGet(const QUrl &url, QObject *receiver, const char
         request->output = output;
         request->outputHandle = outputHandle;
         request->maxBodySize = std::numeric_limits<qint64>::max();
+        request->msTimeLimit = 0;
     }
     if (receiver && slot) {
         request->receiver = receiver;
@@ -172,8 +175,12 @@ void HttpClient::next()
 {
     const RequestPtr past = std::exchange(current, waiting.isEmpty() ? RequestPtr() : waiting.takeFirst());
     phase = current ? Waiting : Idle;
-    if (current)
+    if (current) {
         QMetaObject::invokeMethod(this, &HttpClient::start, Qt::QueuedConnection);
+    } else if (network) { // with its thread and its connections
+        network->deleteLater();
+        network = nullptr;
+    }
 }
 
 void HttpClient::start()
@@ -214,6 +221,8 @@ void HttpClient::send(const RequestData &request)
     connect(reply, &QNetworkReply::readyRead, this, &HttpClient::readBody);
     connect(reply, &QNetworkReply::finished, this, &HttpClient::readBody);
     stallTimer.start(msStallDelay);
+    if (request.msTimeLimit > 0)
+        wholeTimer.start(request.msTimeLimit);
 }
 
 void HttpClient::readHead()
@@ -265,6 +274,7 @@ void HttpClient::endRequest()
 void HttpClient::dropReply()
 {
     stallTimer.stop();
+    wholeTimer.stop();
     progressTimer.stop();
     roundTimer.stop();
     if (QNetworkReply *dropped = std::exchange(reply, nullptr)) {

@@ -23,7 +23,8 @@ namespace qv {
 /// Redirects are followed, at most maxRedirects and never from https to http. A server that sends nothing for a minute
 /// ends the request. Whatever went wrong, the slot is called once, and what arrived is there; only where a server
 /// breaks off while the GUI thread is 4 MiB behind it, the end of what it sent may be lost. Cookies are neither kept
-/// nor sent, compressed answers are not asked for, and the system is never asked for a proxy.
+/// nor sent, compressed answers are not asked for, and the system is never asked for a proxy. A client that has nothing
+/// to do holds neither thread nor descriptor.
 ///
 /// The client, the receiver or the output device may be deleted at any time, in a slot called by the client too:
 /// without its receiver a request is dropped, without its device it ends.
@@ -120,6 +121,7 @@ private:
     QList<RequestPtr> waiting;
     QMetaObject::Connection receiverDeath;
     QTimer stallTimer;
+    QTimer wholeTimer;    // of the request, however busy its server is
     QTimer roundTimer;    // runs while there is more to read
     QTimer progressTimer; // runs while there is progress to tell
     qint64 bytesReported = 0;

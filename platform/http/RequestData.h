@@ -51,6 +51,12 @@ public:
     /// The body was longer than the request takes: what is there is its beginning.
     bool isCut() const { return cut; }
 
+    /// How long the request may take in all, however busy its server is; then it ends as one whose server fell silent.
+    /// 0: as long as it likes. Unless set: msKeptLimit for a body that stays in the request, no limit with an output
+    /// device.
+    void setTimeLimit(int msDelay) { msTimeLimit = msDelay; }
+    static constexpr int msKeptLimit = 5 * 60 * 1000;
+
     /// For the caller's own use; freed with the request at the latest.
     std::any userData;
 
@@ -65,6 +71,7 @@ private:
     QByteArray slot; // normalized signature, empty: nobody is told
     bool isExecuted = false;
     qint64 maxBodySize = maxBytesKept;
+    int msTimeLimit = msKeptLimit;
 
     QPointer<QIODevice> output;
     qvb::smart<QIODevice> outputHandle;

@@ -200,8 +200,8 @@ public slots:
     /// removed here.
     ///
     /// Success is a file at least as long as announced, whatever the server's status. A body that is maxSurplusBytes
-    /// longer still is cut there, and a failure. Deliberate: it leaves for port 80 over plain HTTP whatever the URL
-    /// says.
+    /// longer still is cut there, and a failure; so is a download that takes longer than its size at 1 KiB a second, or
+    /// an hour. Deliberate: it leaves for port 80 over plain HTTP whatever the URL says.
     void startDownload(const PackageInfo &package, const QString &path);
 
     /// Drops whatever runs, a query too, and the downloads that wait behind it: they emit nothing any more. Emits

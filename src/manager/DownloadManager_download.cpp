@@ -10,6 +10,17 @@
 
 namespace qv {
 
+namespace {
+
+/// What its size needs at 1 KiB a second, at least an hour.
+int msForPackage(quint64 bytes)
+{
+    constexpr quint64 least = 60 * 60 * 1000, most = std::numeric_limits<int>::max();
+    return int(std::clamp(bytes / 1024 > most / 1000 ? most : bytes / 1024 * 1000, least, most));
+}
+
+} // namespace
+
 void DownloadManager::startDownload(const PackageInfo &package, const QString &path)
 {
     const auto file = std::make_shared<QFile>(path);
@@ -19,6 +30,7 @@ void DownloadManager::startDownload(const PackageInfo &package, const QString &p
         constexpr quint64 most = std::numeric_limits<qint64>::max() - maxSurplusBytes;
         request->setMaxBodySize(qint64(std::min(quint64(package.fileSize), most)) + maxSurplusBytes);
     }
+    request->setTimeLimit(msForPackage(quint64(package.fileSize)));
     request->userData = package;
     d->downloads.append(request);
     d->httpClient.execute(request);

@@ -27,6 +27,7 @@ const QString timeKey = QStringLiteral("time");
 
 constexpr int currentVersion = 3;
 constexpr int yearsRemembered = 2;
+constexpr qsizetype mostRemembered = 100 * 1000;
 
 /// No answer is ever longer; and what is no plain file may have no end.
 bool isCache(const QFileInfo &file)
@@ -80,6 +81,21 @@ void DownloadManagerPrivate::loadHistory(QSettings &settings, const QString &cac
     }
     settings.endArray();
     settings.endGroup();
+    forgetOldest();
+}
+
+/// Keeps the youngest of a history that hostile answers have filled.
+void DownloadManagerPrivate::forgetOldest()
+{
+    const auto surplus = qsizetype(history.size()) - mostRemembered;
+    if (surplus <= 0)
+        return;
+    std::vector<std::pair<QDateTime, QString>> entries;
+    for (auto entry = history.cbegin(); entry != history.cend(); ++entry)
+        entries.emplace_back(entry.value(), entry.key());
+    std::nth_element(entries.begin(), entries.begin() + surplus, entries.end());
+    for (auto entry = entries.cbegin(); entry != entries.cbegin() + surplus; ++entry)
+        history.remove(entry->second);
 }
 
 void DownloadManager::storeHistory(QSettings &settings, const QString &cacheFile) const

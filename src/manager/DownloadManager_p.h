@@ -25,6 +25,7 @@ public:
     void setServer(const QUrl &url);
     void noteProxyInUse();
     RequestPtr prepareGet(const QUrl &url, QObject *receiver, const char *slot, const qvb::smart<QIODevice> &output);
+    void forgetOldest();
     void loadHistory(QSettings &settings, const QString &cacheFile);
 
     HttpClient httpClient;

@@ -71,6 +71,7 @@ void DownloadManager::queryResult(QIODevice *input, RequestData *data)
         else
             d->history.insert(id, now);
     }
+    d->forgetOldest();
     // Deliberate: the filter plays no part, everybody gets the whole catalogue.
     if (data->callbackReceiver && !data->callbackSlot.isNull())
         invokeQueued(data->callbackReceiver, data->callbackSlot.constData(), Q_ARG(qv::PackageInfoList, packages));
