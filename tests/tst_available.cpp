@@ -61,9 +61,10 @@ private slots:
         const QString link = "<a href=\"http://h/a.zip\">http://h/a.zip</a><br />";
         QCOMPARE(SoftwareUpdateClient::packageComment(p), "<b>name 1.0 BETA, Application</b><br />" + link);
         p.releaseDate = QDateTime(QDate(2026, 3, 4), QTime(1, 2));
-        p.name = "<img src='/dev/zero'>";
+        p.name = QString("<img src='/dev/zero'>\n\u202eexe\x01");
         QCOMPARE(SoftwareUpdateClient::packageComment(p),
-                 "<b>&lt;img src='/dev/zero'&gt; 1.0 BETA, Application</b><br />Published on "
+                 "<b>&lt;img src='/dev/zero'&gt;\n&lt;U+202E&gt;exe&lt;U+0001&gt; 1.0 BETA, Application</b><br "
+                 "/>Published on "
                      + QLocale::system().toString(QDate(2026, 3, 4), QLocale::LongFormat) + link);
     }
 

@@ -288,6 +288,14 @@ private slots:
             QCOMPARE(image.value<QImage>().size(), QSize(1, 1));
         }
         QVERIFY(!t.comment.isHidden() && t.comment.toPlainText().startsWith("Viewer"));
+        for (const QString &link : { file, QUrl::fromLocalFile(file).toString() }) {
+            t.dialog.setCommentText(QString("Viewer <a href=\"%1\">link</a>").arg(link));
+            t.dialog.show();
+            t.comment.setFocus();
+            QTest::keyClick(&t.comment, Qt::Key_Tab);
+            QTest::keyClick(&t.comment, Qt::Key_Return);
+            QVERIFY2(t.comment.toPlainText().startsWith("Viewer"), qPrintable(link));
+        }
         t.dialog.setCommentText(QString());
         QVERIFY(t.comment.isHidden());
     }

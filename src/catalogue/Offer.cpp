@@ -13,16 +13,35 @@ namespace qv {
 
 namespace {
 
+/// True for what nobody sees and what turns the direction of the text around it.
+bool isControl(QChar c)
+{
+    const bool turns = (c >= QChar(0x202a) && c <= QChar(0x202e)) || (c >= QChar(0x2066) && c <= QChar(0x2069));
+    return turns || (c.category() == QChar::Other_Control && !c.isSpace());
+}
+
+/// Shows such characters as what they are: <U+202E>.
+QString visible(const QString &text)
+{
+    QString shown;
+    for (const QChar c : text) {
+        shown += isControl(c)
+            ? QStringLiteral("<U+%1>").arg(QString::number(c.unicode(), 16).toUpper(), 4, QLatin1Char('0'))
+            : QString(c);
+    }
+    return shown;
+}
+
 QString joined(const QStringSet &words)
 {
-    return QStringList(words.values()).join(QStringLiteral(", "));
+    return visible(QStringList(words.values()).join(QStringLiteral(", ")));
 }
 
 /// Deliberate: the internal name comes first and the public release, unlike in PackageInfo::displayName().
 QString nameAndRelease(const PackageInfo &package)
 {
-    return (package.name.isEmpty() ? package.publicName : package.name) + QLatin1Char(' ')
-        + (package.publicRelease.isEmpty() ? package.release : package.publicRelease)
+    return visible(package.name.isEmpty() ? package.publicName : package.name) + QLatin1Char(' ')
+        + visible(package.publicRelease.isEmpty() ? package.release : package.publicRelease)
         + (package.status == Status::beta ? QStringLiteral(" BETA") : QString());
 }
 
@@ -72,7 +91,8 @@ PackageInfoList offeredPackages(PackageInfoList catalogue, const QString &applic
 QStringList packageRow(const PackageInfo &package)
 {
     const double megabytes = double(quint64(package.fileSize)) / (1 << 20);
-    return { nameAndRelease(package), QString::number(megabytes, 'f', 1) + QStringLiteral(" MB"), package.suffix,
+    return { nameAndRelease(package), QString::number(megabytes, 'f', 1) + QStringLiteral(" MB"),
+             visible(package.suffix),
              package.type == Kind::cameraFirmware ? joined(package.languages)
                                                   : QCoreApplication::translate("SoftwareUpdateClient", "Multilingual"),
              joined(package.platforms) };
@@ -83,7 +103,7 @@ QString packageComment(const PackageInfo &package)
     // Escaped: the catalogue's texts are no markup of ours, and the box would fetch what an image tag names.
     const QString url = package.url.toString().toHtmlEscaped();
     return QStringLiteral("<b>") + nameAndRelease(package).toHtmlEscaped() + QStringLiteral(", ")
-        + package.type.toHtmlEscaped() + QStringLiteral("</b><br />") + releaseLine(package)
+        + visible(package.type).toHtmlEscaped() + QStringLiteral("</b><br />") + releaseLine(package)
         + QStringLiteral("<a href=\"") + url + QStringLiteral("\">") + url + QStringLiteral("</a><br />");
 }
 

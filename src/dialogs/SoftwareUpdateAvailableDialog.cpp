@@ -6,6 +6,7 @@
 
 #include "ui_SoftwareUpdateAvailableGui.h"
 
+#include <QDesktopServices>
 #include <QPointer>
 #include <QRegularExpression>
 #include <QScreen>
@@ -79,6 +80,15 @@ SoftwareUpdateAvailableDialog::SoftwareUpdateAvailableDialog(QWidget *parent, Qt
     connect(ui->tableWidget, &QTableWidget::itemSelectionChanged, this, &Dialog::currentItemsChanged);
     connect(ui->showAllLanguagesCheckBox, &QCheckBox::clicked, this, &Dialog::showAllLanguagesPressed);
     connect(ui->updateSettingsPushButton, &QPushButton::clicked, this, &Dialog::openUpdateSettings);
+
+    // The box itself would load what a link names, a device without end too.
+    ui->commentText->setOpenLinks(false);
+    connect(ui->commentText, &QTextBrowser::anchorClicked, this, [](const QUrl &url) {
+        for (const char *scheme : { "http", "https", "ftp" }) {
+            if (url.scheme() == QLatin1String(scheme))
+                QDesktopServices::openUrl(url);
+        }
+    });
 
     ui->tableWidget->setEditTriggers(QAbstractItemView::NoEditTriggers);
     ui->installPushButton->setDefault(true);
