@@ -232,18 +232,24 @@ private slots:
         columns<QByteArray>("xml");
         const auto many = [](const QByteArray &element) { return element.repeated(50'000); };
         const QByteArray packages = many("<package platform='x'><readme url='y'/></package>");
-        const QByteArray megabyte(1 << 20, 'm');
+        const QByteArray url(2000, 'u');
         QByteArray words, others;
         for (int i = 0; i < 50'000; ++i) {
-            words += QByteArray::number(i) + ' ';
+            if (i < 9000)
+                words += QByteArray::number(i) + ' ';
             others += "<package platform='x" + QByteArray::number(i) + "'/>";
         }
         row("no XML", QByteArray("404 not found"));
         row("broken", QByteArray("<s><package>"));
         row("words times packages", "<s platform='" + words + "'>" + others + "</s>");
         row("links times packages", "<s>" + many("<readme url='a'/>") + packages + "</s>");
-        row("long base times packages", "<s base-url='" + megabyte + "'>" + packages + "</s>");
-        row("long url times links", "<s><url>" + megabyte + "</url>" + many("<readme/>") + "<package/></s>");
+        row("long base times packages", "<s base-url='" + url + "'>" + packages + "</s>");
+        row("long url times links", "<s><url>" + url + "</url>" + many("<readme/>") + "<package/></s>");
+        // Shared by all, and walked for each.
+        row("words in an index", "<s platform='" + words + "'>" + many("<package/>") + "</s>");
+        row("names in a table", "<s public-name='" + QByteArray(1000, 'n') + "'>" + many("<package/>") + "</s>");
+        for (const char *value : { "release", "platform", "url", "comment" })
+            row(value, QByteArray("<s><package ") + value + "='" + QByteArray(65'537, 'v') + "'/></s>");
     }
     void refused()
     {
@@ -291,8 +297,8 @@ private slots:
 
     void sharedValues()
     {
-        // Large, and still no more than one copy of each value: 20,000 packages times a comment of a megabyte.
-        const PackageInfoList packages = parse("<s base-url='a.zip'><comment>" + QByteArray(1 << 20, 'c') + "</comment>"
+        // Large, and still no more than one copy of each value: 20,000 packages times a comment of 64 KiB.
+        const PackageInfoList packages = parse("<s base-url='a.zip'><comment>" + QByteArray(1 << 16, 'c') + "</comment>"
                                                + QByteArray("<readme url='a'/>").repeated(2000)
                                                + QByteArray("<package/>").repeated(20'000) + "</s>");
         QCOMPARE(packages.size(), 20'000);

@@ -85,32 +85,55 @@ QString valueOver(const QString &inherited, const Element &element, const QStrin
     return ownValue(element, word).value_or(inherited);
 }
 
-/// Memory for what packages inherit and cannot share: without a limit, a small document with large values in its outer
-/// sets becomes gigabytes of packages. Counted as it is allocated, roughly.
+/// What a catalogue may cost those who read it: memory for what packages inherit and cannot share, counted as it is
+/// allocated, roughly; and characters of what packages say, shared or not, as tables and indexes walk them for each
+/// package. Without a limit, a small document with large values in its outer sets becomes gigabytes.
 class Allowance
 {
 public:
-    static Allowance ofCatalogue() { return Allowance(64LL << 20); }
-    static Allowance unlimited() { return Allowance(std::numeric_limits<qint64>::max()); }
-
-    void spendOnWords(qint64 count) { spend(200 + count * 40); }
-    void spendOnLinks(qint64 count) { spend(count * 100); }
-
-    /// For an address that is put together, and taken apart again by QUrl.
-    void spendOnUrl(qint64 characters) { spend(characters * 4); }
-
-private:
-    explicit Allowance(qint64 bytes) : left(bytes) { }
-
-    void spend(qint64 bytes)
+    static Allowance ofCatalogue() { return Allowance(64LL << 20, 32LL << 20); }
+    static Allowance unlimited()
     {
-        left -= bytes;
-        if (left < 0)
-            throw ParseException(QStringLiteral("the catalogue's inherited values unfold to too much"));
+        return Allowance(std::numeric_limits<qint64>::max(), std::numeric_limits<qint64>::max());
     }
 
-    qint64 left;
+    void checkLength(const QString &text, qint64 longest) const
+    {
+        if (isLimited && text.size() > longest)
+            refuse("a value is too long");
+    }
+    void spendOnReading(qint64 characters) { spend(reading, characters); }
+
+    void spendOnWords(qint64 count) { spend(memory, 200 + count * 40); }
+    void spendOnLinks(qint64 count) { spend(memory, count * 100); }
+
+    /// For an address that is put together, and taken apart again by QUrl.
+    void spendOnUrl(qint64 characters) { spend(memory, characters * 4); }
+
+private:
+    Allowance(qint64 bytes, qint64 characters) : memory(bytes), reading(characters) { }
+
+    [[noreturn]] static void refuse(const char *reason)
+    {
+        throw ParseException(QStringLiteral("the catalogue is refused: ") + QLatin1String(reason));
+    }
+
+    static void spend(qint64 &left, qint64 cost)
+    {
+        left -= cost;
+        if (left < 0)
+            refuse("inherited values unfold to too much");
+    }
+
+    qint64 memory;
+    qint64 reading;
+    const bool isLimited = reading < std::numeric_limits<qint64>::max();
 };
+
+constexpr int longestText = 1024; // of a name, a version, a word
+constexpr int longestUrl = 2048;
+constexpr int longestComment = 64 * 1024;
+constexpr int longestWords = 64 * 1024; // all of one element together
 
 /// @p language and @p url are what a look-up from the level, not from its "file" child, finds.
 template<class Element>
@@ -119,6 +142,8 @@ int addOwnUrls(const Element &level, const QString &word, const QString &languag
 {
     int count = 0;
     const auto add = [&](const QString &itsLanguage, const QString &itsUrl) {
+        allowance.checkLength(itsUrl, longestUrl);
+        allowance.checkLength(itsLanguage, longestText);
         allowance.spendOnUrl(itsUrl.size());
         out.insert(itsLanguage.isEmpty() ? defaultLanguage : itsLanguage, QUrl(itsUrl));
         ++count;
@@ -131,8 +156,14 @@ int addOwnUrls(const Element &level, const QString &word, const QString &languag
     return count;
 }
 
+struct Words
+{
+    QStringSet set;
+    int characters = 0; // of them all
+};
+
 /// Sets of words that equal levels inside one set share: by what they say themselves.
-using Unions = QHash<QString, QStringSet>;
+using Unions = QHash<QString, Words>;
 
 /// All values of one level of the document, those inherited included. Whatever a level does not change it shares with
 /// the level around; what its neighbour inside the same set says too, with that.
@@ -155,39 +186,43 @@ private:
     struct Field
     {
         const QString &word;
+        int longest;
         void (*fill)(Level &level, const QString &text);
     };
     static const std::array<Field, fieldCount> fields;
 
     template<class Element>
     static void addWords(const Element &element, const QString &word, Unions &unions, Allowance &allowance,
-                         QStringSet &words);
+                         Words &words);
     template<class Element>
     void addUrls(const Element &element, const QString &word, Allowance &allowance, UrlMap &urls) const;
 
     PackageInfo package;
     QString baseUrl;
     QString url;
-    QString language;                                   // raw
+    QString language; // raw
+    Words platforms;
+    Words languages;
     mutable std::array<QString, fieldCount> neighbours; // what the last one inside said of each field
     mutable Unions platformUnions;
     mutable Unions languageUnions;
 };
 
 const std::array<Level::Field, Level::fieldCount> Level::fields { {
-    { Word::type, [](Level &level, const QString &text) { level.package.type = text; } },
-    { Word::name, [](Level &level, const QString &text) { level.package.name = text; } },
-    { Word::publicName, [](Level &level, const QString &text) { level.package.publicName = text; } },
-    { Word::release, [](Level &level, const QString &text) { level.package.release = text; } },
-    { Word::publicRelease, [](Level &level, const QString &text) { level.package.publicRelease = text; } },
-    { Word::status, [](Level &level, const QString &text) { level.package.status = text; } },
-    { Word::releaseDate,
+    { Word::type, longestText, [](Level &level, const QString &text) { level.package.type = text; } },
+    { Word::name, longestText, [](Level &level, const QString &text) { level.package.name = text; } },
+    { Word::publicName, longestText, [](Level &level, const QString &text) { level.package.publicName = text; } },
+    { Word::release, longestText, [](Level &level, const QString &text) { level.package.release = text; } },
+    { Word::publicRelease, longestText, [](Level &level, const QString &text) { level.package.publicRelease = text; } },
+    { Word::status, longestText, [](Level &level, const QString &text) { level.package.status = text; } },
+    { Word::releaseDate, longestText,
       [](Level &level, const QString &text) { level.package.releaseDate = parseReleaseDate(text); } },
-    { Word::baseUrl, [](Level &level, const QString &text) { level.baseUrl = text; } },
-    { Word::url, [](Level &level, const QString &text) { level.url = text; } },
-    { Word::fileSize, [](Level &level, const QString &text) { level.package.fileSize = parseFileSize(text); } },
-    { Word::comment, [](Level &level, const QString &text) { level.package.comment = text; } },
-    { Word::language, [](Level &level, const QString &text) { level.language = text; } },
+    { Word::baseUrl, longestUrl, [](Level &level, const QString &text) { level.baseUrl = text; } },
+    { Word::url, longestUrl, [](Level &level, const QString &text) { level.url = text; } },
+    { Word::fileSize, longestText,
+      [](Level &level, const QString &text) { level.package.fileSize = parseFileSize(text); } },
+    { Word::comment, longestComment, [](Level &level, const QString &text) { level.package.comment = text; } },
+    { Word::language, longestWords, [](Level &level, const QString &text) { level.language = text; } },
 } };
 
 template<class Element>
@@ -198,34 +233,41 @@ Level Level::over(const Element &element, Allowance &allowance) const
     level.baseUrl = baseUrl;
     level.url = url;
     level.language = language;
+    level.platforms = platforms;
+    level.languages = languages;
     for (size_t i = 0; i < fields.size(); ++i) {
         const auto value = ownValue(element, fields[i].word);
         if (!value)
             continue;
+        allowance.checkLength(*value, fields[i].longest);
         if (neighbours[i] != *value)
             neighbours[i] = *value;
         fields[i].fill(level, neighbours[i]);
     }
-    addWords(element, Word::platform, platformUnions, allowance, level.package.platforms);
-    addWords(element, Word::language, languageUnions, allowance, level.package.languages);
+    addWords(element, Word::platform, platformUnions, allowance, level.platforms);
+    addWords(element, Word::language, languageUnions, allowance, level.languages);
     level.addUrls(element, Word::releaseNotes, allowance, level.package.releaseNotes);
     level.addUrls(element, Word::readme, allowance, level.package.readme);
     return level;
 }
 
 template<class Element>
-void Level::addWords(const Element &element, const QString &word, Unions &unions, Allowance &allowance,
-                     QStringSet &words)
+void Level::addWords(const Element &element, const QString &word, Unions &unions, Allowance &allowance, Words &words)
 {
     QString own;
     forEachOwn(element, word, [&own](const QString &text) { own += text + QLatin1Char(' '); });
     if (own.trimmed().isEmpty())
         return;
+    allowance.checkLength(own, longestWords);
     auto known = unions.constFind(own);
     if (known == unions.cend()) {
-        QStringSet united = StringUtils::splitStringSet(own, StringUtils::splitWords, Qt::SkipEmptyParts);
-        united.unite(words);
-        allowance.spendOnWords(united.size());
+        Words united { StringUtils::splitStringSet(own, StringUtils::splitWords, Qt::SkipEmptyParts) };
+        for (const QString &one : std::as_const(united.set))
+            allowance.checkLength(one, longestText);
+        united.set.unite(words.set);
+        for (const QString &one : std::as_const(united.set))
+            united.characters += int(one.size());
+        allowance.spendOnWords(united.set.size());
         known = unions.insert(own, united);
     }
     words = *known;
@@ -252,6 +294,10 @@ PackageInfo Level::finished(Allowance &allowance) const
 {
     allowance.spendOnUrl(baseUrl.size() + url.size());
     PackageInfo whole = package;
+    whole.platforms = platforms.set;
+    whole.languages = languages.set;
+    allowance.spendOnReading(whole.name.size() + whole.publicName.size() + whole.release.size()
+                             + whole.publicRelease.size() + platforms.characters + languages.characters);
     whole.url = QUrl(baseUrl + url);
     whole.suffix = parsePackageSuffix(whole.url.toString());
     return whole;

@@ -9,7 +9,7 @@ namespace qv {
 
 /// Finds the packages of one catalogue by the beginnings of their platform words: what makes asking a large catalogue
 /// about hundreds of camera models cheap. Holds positions in the list; stays right as long as the packages' platforms
-/// and their order do.
+/// and their order do. Packages that share their set of platforms cost no more than one.
 class SOFTWAREUPDATE_EXPORT PackageIndex
 {
 public:
@@ -20,7 +20,8 @@ public:
     std::vector<int> positions(const QStringSet &platforms) const;
 
 private:
-    std::vector<std::pair<QString, int>> words; // sorted
+    std::vector<std::vector<int>> groups;       // the positions of packages that share their set
+    std::vector<std::pair<QString, int>> words; // sorted; each with its group
 };
 
 } // namespace qv

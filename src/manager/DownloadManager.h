@@ -122,7 +122,7 @@ public:
     /// languages and links add up over all of them (docs/catalogue.md).
     ///
     /// What is not well-formed XML, or is made to exhaust time or memory (see XmlUtils::parseXml(); likewise packages
-    /// that would take more than 64 MiB for what they inherit and cannot share), gives an empty list and a line in the
+    /// that would take more than 64 MiB for what they inherit and cannot share, or tables and indexes too long to walk), gives an empty list and a line in the
     /// log.
     static PackageInfoList parseXML(QIODevice *device);
 
