@@ -227,6 +227,15 @@ private slots:
         }
     }
 
+    void logIsNotFlooded()
+    {
+        LogCapture log;
+        QCOMPARE(parse("<s>" + QByteArray("<package/>").repeated(103) + "</s>").size(), 103);
+        const QStringList lines = log.take();
+        QCOMPARE(lines.size(), 101);
+        QCOMPARE(lines.last(), QString("DownloadManager::parsePackageType() -> 3 more suspicious package suffixes"));
+    }
+
     void refused_data()
     {
         columns<QByteArray>("xml");

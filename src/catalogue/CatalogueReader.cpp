@@ -8,6 +8,7 @@
 #include "ParseException.h"
 #include "XmlTree.h"
 
+#include <algorithm>
 #include <array>
 #include <limits>
 #include <memory>
@@ -104,6 +105,10 @@ public:
     }
     void spendOnReading(qint64 characters) { spend(reading, characters); }
 
+    /// False where the log has enough of this catalogue's suffixes.
+    bool spendOnLogLine() { return ++logLines <= mostLogLines; }
+    int linesNotLogged() const { return std::max(logLines - mostLogLines, 0); }
+
     void spendOnWords(qint64 count) { spend(memory, 200 + count * 40); }
     void spendOnLinks(qint64 count) { spend(memory, count * 100); }
 
@@ -125,8 +130,11 @@ private:
             refuse("inherited values unfold to too much");
     }
 
+    static constexpr int mostLogLines = 100;
+
     qint64 memory;
     qint64 reading;
+    int logLines = 0;
     const bool isLimited = reading < std::numeric_limits<qint64>::max();
 };
 
@@ -299,7 +307,10 @@ PackageInfo Level::finished(Allowance &allowance) const
     allowance.spendOnReading(whole.name.size() + whole.publicName.size() + whole.release.size()
                              + whole.publicRelease.size() + platforms.characters + languages.characters);
     whole.url = QUrl(baseUrl + url);
-    whole.suffix = parsePackageSuffix(whole.url.toString());
+    const QString address = whole.url.toString();
+    whole.suffix = packageSuffix(address);
+    if (isSuspiciousSuffix(whole.suffix) && allowance.spendOnLogLine())
+        parsePackageSuffix(address); // which tells the log
     return whole;
 }
 
@@ -362,6 +373,10 @@ PackageInfoList readCatalogue(QIODevice *device)
         packages.reserve(tree.count(Word::package));
         Allowance allowance = Allowance::ofCatalogue();
         appendPackages(tree.documentElement(), allowance, packages);
+        if (allowance.linesNotLogged() > 0)
+            LogQt::write(Log::Error,
+                         QStringLiteral("DownloadManager::parsePackageType() -> %1 more suspicious package suffixes")
+                             .arg(allowance.linesNotLogged()));
         return packages;
     } catch (const ParseException &) {
         LogQt::write(Log::Warning, QStringLiteral("XML parser error"));

@@ -87,6 +87,16 @@ QDateTime parseReleaseDate(const QString &text)
 
 QString parsePackageSuffix(const QString &urlText)
 {
+    const QString suffix = packageSuffix(urlText);
+    if (isSuspiciousSuffix(suffix))
+        LogQt::write(Log::Error,
+                     QStringLiteral("DownloadManager::parsePackageType() -> parsed suspicious package suffix '")
+                         + suffix + QStringLiteral("' in ") + urlText);
+    return suffix;
+}
+
+QString packageSuffix(const QString &urlText)
+{
     const QString last = urlText.section(QLatin1Char('.'), -1, -1, QString::SectionSkipEmpty);
     const QString secondToLast = urlText.section(QLatin1Char('.'), -2, -2, QString::SectionSkipEmpty);
     QString suffix = last;
@@ -94,10 +104,6 @@ QString parsePackageSuffix(const QString &urlText)
         suffix = secondToLast;
     else if ((last == QLatin1String("gz") || last == QLatin1String("bz2")) && secondToLast == QLatin1String("tar"))
         suffix = secondToLast + QLatin1Char('.') + last;
-    if (isSuspiciousSuffix(suffix))
-        LogQt::write(Log::Error,
-                     QStringLiteral("DownloadManager::parsePackageType() -> parsed suspicious package suffix '")
-                         + suffix + QStringLiteral("' in ") + urlText);
     return suffix;
 }
 

@@ -16,6 +16,9 @@ QDateTime parseReleaseDate(const QString &text);
 /// returned all the same.
 QString parsePackageSuffix(const QString &urlText);
 
+/// The same without the log.
+QString packageSuffix(const QString &urlText);
+
 /// Shorter than 3 characters or longer than 7.
 bool isSuspiciousSuffix(const QString &suffix);
 
