@@ -22,18 +22,22 @@ class Receiver : public QObject
 public:
     RequestPtr wait()
     {
-        const bool isCalled = QTest::qWaitFor([this] { return !requests.isEmpty(); }, 60'000);
+        const bool isCalled = !requests.isEmpty() || QSignalSpy(this, &Receiver::called).wait(60'000);
         return isCalled ? requests.takeFirst() : std::make_shared<RequestData>();
     }
 
     QList<RequestPtr> requests;
     std::function<void()> reaction = [] {};
 
+signals:
+    void called();
+
 private slots:
     void done(qv::RequestPtr request)
     {
         requests.append(request);
         reaction();
+        emit called();
     }
 };
 
