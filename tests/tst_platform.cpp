@@ -68,13 +68,11 @@ private slots:
                 text += "0019. .-abrc\xff"[random.bounded(13)];
             versions.emplace_back(text);
         }
+        std::sort(versions.begin(), versions.end());
         for (const VersionNumber &a : versions) {
-            QCOMPARE(VersionNumber::compare(a, a), 0);
             for (const VersionNumber &b : versions) {
                 QCOMPARE(VersionNumber::compare(a, b), -VersionNumber::compare(b, a));
-                for (const VersionNumber &c : versions)
-                    QVERIFY2(!(a <= b && b <= c) || a <= c,
-                             qPrintable(a.toString() + " / " + b.toString() + " / " + c.toString()));
+                QVERIFY2(&a > &b || a <= b, qPrintable(a.toString() + " / " + b.toString()));
             }
         }
     }

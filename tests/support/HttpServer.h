@@ -27,8 +27,7 @@ struct HttpAnswer
 
     HttpAnswer &header(const QByteArray &name, const QByteArray &value)
     {
-        headers.append({ name, value });
-        return *this;
+        return headers.append({ name, value }), *this;
     }
     /// So many "x" behind the body, made as they leave.
     HttpAnswer &generate(qint64 bytes) { return set(&HttpAnswer::generated, bytes); }

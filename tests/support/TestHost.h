@@ -32,8 +32,8 @@ public:
     static QVariant stored(const QString &key) { return store().value(key); }
 
     /// The dialogs that exist, hidden or not.
-    qv::SoftwareUpdateDialog *settingsDialog() const { return find<qv::SoftwareUpdateDialog>(); }
-    qv::SoftwareUpdateAvailableDialog *availableDialog() const { return find<qv::SoftwareUpdateAvailableDialog>(); }
+    auto *settingsDialog() const { return window.findChild<qv::SoftwareUpdateDialog *>(); }
+    auto *availableDialog() const { return window.findChild<qv::SoftwareUpdateAvailableDialog *>(); }
 
     QString notification() const { return settingsDialog()->findChild<QLabel *>("updateNotificationLabel")->text(); }
 
@@ -43,11 +43,5 @@ public:
     QWidget window;
 
 private:
-    template<class Dialog>
-    Dialog *find() const
-    {
-        return window.findChild<Dialog *>();
-    }
-
     QTemporaryDir home;
 };
