@@ -4,8 +4,6 @@
 #include "QtCompat.h"
 #include "Row.h"
 
-#include <QRandomGenerator>
-#include <QTranslator>
 #include <QtTest>
 
 using namespace qv;

@@ -6,11 +6,7 @@
 #include <QDomDocument>
 #include <QLabel>
 #include <QPushButton>
-#include <QResource>
-#include <QTranslator>
 #include <QtTest>
-
-#include <memory>
 
 namespace {
 

@@ -4,9 +4,7 @@
 #include "SoftwareUpdateClient.h"
 #include "SoftwareUpdateDialog.h"
 
-#include <QCoreApplication>
 #include <QLabel>
-#include <QTemporaryDir>
 #include <QtTest>
 
 /// A host application around a client, as tests need it: a settings store of its own, a window, ways to what is shown.
