@@ -197,7 +197,7 @@ private slots:
     {
         for (const char *text :
              { "2011-04-05 13:45:59", "2011-04-05", "05.04.2011", "2011-02-30", "2011-04-05 24:00:00",
-               "2011-04-05T13:45:59", "2011-04-05 ", "0000-01-01", "2011-0a-05", "" }) {
+               "2011-04-05T13:45:59", "2011-04-05 ", "0000-01-01", "2011-0a-05", "2011-04-0:", "" }) {
             const QDateTime date = DownloadManager::parseReleaseDate(text);
             const QDateTime asTime = QDateTime::fromString(text, "yyyy-MM-dd hh:mm:ss");
             const QDateTime asDay = QDateTime::fromString(text, "yyyy-MM-dd");
