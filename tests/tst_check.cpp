@@ -1,7 +1,6 @@
 // Checks against a real server: what is sent and when, and how each answer ends.
 #include "HttpServer.h"
 #include "LogCapture.h"
-
 #include "Row.h"
 #include "TestHost.h"
 
