@@ -28,6 +28,7 @@ const QString installationFailed = "Critical|Installation failed|Installation pr
 const unsigned Program = S_IFREG | 0755;
 const QByteArray showArguments = "#!/bin/sh\nprintf '%s\\n' $$ \"$0\" \"$@\"\n";
 const QByteArray zip = ZipBuilder::archive({ { "a", "x" } });
+const QByteArray largeZip = ZipBuilder::archive({ ZipItem("big", QByteArray(30 << 20, 'x')).deflate() });
 
 void writeProgram(const QString &path, const QByteArray &script)
 {
@@ -228,8 +229,7 @@ private slots:
         row("shell, no program", zip, words + self);
         row("no shell", package, QStringList { chooser, "waiting" });
         row("cancelled", package, QStringList { chooser, "not waiting" });
-        row("cancelled while it unpacks", ZipBuilder::archive({ ZipItem("big", QByteArray(30 << 20, 'x')).deflate() }),
-            QStringList { chooser, "cancelled", "waiting" });
+        row("cancelled while it unpacks", largeZip, QStringList { chooser, "cancelled", "waiting" });
         row("broken", package.left(99), QStringList { chooser, box, "thrown: " + broken, "not waiting" });
     }
     void zipInstaller()
@@ -287,7 +287,7 @@ private slots:
                     mayShowProgress |= widget->inherits("QProgressDialog") && timer->isActive();
             }
         };
-        InstallingHost host(serve(file, file.startsWith('p') ? HttpAnswer(zip) : HttpAnswer("gone", 404)));
+        InstallingHost host(serve(file, file.startsWith('p') ? HttpAnswer(zip) : HttpAnswer("", 404)));
         QTRY_COMPARE(clicker.boxes, box.isEmpty() ? QStringList { question } : (QStringList { question, box }));
         const QString target = log.lines().filter("downloadPackage() -> ").value(0).section(" to ", -1);
         line.replace("%1", target);
@@ -331,6 +331,15 @@ private slots:
             }
             QCOMPARE(clicker.boxes, QStringList { question });
         }
+    }
+
+    void unpackingOutlivesTheClient()
+    {
+        BoxClicker clicker({ "Proceed", "Restart later" });
+        auto host = std::make_unique<InstallingHost>(serve("p.zip", HttpAnswer(largeZip)));
+        QTRY_COMPARE(clicker.boxes.size(), 2);
+        host.reset();
+        QTRY_VERIFY(!QDirIterator(at("tmp"), { "p.zip" }, QDir::Files, QDirIterator::Subdirectories).hasNext());
     }
 
     void secondInstallBesideTheFirst()
