@@ -350,6 +350,11 @@ private slots:
         QSignalSpy held(server.get(), &HttpServer::held);
         InstallingHost host(serve("b.rpk", HttpAnswer("another")));
         QVERIFY(!held.isEmpty() || held.wait());
+        clicker.onBox = [&] { // meanwhile there is nothing left to install
+            server->route("http://updates.example/xml", HttpAnswer("<s/>"));
+            host.client.checkForUpdate();
+            QTRY_VERIFY(log.lines().last().endsWith("no update available"));
+        };
         emit host.availableDialog()->installPackage(1);
         const QStringList files =
             log.lines().filter("downloadPackage() -> ").replaceInStrings(QRegularExpression(".* to "), "");
