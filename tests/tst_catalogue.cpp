@@ -275,7 +275,7 @@ private slots:
         for (int i = 0; i < packages; ++i)
             xml += QByteArray(package).replace('%', QByteArray::number(i));
         xml += "</s>";
-        const qint64 before = peakKiB(true);
+        [[maybe_unused]] const qint64 before = peakKiB(true);
         QCOMPARE(parse(xml).size(), packages);
 #ifndef __SANITIZE_ADDRESS__
         const qint64 MiB = (peakKiB(false) - before) / 1024;
