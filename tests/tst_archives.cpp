@@ -123,8 +123,7 @@ private slots:
         row("markup in a name", { sound, { "../<img src='x'>", "x" } }, "'../?img src='x'>' leads out");
         row("name is not UTF-8", { sound, { "\xff", "x" } }, "cannot be read");
         row("link to an absolute path", { sound, { "l", "/etc", Link } }, "'l' is a link that leads out of its folder");
-        row("link to the parent", { sound, { "d/l", "../../d", Link } },
-            "'d/l' is a link that leads out of its folder");
+        row("link to the parent", { sound, { "d/l", "../../d", Link } }, "'d/l' is a link that leads out");
         row("links that add up", { sound, { "a/b/up", "../..", Link }, { "l", "a/b/up/..", Link } }, "'l' is a link");
         row("links that hide",
             { sound, { "l", "m", Link }, { "m", "a/b", Link }, { "a/b/x", "../..", Link }, { "out", "l/x/..", Link } },
@@ -226,7 +225,6 @@ private slots:
         write({});
         QCOMPARE(unzip(), QString());
         QVERIFY(QDir(out("")).isEmpty());
-
         writeMany();
         QCOMPARE(read(), QString());
         QCOMPARE(everything().size(), 1 + 300 + 66 + 1 + 1);
@@ -277,13 +275,10 @@ private slots:
     {
         write({ { "d/a", "a" } });
         Unzipper unzipper(package(), out(""), true);
-        QSignalSpy done(&unzipper, &Unzipper::unzippingDone);
         connect(&unzipper, &Unzipper::unzippingDone, [] { QCOMPARE(QThread::currentThread(), qApp->thread()); });
-        QVERIFY(done.wait());
-        QCOMPARE(done.constFirst().constFirst().toString(), out(""));
+        QVERIFY(QSignalSpy(&unzipper, &Unzipper::unzippingDone).wait());
         QCOMPARE(FileUtils::readBytes(out("a")), QByteArray("a"));
-        QVERIFY(unzipper.removeZipFile());
-        QVERIFY(!unzipper.removeZipFile() && !QFile::exists(package()));
+        QVERIFY(unzipper.removeZipFile() && !unzipper.removeZipFile() && !QFile::exists(package()));
     }
 
 private:

@@ -4,8 +4,6 @@
 #include "QtCompat.h"
 #include "Row.h"
 
-#include <QRandomGenerator>
-#include <QTranslator>
 #include <QtTest>
 
 using namespace qv;
@@ -206,7 +204,7 @@ private slots:
     void bestMatches()
     {
         PackageInfoList packages { package("1.2"),
-                                   package("1.3", "STABLE", { "linux", "mac" }),
+                                   package("1.3", "STABLE", { "lin", "linux", "mac" }),
                                    package("1.3", "STABLE", { "bsd" }),
                                    package("9", "STABLE", {}),
                                    package("1.0", "BETA", { "mac" }),

@@ -10,13 +10,9 @@
 #include "XmlTree.h"
 #include "XmlUtils.h"
 
-#include <QBuffer>
-#include <QRandomGenerator>
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <ctime>
-#include <memory>
 
 using namespace qv;
 
@@ -69,13 +65,11 @@ private slots:
                 text += "0019. .-abrc\xff"[random.bounded(13)];
             versions.emplace_back(text);
         }
+        std::sort(versions.begin(), versions.end());
         for (const VersionNumber &a : versions) {
-            QCOMPARE(VersionNumber::compare(a, a), 0);
             for (const VersionNumber &b : versions) {
                 QCOMPARE(VersionNumber::compare(a, b), -VersionNumber::compare(b, a));
-                for (const VersionNumber &c : versions)
-                    QVERIFY2(!(a <= b && b <= c) || a <= c,
-                             qPrintable(a.toString() + " / " + b.toString() + " / " + c.toString()));
+                QVERIFY2(&a > &b || a <= b, qPrintable(a.toString() + " / " + b.toString()));
             }
         }
     }
@@ -141,31 +135,25 @@ private slots:
         QVERIFY(capture.take().isEmpty());
     }
 
-    void queuedCalls_data()
-    {
-        columns<QByteArray, QByteArray, QString>("slot", "type", "seen");
-        row("name", QByteArray("plain"), QByteArray("QByteArray"), "plain x");
-        row("SLOT()", QByteArray(SLOT(plain(QByteArray))), QByteArray("QByteArray"), "plain x");
-        row("spelled with const", QByteArray("plain"), QByteArray("const QByteArray &"), "plain x");
-        row("registered alias", QByteArray("alias"), QByteArray("QByteArray"), "alias");
-        row("no such slot", QByteArray("other"), QByteArray("QByteArray"), QString());
-        row("other argument", QByteArray("none"), QByteArray("QByteArray"), QString());
-    }
     void queuedCalls()
     {
-        QFETCH(QByteArray, slot);
-        QFETCH(QByteArray, type);
-        QFETCH(QString, seen);
         qRegisterMetaType<QByteArray>("AliasOfBytes");
-        LogCapture capture;
-        Receiver receiver;
-        const QByteArray argument = "x";
-        QCOMPARE(invokeQueued(&receiver, slot, QGenericArgument(type, &argument)), !seen.isEmpty());
-        QVERIFY(receiver.seen.isEmpty());
-        QCoreApplication::processEvents();
-        QCOMPARE(receiver.seen.join('|'), seen);
-        QCOMPARE(capture.take().isEmpty(), !seen.isEmpty());
-        QVERIFY(!invokeQueued(nullptr, slot));
+        // slot, type of the argument as it is spelled, what the receiver sees
+        for (const QString words :
+             { "plain|QByteArray|plain x", "1plain(QByteArray)|QByteArray|plain x", "plain|const QByteArray &|plain x",
+               "alias|QByteArray|alias", "other|QByteArray|", "none|QByteArray|" }) {
+            const QByteArray slot = words.section('|', 0, 0).toLatin1(), type = words.section('|', 1, 1).toLatin1();
+            const QByteArray argument = "x";
+            const QString seen = words.section('|', 2);
+            LogCapture capture;
+            Receiver receiver;
+            QCOMPARE(invokeQueued(&receiver, slot, QGenericArgument(type, &argument)), !seen.isEmpty());
+            QVERIFY(receiver.seen.isEmpty());
+            QCoreApplication::processEvents();
+            QCOMPARE(receiver.seen.join('|'), seen);
+            QCOMPARE(capture.take().isEmpty(), !seen.isEmpty());
+            QVERIFY(!invokeQueued(nullptr, slot));
+        }
     }
 
     void treeEqualsDom_data()

@@ -63,6 +63,7 @@ void logFailure(const QString &line)
 void SoftwareUpdateClient::installPackage(int row)
 {
     d->selectedRows = { row };
+    const PackageInfo package = d->packages.value(row); // a check may bring others while the box is open
     const QPointer<SoftwareUpdateClient> self(this);
     const bool accepted = isAccepted(
         QCoreApplication::translate("SoftwareUpdateClient", "Install Package"),
@@ -79,7 +80,6 @@ void SoftwareUpdateClient::installPackage(int row)
         return;
     }
 
-    const PackageInfo package = d->packages.value(row);
     const QNetworkProxy proxy = networkProxy();
     const HttpHost host(HttpAccess(), HttpAccess(proxy.hostName(), proxy.port(), QString(), QString()), QString());
     // Deliberate: nobody keeps or frees the manager.

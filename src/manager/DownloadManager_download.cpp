@@ -85,9 +85,9 @@ void DownloadManager::downloadResult(const RequestPtr &request)
 
 void DownloadManager::abortDownload()
 {
+    d->httpClient.reset(); // first: later it would meet what waited behind the download
     for (const RequestPtr &request : std::exchange(d->downloads, {}))
         d->httpClient.drop(request);
-    d->httpClient.reset();
     emit downloadAborted();
 }
 

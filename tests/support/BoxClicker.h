@@ -1,11 +1,10 @@
 #pragma once
 
 #include <QApplication>
-#include <QEvent>
 #include <QFileDialog>
 #include <QMessageBox>
 #include <QPushButton>
-#include <QStringList>
+#include <QTimer>
 
 #include <functional>
 
@@ -31,11 +30,9 @@ public:
         if (event->type() != QEvent::Show)
             return false;
         if (auto *box = qobject_cast<QMessageBox *>(object))
-            QMetaObject::invokeMethod(
-                box, [this, box] { answer(box); }, Qt::QueuedConnection);
+            QTimer::singleShot(0, box, [this, box] { answer(box); });
         if (auto *dialog = qobject_cast<QFileDialog *>(object))
-            QMetaObject::invokeMethod(
-                dialog, [this, dialog] { choose(dialog); }, Qt::QueuedConnection);
+            QTimer::singleShot(0, dialog, [this, dialog] { choose(dialog); });
         return false;
     }
 

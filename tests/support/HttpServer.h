@@ -1,10 +1,7 @@
 #pragma once
 
-#include <QByteArray>
 #include <QHash>
 #include <QHostAddress>
-#include <QList>
-#include <QPair>
 #include <QTcpServer>
 #include <QUrl>
 
@@ -27,8 +24,7 @@ struct HttpAnswer
 
     HttpAnswer &header(const QByteArray &name, const QByteArray &value)
     {
-        headers.append({ name, value });
-        return *this;
+        return headers.append({ name, value }), *this;
     }
     /// So many "x" behind the body, made as they leave.
     HttpAnswer &generate(qint64 bytes) { return set(&HttpAnswer::generated, bytes); }
@@ -50,7 +46,7 @@ struct HttpAnswer
 
     int status;
     QByteArray body;
-    QList<QPair<QByteArray, QByteArray>> headers;
+    QList<std::pair<QByteArray, QByteArray>> headers;
     Framing framing = Counted;
     qint64 generated = 0;
     qint64 announced = -1; // the body's own length

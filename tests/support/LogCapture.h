@@ -2,7 +2,6 @@
 
 #include "LogQt.h"
 
-#include <QString>
 #include <QStringList>
 
 #include <iostream>

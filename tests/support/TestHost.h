@@ -4,9 +4,7 @@
 #include "SoftwareUpdateClient.h"
 #include "SoftwareUpdateDialog.h"
 
-#include <QCoreApplication>
 #include <QLabel>
-#include <QTemporaryDir>
 #include <QtTest>
 
 /// A host application around a client, as tests need it: a settings store of its own, a window, ways to what is shown.
@@ -32,8 +30,8 @@ public:
     static QVariant stored(const QString &key) { return store().value(key); }
 
     /// The dialogs that exist, hidden or not.
-    qv::SoftwareUpdateDialog *settingsDialog() const { return find<qv::SoftwareUpdateDialog>(); }
-    qv::SoftwareUpdateAvailableDialog *availableDialog() const { return find<qv::SoftwareUpdateAvailableDialog>(); }
+    auto *settingsDialog() const { return window.findChild<qv::SoftwareUpdateDialog *>(); }
+    auto *availableDialog() const { return window.findChild<qv::SoftwareUpdateAvailableDialog *>(); }
 
     QString notification() const { return settingsDialog()->findChild<QLabel *>("updateNotificationLabel")->text(); }
 
@@ -43,11 +41,5 @@ public:
     QWidget window;
 
 private:
-    template<class Dialog>
-    Dialog *find() const
-    {
-        return window.findChild<Dialog *>();
-    }
-
     QTemporaryDir home;
 };
