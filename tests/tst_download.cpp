@@ -3,6 +3,7 @@
 #include "DownloadManager.h"
 #include "HttpServer.h"
 #include "Row.h"
+#include "SmallDisk.h"
 
 #include <QtTest>
 
@@ -37,6 +38,8 @@ struct Witness : QObject
             isDone = deleteAt == QLatin1Char(letter) || letter == 's' || letter == 'f';
             if (deleteAt == QLatin1Char(letter))
                 delete manager;
+            if (isDone)
+                end.quit();
         };
         const auto noteOf = [=](char letter) {
             return [=](const PackageInfo &p, const QString &f) {
@@ -59,7 +62,9 @@ struct Witness : QObject
     /// True when that came to an end, with these signals.
     bool saw(const QString &signalsSeen)
     {
-        (void)QTest::qWaitFor([this] { return isDone; }, 60'000);
+        QTimer::singleShot(60'000, &end, &QEventLoop::quit);
+        if (!isDone)
+            end.exec();
         if (order != signalsSeen)
             qWarning("signals: %s", qPrintable(order));
         return order == signalsSeen;
@@ -70,6 +75,7 @@ struct Witness : QObject
     QString fileName;
     int status = -1;
     bool isDone = false;
+    QEventLoop end;
 };
 
 } // namespace
@@ -142,6 +148,21 @@ private slots:
             Witness witness(manager.get());
             manager->startDownload(package(10), target);
             QVERIFY2(witness.saw("BFf") && witness.status == 200, target);
+        }
+    }
+
+    void leavesRoomOnTheDisk()
+    {
+        const SmallDisk disk(folder->path().toLocal8Bit(), 70);
+        if (!disk.isMounted())
+            QSKIP("This user may not mount a small disk.");
+        proxy->route(PackageTarget, HttpAnswer().generate(HttpAnswer::Endless));
+        for (const qint64 size : { 0 * MiB, 40 * MiB }) {
+            Witness witness(manager.get());
+            manager->startDownload(package(size), path);
+            QVERIFY(QTest::qWaitFor([&] { return !manager->isQueryBusy(); }, 60'000));
+            QCOMPARE(witness.order, QString(size == 0 ? "" : "BFf"));
+            QVERIFY(QFileInfo(path).size() <= 12 * MiB);
         }
     }
 

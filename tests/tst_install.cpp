@@ -42,7 +42,8 @@ struct InstallingHost : TestHost
     explicit InstallingHost(int port) : client("P", VersionNumber("1.0"), "http://updates.example/xml", &window)
     {
         NodeDB::getDB().setGlobalProxy(NetworkProxy("127.0.0.1", port));
-        set("supportedPackageTypes", "mpkg,zip,ZIP,msi,deb,rpk,tar.gz,bin");
+        for (const char *key : { "supportedPackageTypes", "installablePackageTypes" })
+            set(key, "mpkg,zip,ZIP,msi,deb,rpk,tar.gz,bin");
         client.checkForUpdate();
         QTRY_VERIFY(availableDialog() && availableDialog()->isVisible());
         emit availableDialog()->installPackage(0);
@@ -340,6 +341,19 @@ private slots:
         QTRY_COMPARE(clicker.boxes.size(), 2);
         host.reset();
         QTRY_VERIFY(!QDirIterator(at("tmp"), { "p.zip" }, QDir::Files, QDirIterator::Subdirectories).hasNext());
+    }
+
+    void typeIsAskedForAgain()
+    {
+        BoxClicker clicker({ "Proceed" });
+        QSignalSpy held(server.get(), &HttpServer::held);
+        InstallingHost host(serve("p.deb", HttpAnswer("content").holdAfter(3)));
+        QVERIFY(!held.isEmpty() || held.wait());
+        host.set("installablePackageTypes", "zip");
+        server->release();
+        QTRY_COMPARE(clicker.boxes.size(), 2);
+        QVERIFY(clicker.boxes.last().contains("Unknown package type!"));
+        QTRY_COMPARE(temporary(), QStringList());
     }
 
     void secondInstallBesideTheFirst()

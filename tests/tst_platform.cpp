@@ -215,6 +215,7 @@ private slots:
         row("too many elements", "<a>" + QByteArray("<b/>").repeated(1'000'000) + "</a>");
         row("too long", "<a>" + QByteArray((16 << 20) + 1, 'x') + "</a>");
         row("UTF-32", QByteArray("<\0\0\0a\0\0\0/\0\0\0>\0\0\0", 16));
+        row("UTF-32 with a mark", QByteArray("\xff\xfe\0\0<\0\0\0a\0\0\0/\0\0\0>\0\0\0", 20));
         row("UTF-16 without end", QByteArray("\xfe\xff\0<", 4));
         row("tree only: names without end", manyNames + "</a>");
     }

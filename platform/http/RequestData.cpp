@@ -7,6 +7,8 @@
 
 #include <algorithm>
 
+#include <sys/statvfs.h>
+
 namespace qv {
 
 namespace {
@@ -32,6 +34,15 @@ QString charsetOf(const QString &type)
     return QString();
 }
 
+constexpr qint64 bytesBetweenLooks = 4LL * 1024 * 1024;
+constexpr quint64 diskReserve = 64ULL * 1024 * 1024; // left to everybody else
+
+bool isDiskFull(const QFileDevice *file)
+{
+    struct statvfs disk;
+    return file && fstatvfs(file->handle(), &disk) == 0 && quint64(disk.f_bavail) * disk.f_frsize < diskReserve;
+}
+
 } // namespace
 
 RequestData::RequestData()
@@ -47,12 +58,17 @@ QString RequestData::getResponseText() const
     return latin1Names.contains(charset) ? QString::fromLatin1(buffer.data()) : QString::fromUtf8(buffer.data());
 }
 
-// False when the request is to end here: the target takes no more, or the body has got too long.
+// False when the request is to end here: the target takes no more, or the body has got too long, for its disk too.
 bool RequestData::append(const char *bytes, qint64 size)
 {
     QIODevice *target = isKept ? &buffer : output.data();
     if (!target || !target->isWritable())
         return false;
+    if (received >= nextLookAtDisk) {
+        nextLookAtDisk += bytesBetweenLooks;
+        if (isDiskFull(qobject_cast<QFileDevice *>(target)))
+            maxBodySize = received;
+    }
     const qint64 taken = std::min(size, maxBodySize - received);
     const qint64 written = target->write(bytes, taken);
     received += std::max<qint64>(written, 0);

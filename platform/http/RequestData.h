@@ -44,7 +44,8 @@ public:
     qint64 bodySize() const { return received; }
 
     /// A body that is longer ends there, and with it the request. So an endless one fills neither memory nor disk.
-    /// Unless set: maxBytesKept for a body that stays in the request, no limit with an output device.
+    /// Unless set: maxBytesKept for a body that stays in the request, no limit with an output device. A file ends, too,
+    /// where it would leave less than 64 MiB of its disk free.
     void setMaxBodySize(qint64 bytes) { maxBodySize = std::max<qint64>(bytes, 0); }
     static constexpr qint64 maxBytesKept = 32LL * 1024 * 1024;
 
@@ -82,6 +83,7 @@ private:
     HttpHeader header;
     QList<QUrl> visited;
     qint64 received = 0;
+    qint64 nextLookAtDisk = 0;
     qint64 announced = -1;
     bool cut = false;
 };

@@ -114,6 +114,8 @@ bool isPlainEncoding(const QByteArray &name)
 /// @p bytes as text where they are UTF-16; null where they can be read as they are.
 QString recode(const QByteArray &bytes)
 {
+    if (bytes.startsWith(QByteArray("\xff\xfe\0\0", 4))) // the mark of UTF-32 begins like that of UTF-16
+        refuse("unknown encoding");
     if (hasUtf16Mark(bytes))
         return QString::fromUtf16(reinterpret_cast<const char16_t *>(bytes.constData()), int(bytes.size() / 2));
     if (bytes.contains('\0'))

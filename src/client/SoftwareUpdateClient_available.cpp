@@ -82,7 +82,7 @@ void SoftwareUpdateClient::manageUpdateAvailableDialog(const SoftUpIndexList &ro
         return;
     }
     const PackageInfo package = d->packages.at(rows.first());
-    d->availableDialog->setInstallButtonState(d->currentSettings().installablePackageTypes.contains(package.suffix));
+    d->availableDialog->setInstallButtonState(d->isInstallable(package));
     d->availableDialog->setRealeaseNotesButtonState(!package.releaseNotes.value(defaultLanguage).isEmpty());
     d->availableDialog->setCommentText(packageComment(package));
 }

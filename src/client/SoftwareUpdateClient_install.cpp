@@ -64,6 +64,7 @@ void SoftwareUpdateClient::installPackage(int row)
 {
     d->selectedRows = { row };
     const PackageInfo package = d->packages.value(row); // a check may bring others while the box is open
+    const bool wasInstallable = d->isInstallable(package);
     const QPointer<SoftwareUpdateClient> self(this);
     const bool accepted = isAccepted(
         QCoreApplication::translate("SoftwareUpdateClient", "Install Package"),
@@ -94,7 +95,7 @@ void SoftwareUpdateClient::installPackage(int row)
     // Deliberate: a second download beside the first goes on unheard.
     if (!d->progressDialog) {
         d->progressDialog = new QProgressDialog(d->availableDialog, d->windowFlags);
-        d->lastDownload = { package, file, d->progressDialog };
+        d->lastDownload = { package, file, d->progressDialog, wasInstallable };
         d->downloads.insert(manager, d->lastDownload);
         d->progressDialog->setLabelText(
             QCoreApplication::translate("SoftwareUpdateClient", "Downloading package to temporary folder..."));
@@ -105,6 +106,11 @@ void SoftwareUpdateClient::installPackage(int row)
         qv::connect(manager, SIGNAL(downloadAborted()), this, SLOT(abortDownload()));
     }
     manager->startDownload(package, file);
+}
+
+bool SoftwareUpdateClientPrivate::isInstallable(const PackageInfo &package) const
+{
+    return currentSettings().installablePackageTypes.contains(package.suffix);
 }
 
 /// What @p manager was to fetch. Where a slot is called by name, without a manager: what was begun last.
@@ -155,8 +161,9 @@ void SoftwareUpdateClient::downloadFinished()
     d->closeProgress(download);
     if (d->availableDialog)
         deleteUpdateAvailableDialog();
+    const bool isForbidden = download.wasInstallable && !d->isInstallable(download.package); // by now
     for (const auto &routine : routines) {
-        if (routine.suffix == download.package.suffix)
+        if (routine.suffix == download.package.suffix && !isForbidden)
             return (d.get()->*routine.install)(download);
     }
     d->failDownload(

@@ -43,6 +43,7 @@ public:
         PackageInfo package;
         QString file;
         QPointer<QProgressDialog> dialog;
+        bool wasInstallable = false; // when Install was pressed
     };
 
     explicit SoftwareUpdateClientPrivate(SoftwareUpdateClient *client);
@@ -64,6 +65,7 @@ public:
     void showNotification(const QString &text);
     void offerNothing();
 
+    bool isInstallable(const PackageInfo &package) const;
     Download downloadOf(const QObject *manager) const;
     Download takeDownload(const QObject *manager);
     void closeProgress(const Download &download);

@@ -122,8 +122,8 @@ public:
     /// languages and links add up over all of them (docs/catalogue.md).
     ///
     /// What is not well-formed XML, or is made to exhaust time or memory (see XmlUtils::parseXml(); likewise packages
-    /// that would take more than 64 MiB for what they inherit and cannot share, or tables and indexes too long to walk), gives an empty list and a line in the
-    /// log.
+    /// that would take more than 64 MiB for what they inherit and cannot share, or tables and indexes too long to
+    /// walk), gives an empty list and a line in the log.
     static PackageInfoList parseXML(QIODevice *device);
 
     /// The same rules for single nodes of a DOM: appends the packages of @p set; fills the catalogue's fields of
@@ -201,7 +201,8 @@ public slots:
     ///
     /// Success is a file at least as long as announced, whatever the server's status. A body that is maxSurplusBytes
     /// longer still is cut there, and a failure; so is a download that takes longer than its size at 1 KiB a second, or
-    /// an hour. Deliberate: it leaves for port 80 over plain HTTP whatever the URL says.
+    /// an hour, and one that would leave less than 64 MiB of the disk free. Deliberate: it leaves for port 80 over
+    /// plain HTTP whatever the URL says.
     void startDownload(const PackageInfo &package, const QString &path);
 
     /// Drops whatever runs, a query too, and the downloads that wait behind it: they emit nothing any more. Emits
