@@ -192,6 +192,10 @@ private slots:
                 QCOMPARE(t.table.isRowHidden(row), hidden.contains(row));
         }
         QCOMPARE(t.told.mid(1), (QList<Rows> { { 2, 3 }, {} })); // what is hidden is no longer selected
+        t.table.selectRow(0);
+        for (const Qt::Key key : { Qt::Key_Down, Qt::Key_Down, Qt::Key_Up }) // grows past row 1, then shrinks
+            QTest::keyClick(&t.table, key, Qt::ShiftModifier);
+        QCOMPARE(t.told.last(), (Rows { 0, 2 }));
     }
 
     void selection_data()

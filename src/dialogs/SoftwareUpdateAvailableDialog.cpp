@@ -202,16 +202,25 @@ void SoftwareUpdateAvailableDialog::currentItemsChanged()
         selectionChanges = 0;
 }
 
+// What stays is selected anew, in one go: many rows taken off one selection would take the square of their number.
 void SoftwareUpdateAvailableDialog::deselectHiddenRows()
 {
     const QTableWidget &table = *ui->tableWidget;
-    QItemSelection hidden;
-    for (int row = 0; row < table.rowCount(); ++row) {
-        if (table.isRowHidden(row) && table.selectionModel()->rowIntersectsSelection(row, QModelIndex()))
-            hidden.select(table.model()->index(row, 0), table.model()->index(row, table.columnCount() - 1));
+    const QItemSelection selection = table.selectionModel()->selection();
+    QItemSelection visible;
+    bool isAnyHidden = false;
+    for (const QItemSelectionRange &range : selection) {
+        for (int row = range.top(), first = row; row <= range.bottom() + 1; ++row) {
+            if (row <= range.bottom() && !table.isRowHidden(row))
+                continue;
+            if (first < row)
+                visible.select(table.model()->index(first, range.left()), table.model()->index(row - 1, range.right()));
+            isAnyHidden = isAnyHidden || row <= range.bottom();
+            first = row + 1;
+        }
     }
-    if (!hidden.isEmpty())
-        table.selectionModel()->select(hidden, QItemSelectionModel::Deselect);
+    if (isAnyHidden)
+        table.selectionModel()->select(visible, QItemSelectionModel::ClearAndSelect);
 }
 
 void SoftwareUpdateAvailableDialog::moveCurrentIntoSelection()
