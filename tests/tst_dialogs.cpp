@@ -292,6 +292,16 @@ private slots:
             QCOMPARE(image.value<QImage>().size(), QSize(1, 1));
         }
         QVERIFY(!t.comment.isHidden() && t.comment.toPlainText().startsWith("Viewer"));
+        for (const char *link : { "/etc/passwd", "file:///etc/passwd", "smb://h/x", "https://h/x" }) {
+            opened.clear();
+            t.dialog.setCommentText(QString("<a href=\"%1\">%1</a>").arg(link));
+            QDesktopServices::setUrlHandler(QUrl(link).scheme(), this, "open");
+            QTest::mouseClick(t.comment.viewport(), Qt::LeftButton, {},
+                              t.comment.cursorRect().bottomLeft() + QPoint(9, -5));
+            QDesktopServices::unsetUrlHandler(QUrl(link).scheme());
+            QCOMPARE(t.comment.toPlainText(), QString(link));
+            QCOMPARE(opened.size(), link[4] == 's' ? 1 : 0);
+        }
         t.dialog.setCommentText(QString());
         QVERIFY(t.comment.isHidden());
     }

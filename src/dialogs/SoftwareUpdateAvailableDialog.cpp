@@ -2,10 +2,12 @@
 // Made and driven by the client, which knows the packages behind the rows.
 #include "SoftwareUpdateAvailableDialog.h"
 
+#include "BrowserLinks.h"
 #include "LogQt.h"
 
 #include "ui_SoftwareUpdateAvailableGui.h"
 
+#include <QDesktopServices>
 #include <QPointer>
 #include <QRegularExpression>
 #include <QScreen>
@@ -64,6 +66,7 @@ SoftwareUpdateAvailableDialog::SoftwareUpdateAvailableDialog(QWidget *parent, Qt
     qRegisterMetaType<SoftUpIndexList>("SoftUpIndexList"); // so that queued connections find the type by this name
     ui->setupUi(this);
     ui->commentText->setDocument(new ClosedDocument(ui->commentText));
+    ui->commentText->setOpenLinks(false); // of itself it would also show what a link to a file of this machine names
     ui->qvLinkLabel->setText(withWholeLinks(ui->qvLinkLabel->text()));
     const QString links = linkStyle(palette());
     if (!links.isEmpty()) {
@@ -77,6 +80,10 @@ SoftwareUpdateAvailableDialog::SoftwareUpdateAvailableDialog(QWidget *parent, Qt
     connect(ui->installPushButton, &QPushButton::clicked, this, &Dialog::installPackagePressed);
     connect(ui->releaseNotesPushButton, &QPushButton::clicked, this, &Dialog::releaseNotesPressed);
     connect(ui->tableWidget, &QTableWidget::itemSelectionChanged, this, &Dialog::currentItemsChanged);
+    connect(ui->commentText, &QTextBrowser::anchorClicked, this, [](const QUrl &url) {
+        if (isForBrowser(url))
+            QDesktopServices::openUrl(url);
+    });
     connect(ui->showAllLanguagesCheckBox, &QCheckBox::clicked, this, &Dialog::showAllLanguagesPressed);
     connect(ui->updateSettingsPushButton, &QPushButton::clicked, this, &Dialog::openUpdateSettings);
 
