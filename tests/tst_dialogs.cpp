@@ -192,6 +192,10 @@ private slots:
                 QCOMPARE(t.table.isRowHidden(row), hidden.contains(row));
         }
         QCOMPARE(t.told.mid(1), (QList<Rows> { { 2, 3 }, {} })); // what is hidden is no longer selected
+        t.table.selectRow(0);
+        for (const Qt::Key key : { Qt::Key_Down, Qt::Key_Down, Qt::Key_Up }) // grows past row 1, then shrinks
+            QTest::keyClick(&t.table, key, Qt::ShiftModifier);
+        QCOMPARE(t.told.last(), (Rows { 0, 2 }));
     }
 
     void selection_data()
@@ -288,13 +292,15 @@ private slots:
             QCOMPARE(image.value<QImage>().size(), QSize(1, 1));
         }
         QVERIFY(!t.comment.isHidden() && t.comment.toPlainText().startsWith("Viewer"));
-        for (const QString &link : { file, QUrl::fromLocalFile(file).toString() }) {
-            t.dialog.setCommentText(QString("Viewer <a href=\"%1\">link</a>").arg(link));
-            t.dialog.show();
-            t.comment.setFocus();
-            QTest::keyClick(&t.comment, Qt::Key_Tab);
-            QTest::keyClick(&t.comment, Qt::Key_Return);
-            QVERIFY2(t.comment.toPlainText().startsWith("Viewer"), qPrintable(link));
+        for (const char *link : { "/etc/passwd", "file:///etc/passwd", "smb://h/x", "https://h/x" }) {
+            opened.clear();
+            t.dialog.setCommentText(QString("<a href=\"%1\">%1</a>").arg(link));
+            QDesktopServices::setUrlHandler(QUrl(link).scheme(), this, "open");
+            QTest::mouseClick(t.comment.viewport(), Qt::LeftButton, {},
+                              t.comment.cursorRect().bottomLeft() + QPoint(9, -5));
+            QDesktopServices::unsetUrlHandler(QUrl(link).scheme());
+            QCOMPARE(t.comment.toPlainText(), QString(link));
+            QCOMPARE(opened.size(), link[4] == 's' ? 1 : 0);
         }
         t.dialog.setCommentText(QString());
         QVERIFY(t.comment.isHidden());

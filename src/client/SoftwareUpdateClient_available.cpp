@@ -2,6 +2,7 @@
 // languages, links opened in the browser. Called when a check found something, then by the dialog's signals.
 #include "SoftwareUpdateClient_p.h"
 
+#include "BrowserLinks.h"
 #include "ConnectHelpers.h"
 #include "Kinds.h"
 #include "LogQt.h"
@@ -19,11 +20,10 @@ namespace qv {
 
 namespace {
 
-/// Other schemes would start whatever program the desktop has for them. An empty link is opened too, and does nothing.
+/// An empty link is opened too, and does nothing.
 void openInBrowser(const QUrl &url, const char *refusal)
 {
-    static const QStringList schemes { QStringLiteral("http"), QStringLiteral("https"), QStringLiteral("ftp") };
-    if (url.isEmpty() || schemes.contains(url.scheme()))
+    if (url.isEmpty() || isForBrowser(url))
         QDesktopServices::openUrl(url);
     else
         LogQt::write(Log::Error, QLatin1String(refusal) + url.toString());

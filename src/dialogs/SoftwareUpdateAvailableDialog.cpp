@@ -2,6 +2,7 @@
 // Made and driven by the client, which knows the packages behind the rows.
 #include "SoftwareUpdateAvailableDialog.h"
 
+#include "BrowserLinks.h"
 #include "LogQt.h"
 
 #include "ui_SoftwareUpdateAvailableGui.h"
@@ -65,6 +66,7 @@ SoftwareUpdateAvailableDialog::SoftwareUpdateAvailableDialog(QWidget *parent, Qt
     qRegisterMetaType<SoftUpIndexList>("SoftUpIndexList"); // so that queued connections find the type by this name
     ui->setupUi(this);
     ui->commentText->setDocument(new ClosedDocument(ui->commentText));
+    ui->commentText->setOpenLinks(false); // of itself it would also show what a link to a file of this machine names
     ui->qvLinkLabel->setText(withWholeLinks(ui->qvLinkLabel->text()));
     const QString links = linkStyle(palette());
     if (!links.isEmpty()) {
@@ -78,17 +80,12 @@ SoftwareUpdateAvailableDialog::SoftwareUpdateAvailableDialog(QWidget *parent, Qt
     connect(ui->installPushButton, &QPushButton::clicked, this, &Dialog::installPackagePressed);
     connect(ui->releaseNotesPushButton, &QPushButton::clicked, this, &Dialog::releaseNotesPressed);
     connect(ui->tableWidget, &QTableWidget::itemSelectionChanged, this, &Dialog::currentItemsChanged);
+    connect(ui->commentText, &QTextBrowser::anchorClicked, this, [](const QUrl &url) {
+        if (isForBrowser(url))
+            QDesktopServices::openUrl(url);
+    });
     connect(ui->showAllLanguagesCheckBox, &QCheckBox::clicked, this, &Dialog::showAllLanguagesPressed);
     connect(ui->updateSettingsPushButton, &QPushButton::clicked, this, &Dialog::openUpdateSettings);
-
-    // The box itself would load what a link names, a device without end too.
-    ui->commentText->setOpenLinks(false);
-    connect(ui->commentText, &QTextBrowser::anchorClicked, this, [](const QUrl &url) {
-        for (const char *scheme : { "http", "https", "ftp" }) {
-            if (url.scheme() == QLatin1String(scheme))
-                QDesktopServices::openUrl(url);
-        }
-    });
 
     ui->tableWidget->setEditTriggers(QAbstractItemView::NoEditTriggers);
     ui->installPushButton->setDefault(true);
@@ -212,16 +209,25 @@ void SoftwareUpdateAvailableDialog::currentItemsChanged()
         selectionChanges = 0;
 }
 
+// What stays is selected anew, in one go: many rows taken off one selection would take the square of their number.
 void SoftwareUpdateAvailableDialog::deselectHiddenRows()
 {
     const QTableWidget &table = *ui->tableWidget;
-    QItemSelection hidden;
-    for (int row = 0; row < table.rowCount(); ++row) {
-        if (table.isRowHidden(row) && table.selectionModel()->rowIntersectsSelection(row, QModelIndex()))
-            hidden.select(table.model()->index(row, 0), table.model()->index(row, table.columnCount() - 1));
+    const QItemSelection selection = table.selectionModel()->selection();
+    QItemSelection visible;
+    bool isAnyHidden = false;
+    for (const QItemSelectionRange &range : selection) {
+        for (int row = range.top(), first = row; row <= range.bottom() + 1; ++row) {
+            if (row <= range.bottom() && !table.isRowHidden(row))
+                continue;
+            if (first < row)
+                visible.select(table.model()->index(first, range.left()), table.model()->index(row - 1, range.right()));
+            isAnyHidden = isAnyHidden || row <= range.bottom();
+            first = row + 1;
+        }
     }
-    if (!hidden.isEmpty())
-        table.selectionModel()->select(hidden, QItemSelectionModel::Deselect);
+    if (isAnyHidden)
+        table.selectionModel()->select(visible, QItemSelectionModel::ClearAndSelect);
 }
 
 void SoftwareUpdateAvailableDialog::moveCurrentIntoSelection()

@@ -45,7 +45,7 @@ public:
     void setHiddenEntries(const SoftUpIndexList &rows);
 
     /// Shows @p text, which is rich text, below the table; an empty one hides the box. Images and other resources that
-    /// the text refers to are never loaded.
+    /// the text refers to are never loaded. Its links open in the browser: those to http, https and ftp.
     void setCommentText(const QString &text);
 
     bool getShowAllLanguagesState() const; ///< whether "Show all languages" is checked
