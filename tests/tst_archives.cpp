@@ -146,6 +146,11 @@ private slots:
         row("beyond all numbers", { ZipItem("a", "x").announce(~0ull >> 1), ZipItem("b", "x").announce(~0ull >> 1) },
             "'b' cannot be as large as it says");
 
+        QList<ZipItem> deep;
+        for (int i = 0; i < 70; ++i)
+            deep << ZipItem(QByteArray::number(i) + '/' + deepest.mid(2), "x");
+        row("folders without number", deep, "too many folders");
+
         const QByteArray zip = ZipBuilder::archive({ { "a", "text" }, { "b", noise(99) } });
         ::row("nothing", QByteArray(), "");
         ::row("noise", noise(100000), "");

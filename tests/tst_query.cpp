@@ -149,6 +149,15 @@ private slots:
         }
     }
 
+    void slotsOutOfTurn()
+    {
+        DownloadManager manager(server->url("/c"));
+        QSignalSpy finished(&manager, &DownloadManager::queryFinished);
+        for (const char *slot : { "queryResult", "downloadStarting", "downloadResult", "releaseNotesResult" })
+            QVERIFY(QMetaObject::invokeMethod(&manager, slot, Q_ARG(RequestPtr, RequestPtr())));
+        QVERIFY(finished.isEmpty());
+    }
+
     void abortDropsAQuery()
     {
         server->route("/c", HttpAnswer(TwoPackages).holdAfter(10));

@@ -34,6 +34,7 @@ constexpr quint64 diskReserve = 64 * 1024 * 1024;
 // Text deflates to a tenth, logs to a fiftieth; only long runs of one value come near deflate's own limit of 1030.
 constexpr quint64 maxRatio = 250;
 constexpr quint64 alwaysAllowed = 32 * 1024 * 1024;
+constexpr quint64 bytesOfFolder = 4096; // on most disks
 constexpr mode_t keptMode = 0755;
 
 struct Cancelled
@@ -155,6 +156,8 @@ private:
     QHash<QByteArray, QByteArray> targets; // of the links
     quint64 written = 0;
     quint64 total = 0;
+    quint64 limit = 0; // of that and of what folders take
+    quint64 takenByFolders = 0;
 };
 
 Extraction::Extraction(QFile &file, const QString &folder, const ZipProgress &callback)
@@ -196,7 +199,8 @@ void Extraction::checkLimits(const std::vector<ZipEntry> &entries)
             refuse(entry, QStringLiteral("cannot be as large as it says"));
         total += entry.size;
     }
-    if (total > std::max(alwaysAllowed, quint64(archive.size()) * maxRatio))
+    limit = std::max(alwaysAllowed, quint64(archive.size()) * maxRatio);
+    if (total > limit)
         refuse(QStringLiteral("would unpack to %1 times its size").arg(total / quint64(archive.size())));
     struct statvfs disk;
     if (fstatvfs(root, &disk) == 0 && total + diskReserve > quint64(disk.f_bavail) * disk.f_frsize)
@@ -280,6 +284,9 @@ void Extraction::makeFolders(const ZipEntry &entry, const QByteArray &path)
     if (result != 0 && (errno != EEXIST || !isFolder(path)))
         refuseBySystem(entry);
     lastMade = path;
+    takenByFolders += result == 0 ? bytesOfFolder : 0;
+    if (total + takenByFolders > limit)
+        refuse(QStringLiteral("would unpack to too many folders"));
 }
 
 void Extraction::makeLinks()

@@ -48,9 +48,9 @@ public:
     /// 0755, never set-uid, set-gid or sticky.
     ///
     /// Throws when a name is not in the archive, for links that lead outside, special files, and two entries of one
-    /// place; when sizes or checksums are wrong; when all would be larger than 32 MiB and 250 times the archive, or
-    /// would leave less than 64 MiB of the disk free. After an exception or a cancellation @p folder is empty; removing
-    /// thousands of files takes its time.
+    /// place; when sizes or checksums are wrong; when all, with 4 KiB for each folder, would be larger than 32 MiB and
+    /// 250 times the archive, or would leave less than 64 MiB of the disk free. After an exception or a cancellation @p
+    /// folder is empty; removing thousands of files takes its time.
     void extractFiles(const QStringList &names, const QString &folder, bool flat);
 
 private:

@@ -50,6 +50,8 @@ RequestPtr DownloadManagerPrivate::prepareGet(const QUrl &url, QObject *receiver
 
 void DownloadManager::downloadStarting(const RequestPtr &request)
 {
+    if (!request)
+        return;
     const auto *package = std::any_cast<PackageInfo>(&request->userData);
     const auto *file = qobject_cast<QFile *>(request->outputDevice());
     if (package && file && package->fileSize != 0)
@@ -58,6 +60,8 @@ void DownloadManager::downloadStarting(const RequestPtr &request)
 
 void DownloadManager::downloadResult(const RequestPtr &request)
 {
+    if (!request)
+        return;
     d->downloads.removeAll(request);
     auto *package = std::any_cast<PackageInfo>(&request->userData);
     auto *file = qobject_cast<QFile *>(request->outputDevice());
@@ -104,8 +108,11 @@ void DownloadManager::downloadReleaseNotes(const QUrl &url)
 
 void DownloadManager::releaseNotesResult(const RequestPtr &request)
 {
+    const QUrl *url = request ? std::any_cast<QUrl>(&request->userData) : nullptr;
+    if (!url)
+        return;
     const QString text = request->statusCode() == 200 ? request->getResponseText() : QString();
-    emit releaseNotesDownloaded(std::any_cast<QUrl>(request->userData), text);
+    emit releaseNotesDownloaded(*url, text);
 }
 
 } // namespace qv

@@ -46,6 +46,8 @@ void DownloadManager::queryUpdate(const PackageInfo &filter, QObject *callbackRe
 
 void DownloadManager::queryResult(const RequestPtr &resp)
 {
+    if (!resp)
+        return;
     const HttpHeader &header = resp->responseHeader();
     if (header.hasKey(setCookie))
         d->cookie = header.value(setCookie);
@@ -73,7 +75,7 @@ void DownloadManager::queryResult(QIODevice *input, RequestData *data)
     }
     d->forgetOldest();
     // Deliberate: the filter plays no part, everybody gets the whole catalogue.
-    if (data->callbackReceiver && !data->callbackSlot.isNull())
+    if (data && data->callbackReceiver && !data->callbackSlot.isNull())
         invokeQueued(data->callbackReceiver, data->callbackSlot.constData(), Q_ARG(qv::PackageInfoList, packages));
     if (packages.isEmpty())
         emit noPackageFound();
