@@ -177,7 +177,7 @@ void HttpClient::next()
     phase = current ? Waiting : Idle;
     if (current) {
         QMetaObject::invokeMethod(this, &HttpClient::start, Qt::QueuedConnection);
-    } else if (network) { // with its thread and its connections
+    } else if (network && !isHeadEndless) { // with its thread and its connections
         network->deleteLater();
         network = nullptr;
     }
@@ -278,6 +278,9 @@ void HttpClient::dropReply()
     progressTimer.stop();
     roundTimer.stop();
     if (QNetworkReply *dropped = std::exchange(reply, nullptr)) {
+        // A server may send header lines for ever; Qt reads them for ever, and its manager then takes 5 s to be
+        // deleted.
+        isHeadEndless = isHeadEndless || (!dropped->isFinished() && current->status == 0);
         dropped->disconnect(this);
         dropped->abort();
         dropped->deleteLater();

@@ -116,6 +116,7 @@ private:
     int msStallDelay = msStallLimit;
     QNetworkAccessManager *network = nullptr; // made with the first request: the first of a process is costly
     QNetworkReply *reply = nullptr;           // while Running
+    bool isHeadEndless = false;               // or may be: the manager stays then
     Phase phase = Idle;
     RequestPtr current;
     QList<RequestPtr> waiting;
