@@ -69,11 +69,11 @@ void refuseLongDtd(const QByteArray &bytes)
     if (bytes.mid(int(position), 9) != "<!DOCTYPE")
         return;
     const qsizetype end = std::min(position + maxDtdLength, qsizetype(bytes.size()));
-    char quote = 0;
+    char quote = '\0';
     for (int depth = 0; position < end; ++position) {
         const char c = bytes.at(int(position));
-        if (quote != 0)
-            quote = c == quote ? 0 : quote;
+        if (quote != '\0')
+            quote = c == quote ? '\0' : quote;
         else if (const qsizetype next = behindAside(bytes, position); next != position)
             position = next - 1;
         else if (c == '"' || c == '\'')
