@@ -1,5 +1,4 @@
-// Guards QXmlStreamReader against documents made to exhaust time or memory. Called by XmlTree and
-// by XmlUtils.
+// Guards QXmlStreamReader against documents made to exhaust time or memory. Called by XmlTree and by XmlUtils.
 #include "XmlReader.h"
 
 #include "ParseException.h"
