@@ -12,16 +12,15 @@
 #include <QMap>
 
 #include <algorithm>
+#include <array>
 
 namespace qv {
 
 namespace {
 
-const QString ignoreOption = QStringLiteral("ignore");
-const QStringList kinds = { QStringLiteral("url"),      QStringLiteral("port"),      QStringLiteral("suffix"),
-                            QStringLiteral("size"),     QStringLiteral("date"),      QStringLiteral("platform"),
-                            QStringLiteral("release"),  QStringLiteral("status"),    QStringLiteral("order"),
-                            QStringLiteral("spelling"), QStringLiteral("duplicate"), QStringLiteral("languages") };
+constexpr QLatin1String ignoreOption("ignore");
+constexpr std::array kinds = { "url",     "port",   "suffix", "size",     "date",      "platform",
+                               "release", "status", "order",  "spelling", "duplicate", "languages" };
 
 /// Prints findings, but for the kinds that are not wanted, and remembers whether there were any.
 class Report
@@ -30,7 +29,7 @@ public:
     Report(const Catalogue &catalogue, const QStringList &ignored) : catalogue(catalogue), ignored(ignored)
     {
         for (const QString &kind : ignored) {
-            if (!kinds.contains(kind))
+            if (std::find(kinds.begin(), kinds.end(), kind) == kinds.end())
                 throw Failure(QStringLiteral("there is no kind \"%1\" to ignore").arg(kind));
         }
     }

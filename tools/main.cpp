@@ -57,7 +57,7 @@ ExitCode run(const Command &command, const QStringList &arguments)
         throw Failure(parser.errorText());
     if (parser.positionalArguments().size() != 1)
         throw Failure(QStringLiteral("%1 wants one file or URL").arg(QLatin1String(command.name)));
-    return command.run(parser.positionalArguments().first(), parser);
+    return command.run(parser.positionalArguments().constFirst(), parser);
 }
 
 ExitCode run(QStringList arguments)

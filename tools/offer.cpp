@@ -7,13 +7,13 @@ namespace qv {
 
 namespace {
 
-const QString nameOption = QStringLiteral("name");
-const QString versionOption = QStringLiteral("version");
-const QString betaOption = QStringLiteral("beta");
-const QString typesOption = QStringLiteral("types");
-const QString platformsOption = QStringLiteral("platforms");
-const QString cameraOption = QStringLiteral("camera");
-const QString languageOption = QStringLiteral("language");
+constexpr QLatin1String nameOption("name");
+constexpr QLatin1String versionOption("version");
+constexpr QLatin1String betaOption("beta");
+constexpr QLatin1String typesOption("types");
+constexpr QLatin1String platformsOption("platforms");
+constexpr QLatin1String cameraOption("camera");
+constexpr QLatin1String languageOption("language");
 
 SoftUpCurrentCameraVersions::value_type toCamera(const QString &text)
 {
@@ -40,7 +40,7 @@ SoftwareUpdateSettings settingsOf(const QCommandLineParser &options)
 
 void addOfferOptions(QCommandLineParser &parser)
 {
-    for (const QString &name :
+    for (const QLatin1String name :
          { nameOption, versionOption, typesOption, platformsOption, cameraOption, languageOption })
         parser.addOption(QCommandLineOption(name, QString(), QStringLiteral("value")));
     parser.addOption(QCommandLineOption(betaOption));
@@ -48,7 +48,7 @@ void addOfferOptions(QCommandLineParser &parser)
 
 ExitCode offer(const QString &source, const QCommandLineParser &options)
 {
-    for (const QString &name : { nameOption, versionOption }) {
+    for (const QLatin1String name : { nameOption, versionOption }) {
         if (options.value(name).isEmpty())
             throw Failure(QStringLiteral("offer wants --%1").arg(name));
     }

@@ -11,7 +11,7 @@ namespace qv {
 
 namespace {
 
-const QString jsonOption = QStringLiteral("json");
+constexpr QLatin1String jsonOption("json");
 
 /// For each language the link that a look-up finds.
 QJsonObject linksFound(const UrlMap &links)

@@ -5,8 +5,8 @@ namespace qv {
 
 namespace {
 
-const QString plainScheme = QStringLiteral("http");
-const QString secureScheme = QStringLiteral("https");
+constexpr QLatin1String plainScheme("http");
+constexpr QLatin1String secureScheme("https");
 
 int usualPort(bool isSecure)
 {

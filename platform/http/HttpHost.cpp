@@ -9,10 +9,10 @@ namespace qv {
 
 namespace {
 
-const QString serverKey = QStringLiteral("server");
-const QString pathKey = QStringLiteral("server-path");
-const QString preferenceKey = QStringLiteral("proxy-preference");
-const QString proxyKey = QStringLiteral("proxy");
+constexpr QLatin1String serverKey("server");
+constexpr QLatin1String pathKey("server-path");
+constexpr QLatin1String preferenceKey("proxy-preference");
+constexpr QLatin1String proxyKey("proxy");
 
 HttpHost::ProxyPreference toPreference(const QVariant &value)
 {

@@ -13,13 +13,7 @@ namespace qv {
 
 namespace {
 
-// In lower case, without punctuation. Of windows-1252 all but a few signs are the same.
-const QStringList latin1Names {
-    QStringLiteral("iso88591"), QStringLiteral("latin1"), QStringLiteral("l1"),     QStringLiteral("isoir100"),
-    QStringLiteral("ibm819"),   QStringLiteral("cp819"),  QStringLiteral("cp1252"), QStringLiteral("windows1252"),
-};
-
-/// As in latin1Names; empty where the Content-Type @p type names none.
+/// In lower case, without punctuation; empty where the Content-Type @p type names none.
 QString charsetOf(const QString &type)
 {
     // A quoted value may hold anything, the look of another parameter too.
@@ -32,6 +26,16 @@ QString charsetOf(const QString &type)
             return one.captured(2).toLower().remove(punctuation);
     }
     return QString();
+}
+
+/// Of windows-1252, too: but for a few signs it is the same.
+bool isLatin1(const QString &charset)
+{
+    static const QStringList names {
+        QStringLiteral("iso88591"), QStringLiteral("latin1"), QStringLiteral("l1"),     QStringLiteral("isoir100"),
+        QStringLiteral("ibm819"),   QStringLiteral("cp819"),  QStringLiteral("cp1252"), QStringLiteral("windows1252"),
+    };
+    return names.contains(charset);
 }
 
 constexpr qint64 bytesBetweenLooks = 4LL * 1024 * 1024;
@@ -55,7 +59,7 @@ RequestData::~RequestData() = default;
 QString RequestData::getResponseText() const
 {
     const QString charset = charsetOf(header.value(QStringLiteral("Content-Type")));
-    return latin1Names.contains(charset) ? QString::fromLatin1(buffer.data()) : QString::fromUtf8(buffer.data());
+    return isLatin1(charset) ? QString::fromLatin1(buffer.data()) : QString::fromUtf8(buffer.data());
 }
 
 // False when the request is to end here: the target takes no more, or the body has got too long, for its disk too.

@@ -34,7 +34,7 @@ QString visible(const QString &text)
 
 QString joined(const QStringSet &words)
 {
-    return visible(QStringList(words.values()).join(QStringLiteral(", ")));
+    return visible(QStringList(words.cbegin(), words.cend()).join(QStringLiteral(", ")));
 }
 
 /// Deliberate: the internal name comes first and the public release, unlike in PackageInfo::displayName().

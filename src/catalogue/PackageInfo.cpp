@@ -12,7 +12,7 @@ namespace qv {
 
 namespace {
 
-const QString displayContext = QStringLiteral("Download");
+constexpr QLatin1String displayContext("Download");
 
 template<class AddValues>
 QStringList distinctValues(const PackageInfoList &list, AddValues addValues)
