@@ -15,7 +15,7 @@ namespace qv {
 
 namespace {
 
-const std::string heading = "UpdateInstaller journal 1\n";
+constexpr std::string_view heading = "UpdateInstaller journal 1\n";
 
 fs::path draftOf(const fs::path &path)
 {
@@ -57,7 +57,7 @@ std::optional<Journal> Journal::read(const fs::path &path)
 
 void Journal::write(const fs::path &path) const
 {
-    const std::string text = heading + oldIdentity + "\n" + newIdentity + "\n" + newDir.string();
+    const std::string text = std::string(heading) + oldIdentity + "\n" + newIdentity + "\n" + newDir.string();
     const fs::path draft = draftOf(path);
     unlink(draft.c_str());
     const int file = open(draft.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);

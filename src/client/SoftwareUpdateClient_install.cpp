@@ -23,8 +23,8 @@ namespace qv {
 
 namespace {
 
-const QString updaterName = QStringLiteral("UpdateInstaller");
-const QString macPackages = QStringLiteral("*.mpkg");
+constexpr QLatin1String updaterName("UpdateInstaller");
+constexpr QLatin1String macPackages("*.mpkg");
 
 /// Asks with a box of two buttons. False also when the box went away with @p parent.
 bool isAccepted(const QString &title, const QString &text, const QString &reject, const QString &accept,

@@ -16,14 +16,14 @@ namespace qv {
 
 namespace {
 
-const QString groupName = QStringLiteral("Download");
-const QString lastCheckKey = QStringLiteral("last-check");
-const QString regularCheckKey = QStringLiteral("reg-check");
-const QString oldRegularCheckKey = QStringLiteral("regular-check");
-const QString versionKey = QStringLiteral("ver");
-const QString historyKey = QStringLiteral("hist");
-const QString packageKey = QStringLiteral("version"); // inside the history: the package's identity text
-const QString timeKey = QStringLiteral("time");
+constexpr QLatin1String groupName("Download");
+constexpr QLatin1String lastCheckKey("last-check");
+constexpr QLatin1String regularCheckKey("reg-check");
+constexpr QLatin1String oldRegularCheckKey("regular-check");
+constexpr QLatin1String versionKey("ver");
+constexpr QLatin1String historyKey("hist");
+constexpr QLatin1String packageKey("version"); // inside the history: the package's identity text
+constexpr QLatin1String timeKey("time");
 
 constexpr int currentVersion = 3;
 constexpr int yearsRemembered = 2;
@@ -68,7 +68,7 @@ void DownloadManagerPrivate::loadHistory(QSettings &settings, const QString &cac
     if (Preferences::intValue(settings, versionKey, 0) < currentVersion)
         setServer(QUrl(DownloadManager::UPDATE_URL));
 
-    const QDateTime limit = QDateTime::currentDateTime().addYears(-yearsRemembered).toUTC();
+    const QDateTime limit = QDateTime::currentDateTimeUtc().addYears(-yearsRemembered);
     const std::vector<int> indexes = storedIndexes(settings);
     const int size = settings.beginReadArray(historyKey);
     for (const int index : indexes) {

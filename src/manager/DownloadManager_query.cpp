@@ -9,7 +9,7 @@ namespace qv {
 
 namespace {
 
-const QString setCookie = QStringLiteral("set-cookie");
+constexpr QLatin1String setCookie("set-cookie");
 
 } // namespace
 
