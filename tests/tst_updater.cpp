@@ -430,10 +430,10 @@ private:
     /// @p work of a shell does to them.
     void prepare(const QString &work)
     {
-        QVERIFY(
-            shell(QString("cd '%1'; mkdir -p work '%2'; chmod -R u+w work '%2'; rm -rf work '%2'; cp -a master work; "
-                          "APP='%3'; OUR=$APP.update; OWN=${APP%app}.app.update; IFS=; cd work/incoming; %4; cp -a . '%2'")
-                      .arg(first.path(), abroad, app, work)));
+        QVERIFY(shell(
+            QString("cd '%1'; mkdir -p work '%2'; chmod -R u+w work '%2'; rm -rf work '%2'; cp -a master work; "
+                    "APP='%3'; OUR=$APP.update; OWN=${APP%app}.app.update; IFS=; cd work/incoming; %4; cp -a . '%2'")
+                .arg(first.path(), abroad, app, work)));
         oldTree = tree(app);
         newTree = tree(incoming + "/new");
         otherTree = tree(incoming + "/other");

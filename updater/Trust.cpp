@@ -1,4 +1,5 @@
-// Whose folders and files these are. Update asks before it touches anything; lock, journal and log ask of what they open.
+// Whose folders and files these are. Update asks before it touches anything; lock, journal and log ask of what they
+// open.
 #include "Trust.h"
 
 #include "Failure.h"
