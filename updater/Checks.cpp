@@ -89,7 +89,7 @@ void checkEverything(const Places &at, const fs::path &newDir, const fs::path &e
         throw Failure(at.folder.string() + " is the root of a file system");
     if (before.st_uid != after.st_uid && !(isWritable(at.folder) && isWritable(newDir)))
         throw Failure("the folders belong to different users: " + at.folder.string() + " and " + newDir.string());
-    checkFolder(newDir, true);
+    checkFolder(newDir);
     checkContent(newDir);
     checkProgram(newDir, exe);
     if (!onSameFileSystem(newDir, at.parent))

@@ -35,18 +35,15 @@ Journal readable(const fs::path &path)
 } // namespace
 
 /// From the root of the file system down: what is found in a folder that nobody else can write stays what it is.
-void checkFolder(const fs::path &path, bool mayStandInSticky)
+void checkFolder(const fs::path &path)
 {
     if (geteuid() != 0)
         return;
     fs::path way;
     for (const fs::path &name : path) {
         way /= name;
-        if (!isThere(way))
-            return;
         const struct stat status = statusOf(way);
-        const bool mayBeSticky = way != path && (mayStandInSticky || way != path.parent_path());
-        checkRootsOwn(way, status, mayBeSticky && (status.st_mode & S_ISVTX) != 0);
+        checkRootsOwn(way, status, way != path && (status.st_mode & S_ISVTX) != 0);
     }
 }
 

@@ -7,9 +7,8 @@
 namespace qv {
 
 /// For root alone, who would run whatever others put there: throws Failure unless the folder @p path and those that
-/// lead to it belong to root and can be written by nobody else. A sticky folder (/tmp) may be among those that lead
-/// there; the last of them only as @p mayStandInSticky says. What is missing is not complained about.
-void checkFolder(const std::filesystem::path &path, bool mayStandInSticky);
+/// lead to it belong to root and can be written by nobody else; but sticky folders (/tmp) may lead there.
+void checkFolder(const std::filesystem::path &path);
 
 /// The same for what the folder @p path holds, at any depth.
 void checkContent(const std::filesystem::path &path);

@@ -71,7 +71,9 @@ ExitCode Update::run()
     openLog(at.log);
     say("updating " + at.folder.string() + " from \"" + newDir.string() + "\"");
     try {
-        checkFolder(at.folder, false);
+        checkFolder(at.parent);
+        if (isThere(at.folder))
+            checkFolder(at.folder);
         const Lock lock(at.lock);
         if (lock.isBusy()) {
             say("another update of this folder is under way");

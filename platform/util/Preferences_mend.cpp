@@ -21,7 +21,7 @@ int endOfLine(const QByteArray &text, int begin)
     const bool isComment = text.at(begin) == ';';
     bool isQuoted = false;
     for (int i = begin; i < text.size(); ++i) {
-        if (text.at(i) == '\n' && !isQuoted)
+        if ((text.at(i) == '\n' || text.at(i) == '\r') && !isQuoted)
             return i + 1;
         if (text.at(i) == '"' && !isComment)
             isQuoted = !isQuoted;
@@ -130,13 +130,13 @@ bool Preferences::mend(QSettings &settings)
     const QFileInfo file(settings.fileName());
     if (settings.format() > QSettings::IniFormat || !file.isFile())
         return true;
+    if (file.size() > mostBytes)
+        return false;
     QFile stored(file.filePath());
-    if (file.size() > mostBytes || !stored.open(QIODevice::ReadOnly))
-        return file.size() <= mostBytes;
-
-    const QByteArray text = stored.readAll();
+    const QByteArray text = stored.open(QIODevice::ReadOnly) ? stored.readAll() : QByteArray();
     if (!text.contains("Variant("))
         return true;
+
     QByteArray kept;
     for (int begin = 0, end = 0; begin < text.size(); begin = end) {
         end = endOfLine(text, begin);
