@@ -166,6 +166,7 @@ class UpdaterTest : public QObject
 private slots:
     void initTestCase()
     {
+        umask(022); // root minds
         QVERIFY(shell(QString(R"(
         cd '%1'; mkdir -p master/'pläce with blanks' master/incoming
         for version in 1.0 2.0 3.0; do
@@ -305,7 +306,7 @@ private slots:
         if (exitCode == 0) {
             QCOMPARE(int(QFile::permissions(app)), 0x7711); // of the old folder; the unpacked one is private
             QCOMPARE(QFile::exists(arguments[3]), error == EACCES);
-            QVERIFY2(outcome.output.count("cannot") <= 2 * says.endsWith(QChar('\n')), outcome.output);
+            QVERIFY2(says.contains(": ") || !outcome.output.contains("cannot"), outcome.output);
         } else {
             QCOMPARE(tree(place), beside);
             QCOMPARE(tree(incoming + "/new") + tree(abroad), waiting);
