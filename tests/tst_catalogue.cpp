@@ -1,6 +1,7 @@
 // Catalogues as servers write them: which package gets which value, and what becomes of bad ones.
 #include "DownloadManager.h"
 #include "LogCapture.h"
+#include "Memory.h"
 #include "Row.h"
 #include "XmlUtils.h"
 
@@ -44,12 +45,10 @@ QString described(const PackageInfo &p)
 /// The most memory that the process has had, from now on when it is to @p begin.
 qint64 peakKiB(bool begin)
 {
-    QFile reset("/proc/self/clear_refs"), file("/proc/self/status");
-    if ((begin && (!reset.open(QIODevice::WriteOnly) || reset.write("5") < 0 || !reset.flush()))
-        || !file.open(QIODevice::ReadOnly))
+    QFile reset("/proc/self/clear_refs");
+    if (begin && (!reset.open(QIODevice::WriteOnly) || reset.write("5") < 0 || !reset.flush()))
         qFatal("no /proc");
-    const QByteArray status = file.readAll();
-    return status.mid(status.indexOf("VmHWM:") + 6).split('k').first().trimmed().toLongLong();
+    return memoryKiB("VmHWM:");
 }
 
 /// A random piece of catalogue. Small alphabets, so that everything meets everything.

@@ -123,6 +123,44 @@ private slots:
         QCOMPARE(Preferences::dateTimeValue(settings, "junk", time), time);
     }
 
+    /// Only what claims more than it holds is taken out, however it is spelled.
+    void mendedStore_data()
+    {
+        columns<QByteArray, bool>("line", "isKept");
+        row("list", QByteArray("a=@Variant(\\0\\0\\0\\x9\\0\\0\\x1\\0)"), false);
+        row("texts", QByteArray("a=\"@Variant(\\0\\0\\0\\v\\x7f\\xff\\xff\\xff)\""), false);
+        row("behind others", QByteArray("a=1, \\x40Variant(\\0\\0\\0\\t\\377\\0\\0\\0), \"\n\""), false);
+        row("list in a map",
+            QByteArray("a=@Variant(\\0\\0\\0\\b\\0\\0\\0\\x1\\0\\0\\0\\x2\\0x\\0\\0\\0\\x9\\0\\0\\xff\\0)"), false);
+        row("text", QByteArray("a=@Variant(\\0\\0\\0\\n\\xff\\0\\0\\0)"), true);
+        row("comment", QByteArray(";don\"t @Variant(\\0\\0\\0\\x9\\0\\0\\0\\0)"), true);
+        QByteArray deep = "a=@Variant(";
+        for (int i = 0; i < 100 * 1000; ++i)
+            deep += "\\0\\0\\0\\x9\\0\\0\\0\\x1";
+        row("deep", deep + ')', false);
+    }
+    void mendedStore()
+    {
+        QFETCH(QByteArray, line);
+        QFETCH(bool, isKept);
+        const QTemporaryDir folder;
+        QFile file(folder.filePath("a.ini"));
+        const QVariantMap map { { "list", QVariantList { 1, "two", 3.5, QStringList { "four", "" }, QVariant() } },
+                                { "bytes", QByteArray("\0\xff", 2) },
+                                { "map", QVariantMap { { "date", QDate(2026, 1, 2) } } } };
+        QSettings(file.fileName(), QSettings::IniFormat).setValue("map", map);
+        QVERIFY(file.open(QIODevice::ReadWrite));
+        const QByteArray before = file.readAll();
+        file.write(line + "\nafter=2\n");
+        file.close();
+
+        QSettings settings(file.fileName(), QSettings::IniFormat);
+        QVERIFY(Preferences::mend(settings) && file.open(QIODevice::ReadOnly));
+        QCOMPARE(file.readAll(), before + (isKept ? line + '\n' : QByteArray()) + "after=2\n");
+        QCOMPARE(settings.value("after").toInt(), 2);
+        QCOMPARE(settings.value("map"), QVariant(map));
+    }
+
     void log()
     {
         LogCapture capture;

@@ -3,10 +3,10 @@
 
 #include "Failure.h"
 #include "FileTree.h"
+#include "Trust.h"
 
 #include <climits>
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace fs = std::filesystem;
@@ -28,7 +28,7 @@ std::string textOf(int file)
     struct stat status
     {
     };
-    if (fstat(file, &status) != 0 || !S_ISREG(status.st_mode) || status.st_uid != geteuid())
+    if (fstat(file, &status) != 0 || !isOurs(status))
         return {};
     std::string text(PATH_MAX + 256, '\0');
     const ssize_t got = ::read(file, text.data(), text.size());
@@ -43,6 +43,8 @@ std::optional<Journal> Journal::read(const fs::path &path)
     const int file = open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
     if (file < 0 && errno == ENOENT)
         return {};
+    if (file < 0)
+        throw Failure::ofSystem("cannot open " + path.string());
     const std::string text = textOf(file);
     close(file);
 
@@ -60,13 +62,15 @@ void Journal::write(const fs::path &path) const
     const std::string text = std::string(heading) + oldIdentity + "\n" + newIdentity + "\n" + newDir.string();
     const fs::path draft = draftOf(path);
     unlink(draft.c_str());
-    const int file = open(draft.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
-    const bool written = file >= 0 && ::write(file, text.data(), text.size()) == static_cast<ssize_t>(text.size())
-        && fsync(file) == 0 && rename(draft.c_str(), path.c_str()) == 0;
-    const Failure failure = Failure::ofSystem("cannot write " + path.string());
-    close(file);
-    if (!written)
-        throw failure;
+    try {
+        const File file(draft, O_WRONLY | O_CREAT | O_EXCL, 0600);
+        writeAll(file.number, text.data(), text.size(), path);
+        if (fsync(file.number) != 0 || rename(draft.c_str(), path.c_str()) != 0)
+            throw Failure::ofSystem("cannot write " + path.string());
+    } catch (const Failure &) {
+        unlink(draft.c_str());
+        throw;
+    }
     syncFolder(path.parent_path());
 }
 
