@@ -129,6 +129,9 @@ private slots:
         columns<QByteArray, bool>("line", "isKept");
         row("list", QByteArray("a=@Variant(\\0\\0\\0\\x9\\0\\0\\x1\\0)"), false);
         row("texts", QByteArray("a=\"@Variant(\\0\\0\\0\\v\\x7f\\xff\\xff\\xff)\""), false);
+        row("escaped", QByteArray("a=\\x40V\\x61riant(\\0\\0\\0\\v\\x7f\\xff\\xff\\xff)"), false);
+        row("list as a date", QByteArray("a=@DateTime(\\0\\0\\0\\x9\\0\\x7f\\xff\\xff\\xff)"), false);
+        row("date", QByteArray("a=@DateTime(\\0\\0\\0\\x10\\0\\0)"), true);
         row("behind others", QByteArray("a=1, \\x40Variant(\\0\\0\\0\\t\\377\\0\\0\\0), \"\n\""), false);
         row("list in a map",
             QByteArray("a=@Variant(\\0\\0\\0\\b\\0\\0\\0\\x1\\0\\0\\0\\x2\\0x\\0\\0\\0\\x9\\0\\0\\xff\\0)"), false);

@@ -7,6 +7,8 @@
 #include <QMap>
 #include <QSaveFile>
 
+#include <algorithm>
+
 namespace qv {
 
 namespace {
@@ -111,13 +113,23 @@ bool isWhole(QDataStream &in, int level = 0)
     return true;
 }
 
-bool isHarmless(const QByteArray &line)
+/// Qt writes date-times behind the second mark, and would read anything there.
+bool isHarmless(const QByteArray &value)
 {
-    const QByteArray mark = "@Variant(";
-    const QByteArray bytes = unescaped(line);
-    for (auto at = bytes.indexOf(mark); at >= 0; at = bytes.indexOf(mark, at + 1)) {
-        QDataStream in(bytes.mid(at + mark.size()));
-        if (!isWhole(in))
+    const QByteArray variant = "@Variant(", dateTime = "@DateTime(";
+    constexpr quint32 dateTimeType = 16;
+    if (!value.contains('@') && !value.contains('\\'))
+        return true;
+    const QByteArray bytes = unescaped(value);
+    for (auto at = bytes.indexOf('@'); at >= 0; at = bytes.indexOf('@', at + 1)) {
+        const auto isMark = [&bytes, at](const QByteArray &mark) { return bytes.mid(at, mark.size()) == mark; };
+        const auto begin = std::min(bytes.size(), at + (isMark(variant) ? variant : dateTime).size());
+        QDataStream in(QByteArray::fromRawData(bytes.constData() + begin, int(bytes.size() - begin)));
+        if (isMark(variant) && !isWhole(in))
+            return false;
+        quint32 type = 0;
+        in >> type;
+        if (isMark(dateTime) && type != dateTimeType)
             return false;
     }
     return true;
@@ -134,14 +146,11 @@ bool Preferences::mend(QSettings &settings)
         return false;
     QFile stored(file.filePath());
     const QByteArray text = stored.open(QIODevice::ReadOnly) ? stored.readAll() : QByteArray();
-    if (!text.contains("Variant("))
-        return true;
-
     QByteArray kept;
     for (int begin = 0, end = 0; begin < text.size(); begin = end) {
         end = endOfLine(text, begin);
         const QByteArray line = text.mid(begin, end - begin);
-        if (!line.contains("Variant(") || isHarmless(line))
+        if (isHarmless(line.mid(line.indexOf('=') + 1)))
             kept += line;
     }
     if (kept.size() == text.size())
