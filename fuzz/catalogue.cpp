@@ -47,9 +47,7 @@ void checkTexts(const PackageInfo &package)
     demand(comment.count('<') == SoftwareUpdateClient::packageComment(plain).count('<'), "texts are escaped");
     for (const QChar c : SoftwareUpdateClient::packageRow(package).join(' ') + shown)
         demand((c < QChar(0x202a) || c > QChar(0x202e)) && (c < QChar(0x2066) || c > QChar(0x2069)), "text is upright");
-    package.timeToString(Qt::ISODate);
     package.displayReleaseVersion(false);
-    package.fileName();
     package.releaseNotesUrl("de_DE", "en");
 }
 
