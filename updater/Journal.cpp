@@ -16,12 +16,13 @@ namespace qv {
 namespace {
 
 const std::string heading = "UpdateInstaller journal 1\n";
-constexpr size_t mostBytes = PATH_MAX + 256;
 
 fs::path draftOf(const fs::path &path)
 {
     return path.string() + "-draft";
 }
+
+constexpr size_t mostBytes = PATH_MAX + 256;
 
 /// The whole file, if it is ours; cut to mostBytes, which no journal has.
 std::string textOf(int file)
