@@ -9,7 +9,6 @@
 
 #include <QBuffer>
 #include <QRegularExpression>
-#include <QScopedPointer>
 
 #include <algorithm>
 #include <tuple>
@@ -31,10 +30,10 @@ bool areSame(const PackageInfoList &left, const PackageInfoList &right)
 /// The same catalogue, read by the operations on nodes of a DOM.
 PackageInfoList readAsDom(QBuffer &catalogue)
 {
+    QDomDocument document;
     PackageInfoList packages;
     catalogue.seek(0);
-    const QScopedPointer<QDomDocument> document(XmlUtils::parseXml(&catalogue, nullptr));
-    DownloadManager::parseSet(document->documentElement(), packages);
+    DownloadManager::parseSet(XmlUtils::parseXml(&catalogue, &document)->documentElement(), packages);
     return packages;
 }
 
@@ -47,8 +46,6 @@ void checkTexts(const PackageInfo &package)
     demand(comment.count('<') == SoftwareUpdateClient::packageComment(plain).count('<'), "texts are escaped");
     for (const QChar c : SoftwareUpdateClient::packageRow(package).join(' ') + shown)
         demand((c < QChar(0x202a) || c > QChar(0x202e)) && (c < QChar(0x2066) || c > QChar(0x2069)), "text is upright");
-    package.displayReleaseVersion(false);
-    package.releaseNotesUrl("de_DE", "en");
 }
 
 void checkSelection(const PackageInfoList &packages)
@@ -70,10 +67,8 @@ void checkSelection(const PackageInfoList &packages)
         settings.currentCameraVersions.append({ platform, VersionNumber("1.0") });
     }
     const auto offered = SoftwareUpdateClient::offeredPackages(packages, "Camera Host", settings, true);
-    for (const char *language : { "de", "en" }) {
-        const SoftUpIndexList rows = SoftwareUpdateClient::foreignLanguageRows(offered, language);
-        demand(std::is_sorted(rows.begin(), rows.end()) && (rows.isEmpty() || rows.last() < offered.size()), "rows");
-    }
+    const SoftUpIndexList rows = SoftwareUpdateClient::foreignLanguageRows(offered, "de");
+    demand(rows.isEmpty() || (std::is_sorted(rows.begin(), rows.end()) && rows.last() < offered.size()), "rows");
     demand(DownloadManager::findBestMatches(packages, PackageInfo()).size() <= packages.size(), "best are few");
 }
 
