@@ -58,14 +58,16 @@ private slots:
         PackageInfo p = package("Application");
         p.status = "BETA";
         p.url = QUrl("http://h/a.zip");
-        const QString link = "<a href=\"http://h/a.zip\">http://h/a.zip</a><br />";
-        QCOMPARE(SoftwareUpdateClient::packageComment(p), "<b>name 1.0 BETA, Application</b><br />" + link);
+        QCOMPARE(SoftwareUpdateClient::packageComment(p),
+                 "<b>name 1.0 BETA, Application</b><br /><a href=\"http://h/a.zip\">http://h/a.zip</a><br />");
+        p.url = QUrl("http://h/\u202epiz.a");
         p.releaseDate = QDateTime(QDate(2026, 3, 4), QTime(1, 2));
         p.name = QString("<img src='/dev/zero'>\n\u202eexe\x01");
         QCOMPARE(SoftwareUpdateClient::packageComment(p),
                  "<b>&lt;img src='/dev/zero'&gt;\n&lt;U+202E&gt;exe&lt;U+0001&gt; 1.0 BETA, Application</b><br "
                  "/>Published on "
-                     + QLocale::system().toString(QDate(2026, 3, 4), QLocale::LongFormat) + link);
+                     + QLocale::system().toString(QDate(2026, 3, 4), QLocale::LongFormat)
+                     + "<a href=\"http://h/\u202epiz.a\">http://h/&lt;U+202E&gt;piz.a</a><br />");
     }
 
     void foreignRows()

@@ -254,6 +254,21 @@ private slots:
         }
     }
 
+    void oldestOfTooManyAreForgotten()
+    {
+        QByteArray packages;
+        for (int size = 1; size <= 100'003; ++size)
+            packages += "<package file-size='" + QByteArray::number(size) + "'/>";
+        server->route("/many", HttpAnswer(catalogue(packages)));
+        DownloadManager manager(server->url("/many"));
+        QCOMPARE(newIn(manager), 100'003);
+        QCOMPARE(newIn(manager), 3);
+        for (const int count : { 2, 0 }) {
+            manager.setServer(server->url("/c"));
+            QCOMPARE(newIn(manager), count);
+        }
+    }
+
     void laterEntryOfAPackageCounts()
     {
         const QDateTime now = QDateTime::currentDateTimeUtc();

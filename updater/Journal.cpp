@@ -22,7 +22,9 @@ fs::path draftOf(const fs::path &path)
     return path.string() + "-draft";
 }
 
-/// The whole file, as long as it is ours and not larger than a journal can be.
+constexpr size_t mostBytes = PATH_MAX + 256;
+
+/// The whole file, if it is ours; cut to mostBytes, which no journal has.
 std::string textOf(int file)
 {
     struct stat status
@@ -30,7 +32,7 @@ std::string textOf(int file)
     };
     if (fstat(file, &status) != 0 || !isOurs(status))
         return {};
-    std::string text(PATH_MAX + 256, '\0');
+    std::string text(mostBytes, '\0');
     const ssize_t got = ::read(file, text.data(), text.size());
     text.resize(got < 0 ? 0 : static_cast<size_t>(got));
     return text;
@@ -51,7 +53,9 @@ std::optional<Journal> Journal::read(const fs::path &path)
     const size_t first = heading.size();
     const size_t second = text.find('\n', first) + 1;
     const size_t third = text.find('\n', second) + 1;
-    if (text.compare(0, first, heading) != 0 || second == 0 || third == 0)
+    const bool isWhole = text.compare(0, first, heading) == 0 && second > 0 && third > 0 && text.size() < mostBytes
+        && text.find('\0') == std::string::npos && text[third] == '/';
+    if (!isWhole)
         throw Failure(path.string() + " is no journal of ours; look at the folders beside it, then remove it");
     return Journal { text.substr(first, second - first - 1), text.substr(second, third - second - 1),
                      text.substr(third) };
