@@ -63,7 +63,7 @@ private slots:
     void keeps()
     {
         const QByteArray name = "sub/\xc3\xbc \xe6\x97\xa5 e\xcc\x81.txt"; // the accent stays a character of its own
-        const QByteArray large = noise(700000);
+        const QByteArray large = noise(1500000);                           // two of them keep two threads busy
         write({ ZipItem("./", "", Folder),
                 ZipItem("sub/", "", S_IFDIR | 07777).at(1111111111), //
                 ZipItem(name, "text", S_IFREG | 04755).at(1234567890),

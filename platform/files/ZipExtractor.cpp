@@ -42,8 +42,8 @@ constexpr quint64 alwaysAllowed = 32 * 1024 * 1024;
 constexpr quint64 bytesOfFolder = 4096; // on most disks
 constexpr mode_t keptMode = 0755;
 constexpr quint64 maxThreads = 4;
-constexpr quint64 worthAThread = 1024 * 1024; // bytes to write; a file costs as much as its bytes and those of a folder
-constexpr quint64 maxHeaders = 200'000;       // in memory at once: libarchive keeps them for each thread
+constexpr quint64 worthAThread = 1024 * 1024, worthAHeader = 1024; // in bytes to write; each thread reads all headers
+constexpr quint64 maxHeaders = 200'000;                            // in memory at once, of all threads
 constexpr std::chrono::milliseconds msBetweenQuestions(10);
 
 struct Stopped
@@ -195,8 +195,8 @@ void Extraction::checkLimits()
 void Extraction::unpackAll()
 {
     const quint64 threads =
-        std::min({ maxThreads, quint64(std::thread::hardware_concurrency()), quint64(entries.size()),
-                   (total + entries.size() * bytesOfFolder) / worthAThread, maxHeaders / entries.size() });
+        std::min({ maxThreads, quint64(std::thread::hardware_concurrency()), maxHeaders / entries.size(),
+                   total / (worthAThread + entries.size() * worthAHeader), quint64(entries.size()) });
     const QByteArray sameFile = "/proc/self/fd/" + QByteArray::number(archive.handle());
     const auto help = [&] {
         const Descriptor file(open(sameFile.constData(), O_RDONLY | O_CLOEXEC)); // with a position of its own
