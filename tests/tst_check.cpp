@@ -234,6 +234,31 @@ private slots:
         QCOMPARE(f.log.take().filter("update available").size(), 1);
     }
 
+    // Qt reads them on, whatever one does: no second thread joins the first, and the next server waits for its end.
+    void endlessHeads()
+    {
+        Fixture f(HttpAnswer::raw("HTTP/1.1 200 OK\r\nX: ").generate(HttpAnswer::Endless));
+        HttpServer good;
+        good.route("/catalogue", update);
+        const auto threads = [] { return QDir("/proc/self/task").count(); };
+        const auto before = threads();
+        for (int i = 0; i < 3; ++i) {
+            f.openAndCheck();
+            if (i == 0)
+                QTRY_COMPARE(f.server.requests.size(), 1);
+            f.client.findChildren<QTimer *>().last()->start(0);
+            QTRY_VERIFY(f.checkNow()->isEnabled());
+            QCOMPARE(f.notification(), QStringLiteral("Timeout error! Update server unreachable!"));
+            f.release();
+        }
+        QVERIFY(threads() <= before + 1);
+        QCOMPARE(f.server.requests.size(), 1);
+        f.settingsDialog()->findChild<QLineEdit *>("updateServerLineEdit")->setText(good.url("/catalogue").toString());
+        f.checkNow()->click();
+        f.server.stop();
+        QTRY_VERIFY(f.availableDialog());
+    }
+
     void secondCheckWhileOneRuns()
     {
         Fixture f(HttpAnswer(update).hold());

@@ -5,6 +5,8 @@
 // what makes it safe for whoever is called to delete the client.
 #include "HttpClient.h"
 
+#include "HttpThreads.h"
+
 #include <QMetaMethod>
 #include <QNetworkAccessManager>
 #include <QNetworkProxy>
@@ -91,6 +93,7 @@ HttpClient::HttpClient()
             current->status = 0;
         });
     }
+    connect(&HttpThreads::instance(), &HttpThreads::freed, this, &HttpClient::ask);
     roundTimer.setSingleShot(true);
     connect(&roundTimer, &QTimer::timeout, this, &HttpClient::readBody);
     connect(&progressTimer, &QTimer::timeout, this, [this] {
@@ -177,9 +180,8 @@ void HttpClient::next()
     phase = current ? Waiting : Idle;
     if (current) {
         QMetaObject::invokeMethod(this, &HttpClient::start, Qt::QueuedConnection);
-    } else if (network && !isHeadEndless) { // with its thread and its connections
-        network->deleteLater();
-        network = nullptr;
+    } else { // with its thread and its connections
+        HttpThreads::instance().release(std::exchange(network, nullptr));
     }
 }
 
@@ -208,10 +210,21 @@ void HttpClient::send(const RequestData &request)
         endRequest();
         return;
     }
+    stallTimer.start(msStallDelay);
+    if (request.msTimeLimit > 0)
+        wholeTimer.start(request.msTimeLimit);
+    if (HttpThreads::instance().areFree())
+        ask();
+}
+
+void HttpClient::ask()
+{
+    if (reply || !stallTimer.isActive()) // nobody waits
+        return;
     if (!network)
         network = new QNetworkAccessManager(this);
-    network->setProxy(routeOf(request.host));
-    reply = network->get(networkRequest(request.address));
+    network->setProxy(routeOf(current->host));
+    reply = network->get(networkRequest(current->address));
     reply->setReadBufferSize(readBufferBytes);
     connect(reply, &QNetworkReply::redirected, this, [this](const QUrl &to) {
         current->visited.append(to);
@@ -220,9 +233,6 @@ void HttpClient::send(const RequestData &request)
     connect(reply, &QNetworkReply::metaDataChanged, this, &HttpClient::readHead);
     connect(reply, &QNetworkReply::readyRead, this, &HttpClient::readBody);
     connect(reply, &QNetworkReply::finished, this, &HttpClient::readBody);
-    stallTimer.start(msStallDelay);
-    if (request.msTimeLimit > 0)
-        wholeTimer.start(request.msTimeLimit);
 }
 
 void HttpClient::readHead()
@@ -278,12 +288,10 @@ void HttpClient::dropReply()
     progressTimer.stop();
     roundTimer.stop();
     if (QNetworkReply *dropped = std::exchange(reply, nullptr)) {
-        // A server may send header lines for ever; Qt reads them for ever, and its manager then takes 5 s to be
-        // deleted.
-        isHeadEndless = isHeadEndless || (!dropped->isFinished() && current->status == 0);
         dropped->disconnect(this);
-        dropped->abort();
         dropped->deleteLater();
+        if (!dropped->isFinished())
+            HttpThreads::instance().release(std::exchange(network, nullptr));
     }
 }
 

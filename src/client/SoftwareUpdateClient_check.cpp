@@ -13,6 +13,8 @@
 #include <QLocale>
 #include <QNetworkReply>
 
+#include <utility>
+
 namespace qv {
 
 namespace {
@@ -52,10 +54,12 @@ void SoftwareUpdateClientPrivate::performUpdateCheck(const QUrl &url)
         networkManager.reset(new QNetworkAccessManager);
         QObject::connect(networkManager.data(), &QNetworkAccessManager::finished, q,
                          &SoftwareUpdateClient::evaluateServerResponse);
+        QObject::connect(&HttpThreads::instance(), &HttpThreads::freed, networkManager.data(),
+                         [this] { sendRequests(); });
     }
-    networkManager->setProxy(q->networkProxy());
-    // An answer that is longer stands still and ends in the timeout.
-    networkManager->get(request)->setReadBufferSize(maxBufferedBytes);
+    unsent.append(request);
+    if (HttpThreads::instance().areFree())
+        sendRequests();
 
     if (!requestTimer) {
         requestTimer = new QTimer(q);
@@ -64,6 +68,15 @@ void SoftwareUpdateClientPrivate::performUpdateCheck(const QUrl &url)
     }
     requestTimer->setSingleShot(true);
     requestTimer->start(msRequestTimeout);
+}
+
+void SoftwareUpdateClientPrivate::sendRequests()
+{
+    for (const QNetworkRequest &request : std::exchange(unsent, {})) {
+        networkManager->setProxy(q->networkProxy());
+        // An answer that is longer stands still and ends in the timeout.
+        networkManager->get(request)->setReadBufferSize(maxBufferedBytes);
+    }
 }
 
 void SoftwareUpdateClientPrivate::announceCheck(const QUrl &url)
@@ -202,8 +215,7 @@ void SoftwareUpdateClient::deleteNetworkmanager()
 {
     if (!d->networkManager)
         return;
-    // It lives until the event loop comes round: what still arrives there is nobody's concern.
-    d->networkManager->disconnect(this);
+    d->unsent.clear();
     d->networkManager.reset();
 }
 
