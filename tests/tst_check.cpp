@@ -84,6 +84,8 @@ private slots:
         row("302 without target", HttpAnswer(catalogue(""), 302), nothing, nothingLine);
         row("308 is no redirect here", HttpAnswer::redirect("/catalogue", 308), nothing, nothingLine);
         row("not found", HttpAnswer("x", 404), "", error);
+        row("asks for a token", HttpAnswer("x", 401).header("WWW-Authenticate", "NTLM"), "Host requires authentication",
+            error);
         row("dropped", HttpAnswer("12345").dropAfter(2), "", error);
         row("relative redirect", HttpAnswer::redirect("other"), "Protocol \"\" is unknown", error);
         row("redirect to a device", HttpAnswer::redirect("file:///dev/ptmx"), "Protocol \"file\" is unknown", error);
@@ -109,6 +111,7 @@ private slots:
         QCOMPARE(f.server.requests.first().headers.value("content-type"), QByteArray("text/xml"));
         QCOMPARE(f.server.requests.first().headers.value("accept-encoding"), QByteArray("identity"));
         QCOMPARE(f.server.requests.first().method, QByteArray("GET"));
+        QVERIFY(!f.server.requests.last().headers.contains("authorization"));
     }
 
     void packagesBehindRedirects()

@@ -408,21 +408,66 @@ private slots:
         }
     }
 
+    void challenges_data()
+    {
+        columns<QByteArrayList, QString, QByteArray>("challenges", "login", "answer");
+        const QByteArray basic = "Basic realm=\"x\"", digest = "Digest realm=\"x\", nonce=\"abc\", qop=\"auth\"";
+        row("basic", QByteArrayList { basic }, QString("me:sec%40ret"), QByteArray("Basic bWU6c2VjQHJldA=="));
+        row("digest", QByteArrayList { digest }, QString("me:secret"),
+            QByteArray("Digest username=\"me\", realm=\"x\""));
+        row("digest among others", QByteArrayList { "Negotiate", "NTLM", digest, basic }, QString("me:secret"),
+            QByteArray("Digest username=\"me\", realm=\"x\""));
+        row("nobody's", QByteArrayList { basic }, QString(), QByteArray());
+        row("NTLM unasked", QByteArrayList { "NTLM" }, QString(), QByteArray());
+        for (const char *scheme : { "NTLM", "Negotiate", "Bearer" })
+            row(scheme, QByteArrayList { scheme }, QString("me:secret"), QByteArray());
+        row("NTLM before basic", QByteArrayList { "NTLM", basic }, QString("me:secret"), QByteArray());
+        row("in one line", QByteArrayList { "NTLM, " + basic }, QString("me:secret"), QByteArray());
+    }
+    void challenges()
+    {
+        QFETCH(QByteArrayList, challenges);
+        QFETCH(QString, login);
+        QFETCH(QByteArray, answer);
+        HttpAnswer server401("who?", 401), proxy407("who?", 407);
+        for (const QByteArray &challenge : challenges) {
+            server401.header("WWW-Authenticate", challenge);
+            proxy407.header("Proxy-Authenticate", challenge);
+        }
+        server->route("/x", server401);
+        HttpServer other(QHostAddress("127.0.0.2"));
+        QUrl url(server->url("/x")), thief(url);
+        thief.setUserInfo("not:given");
+        other.route("/x", HttpAnswer::redirect(thief.toEncoded()));
+        url.setUserInfo(login);
+        QCOMPARE(fetch(url)->statusCode(), 401);
+        QVERIFY2(isTold("authorization", answer), server->requests.last().headers.value("authorization"));
+
+        // Another server's login, and that of a redirect, are not this one's.
+        server->requests.clear();
+        QUrl elsewhere(other.url("/x"));
+        elsewhere.setUserInfo(login);
+        QCOMPARE(fetch(elsewhere)->statusCode(), 302);
+        thief.setUserInfo(QString());
+        other.route("/x", HttpAnswer::redirect(thief.toEncoded()));
+        QCOMPARE(fetch(elsewhere)->statusCode(), 401);
+        QVERIFY(isTold("authorization", QByteArray()));
+
+        server->route("/x", proxy407);
+        server->requests.clear();
+        client->setHost(
+            HttpHost(none, HttpAccess("127.0.0.1", server->serverPort(), QUrl(url).userName(), url.password()), ""));
+        QCOMPARE(fetch(QUrl("http://s.example/x"))->statusCode(), 407);
+        QVERIFY2(isTold("proxy-authorization", answer), server->requests.last().headers.value("proxy-authorization"));
+    }
+
     void urlsLeaveAsTheyStand()
     {
         const HttpAccess proxy("127.0.0.1", server->serverPort());
         client->setHost(HttpHost(HttpAccess("other.example", 80, "me", "secret"), proxy, "/main"));
-        server->route("/login", HttpAnswer("who?", 401).header("WWW-Authenticate", "Basic realm=\"x\""));
         const QByteArray url = "http://s.example:81/a%20b?c=%2F&d";
         QCOMPARE(fetch(QUrl(url))->urls(), QList<QUrl> { QUrl(url) });
         QCOMPARE(server->targets().last(), url);
-        for (const auto &[page, login] :
-             { std::pair("http://s.example/login", ""), std::pair("http://a:b@s.example/login", "Basic YTpi") }) {
-            const RequestPtr request = fetch(QUrl(page));
-            QCOMPARE(request->statusCode(), 401);
-            QCOMPARE(request->getResponseText(), QString("who?"));
-            QCOMPARE(server->requests.last().headers.value("authorization"), QByteArray(login));
-        }
         server->requests.clear();
         for (const char *unfit : { "file:///etc/passwd", "file://localhost/etc/passwd", "data:,x", "ftp://s.example/x",
                                    "http:///x", "//s.example/x", "" }) {
@@ -534,6 +579,14 @@ private slots:
     }
 
 private:
+    bool isTold(const QByteArray &header, const QByteArray &answer) const
+    {
+        const QByteArray told = server->requests.last().headers.value(header);
+        // Where it has credentials, Qt 5 opens NTLM, without any of them.
+        const bool isOpening =
+            QT_VERSION_MAJOR == 5 && (told == "NTLM" || told == "NTLM TlRMTVNTUAABAAAABYIIAAAAAAAAAAAAAAAAAAAAAAA=");
+        return told.isEmpty() || isOpening ? answer.isEmpty() : !answer.isEmpty() && told.startsWith(answer);
+    }
     static uint threads() { return QDir("/proc/self/task").count(); }
 
     RequestPtr prepare(const QString &path)

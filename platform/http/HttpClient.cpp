@@ -5,11 +5,11 @@
 // what makes it safe for whoever is called to delete the client.
 #include "HttpClient.h"
 
+#include "HttpLogin.h"
 #include "HttpThreads.h"
 
 #include <QMetaMethod>
 #include <QNetworkAccessManager>
-#include <QNetworkProxy>
 #include <QNetworkReply>
 
 #include <algorithm>
@@ -223,10 +223,14 @@ void HttpClient::ask()
         return;
     if (!network)
         network = new QNetworkAccessManager(this);
-    network->setProxy(routeOf(current->host));
-    reply = network->get(networkRequest(current->address));
+    reply = getWithLogin(*network, networkRequest(current->address), routeOf(current->host));
     reply->setReadBufferSize(readBufferBytes);
     connect(reply, &QNetworkReply::redirected, this, [this](const QUrl &to) {
+        if (!to.userInfo().isEmpty()) { // which Qt would use there
+            readHead();
+            endRequest();
+            return;
+        }
         current->visited.append(to);
         current->status = 0; // until that server answers
     });
@@ -247,7 +251,7 @@ void HttpClient::readBody()
 {
     std::array<char, pieceBytes> piece;
     qint64 bytes = 0;
-    while (reply && bytes < roundBytes) {
+    while (reply && reply->isOpen() && bytes < roundBytes) {
         const qint64 size = reply->read(piece.data(), pieceBytes);
         if (size <= 0)
             break;
@@ -263,8 +267,9 @@ void HttpClient::readBody()
     if (bytes >= roundBytes) {
         roundTimer.start();
     } else if (reply->isFinished()) {
-        if (isLeftOver(current->status, reply->error()))
-            current->status = 0;
+        const int refused = refusedChallenge(*reply);
+        if (refused != 0 || isLeftOver(current->status, reply->error()))
+            current->status = refused;
         endRequest();
     }
 }

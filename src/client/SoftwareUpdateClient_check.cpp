@@ -4,6 +4,7 @@
 #include "SoftwareUpdateClient_p.h"
 
 #include "CatalogueReader.h"
+#include "HttpLogin.h"
 #include "LogQt.h"
 #include "Offer.h"
 #include "SoftwareUpdateAvailableDialog.h"
@@ -24,6 +25,8 @@ constexpr qint64 maxBufferedBytes = 17 << 20; // more than any catalogue that wo
 
 // Qt's own words, from Qt's own catalogue.
 const char *const unknownProtocol = "Protocol \"%1\" is unknown";
+const char *const whoAreYou = "Host requires authentication";
+const char *const proxyAsks = "Proxy requires authentication";
 
 bool isRedirect(int status)
 {
@@ -33,6 +36,13 @@ bool isRedirect(int status)
 bool isWebAddress(const QUrl &url)
 {
     return url.scheme() == QLatin1String("http") || url.scheme() == QLatin1String("https");
+}
+
+QString errorTextOf(const QNetworkReply &reply)
+{
+    const int refused = refusedChallenge(reply);
+    return refused == 0 ? reply.errorString()
+                        : QCoreApplication::translate("QHttp", refused == 401 ? whoAreYou : proxyAsks);
 }
 
 } // namespace
@@ -73,9 +83,8 @@ void SoftwareUpdateClientPrivate::performUpdateCheck(const QUrl &url)
 void SoftwareUpdateClientPrivate::sendRequests()
 {
     for (const QNetworkRequest &request : std::exchange(unsent, {})) {
-        networkManager->setProxy(q->networkProxy());
         // An answer that is longer stands still and ends in the timeout.
-        networkManager->get(request)->setReadBufferSize(maxBufferedBytes);
+        getWithLogin(*networkManager, request, q->networkProxy())->setReadBufferSize(maxBufferedBytes);
     }
 }
 
@@ -111,7 +120,7 @@ void SoftwareUpdateClient::evaluateServerResponse(QNetworkReply *reply)
     if (d->settingsDialog)
         d->settingsDialog->disbaleProgress();
     if (reply->error() != QNetworkReply::NoError) {
-        d->failCheck(reply->errorString());
+        d->failCheck(errorTextOf(*reply));
         return;
     }
     if (d->parseServerResponse(reply) == 1)
@@ -127,14 +136,14 @@ void SoftwareUpdateClient::evaluateServerResponse(QNetworkReply *reply)
     }
 }
 
-/// Deliberate: the target as it stands, a relative one is not resolved. But no server leads to a file or a device: an
-/// address that is none of the web's ends as Qt ends those it does not know.
+/// Deliberate: the target as it stands, but for credentials, a relative one is not resolved. But no server leads to a
+/// file or a device: an address that is none of the web's ends as Qt ends those it does not know.
 void SoftwareUpdateClientPrivate::followRedirect(const QUrl &target)
 {
     LogQt::write(Log::Progress,
                  QStringLiteral("SoftwareUpdateClient::evaluateServerResponse() -> redirect url ") + target.toString());
     if (isWebAddress(target)) {
-        performUpdateCheck(target);
+        performUpdateCheck(target.userInfo().isEmpty() ? target : target.adjusted(QUrl::RemoveUserInfo));
         return;
     }
     announceCheck(target);
