@@ -9,6 +9,7 @@
 #include "Offer.h"
 #include "SoftwareUpdateAvailableDialog.h"
 #include "SoftwareUpdateDialog.h"
+#include "StringUtils.h"
 
 #include <QCoreApplication>
 #include <QLocale>
@@ -97,7 +98,8 @@ void SoftwareUpdateClientPrivate::announceCheck(const QUrl &url)
         shown.lastCheck = lastCheckText(currentSettings().lastCheck);
         settingsDialog->setDialogSettings(shown);
     }
-    LogQt::write(Log::Progress, QStringLiteral("SoftwareUpdateClient::performUpdateCheck() -> ") + url.toString());
+    LogQt::write(Log::Progress,
+                 QStringLiteral("SoftwareUpdateClient::performUpdateCheck() -> ") + StringUtils::withoutPassword(url));
 }
 
 void SoftwareUpdateClient::evaluateServerResponse(QNetworkReply *reply)
@@ -141,7 +143,8 @@ void SoftwareUpdateClient::evaluateServerResponse(QNetworkReply *reply)
 void SoftwareUpdateClientPrivate::followRedirect(const QUrl &target)
 {
     LogQt::write(Log::Progress,
-                 QStringLiteral("SoftwareUpdateClient::evaluateServerResponse() -> redirect url ") + target.toString());
+                 QStringLiteral("SoftwareUpdateClient::evaluateServerResponse() -> redirect url ")
+                     + StringUtils::withoutPassword(target));
     if (isWebAddress(target)) {
         performUpdateCheck(target.userInfo().isEmpty() ? target : target.adjusted(QUrl::RemoveUserInfo));
         return;
