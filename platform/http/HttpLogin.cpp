@@ -8,6 +8,8 @@
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 
+#include <utility>
+
 namespace qv {
 
 namespace {
@@ -15,13 +17,14 @@ namespace {
 const char *const refused = "qvRefusedChallenge";
 
 /// Qt calls with its thread standing still: what is aborted here sends nothing more. Of its schemes Basic and Digest
-/// alone have a realm.
-void answer(QAuthenticator *challenge, const QString &user, const QString &password, QNetworkReply *reply, int status)
+/// alone have a realm. @p tried is the URL for which this was answered last.
+void answer(QAuthenticator *challenge, const QString &user, const QString &password, QNetworkReply *reply, int status,
+            QUrl &tried)
 {
     if (!challenge->options().contains(QStringLiteral("realm"))) {
         reply->setProperty(refused, status);
         reply->abort();
-    } else if (!user.isEmpty() && challenge->user() != user) { // else it was tried
+    } else if (!user.isEmpty() && std::exchange(tried, reply->url()) != reply->url()) {
         challenge->setUser(user);
         challenge->setPassword(password);
     }
@@ -33,13 +36,11 @@ bool isSameServer(const QUrl &a, const QUrl &b)
     return a.matches(b, besides);
 }
 
-/// Qt would use what a proxy of these types carries before it asks; the others it does not ask for.
+/// Qt would use what a proxy carries before it asks.
 QNetworkProxy withoutLogin(QNetworkProxy proxy)
 {
-    if (proxy.type() == QNetworkProxy::HttpProxy || proxy.type() == QNetworkProxy::HttpCachingProxy) {
-        proxy.setUser(QString());
-        proxy.setPassword(QString());
-    }
+    proxy.setUser(QString());
+    proxy.setPassword(QString());
     return proxy;
 }
 
@@ -56,16 +57,16 @@ QNetworkReply *getWithLogin(QNetworkAccessManager &network, const QNetworkReques
     network.setProxy(withoutLogin(proxy));
     QNetworkReply *reply = network.get(open);
     QObject::connect(&network, &QNetworkAccessManager::authenticationRequired, reply,
-                     [reply, login](const QNetworkReply *asked, QAuthenticator *challenge) {
+                     [reply, login, tried = QUrl()](const QNetworkReply *asked, QAuthenticator *challenge) mutable {
                          if (asked != reply)
                              return;
                          const bool isMeant = isSameServer(reply->url(), login);
                          answer(challenge, isMeant ? login.userName(QUrl::FullyDecoded) : QString(),
-                                login.password(QUrl::FullyDecoded), reply, 401);
+                                login.password(QUrl::FullyDecoded), reply, 401, tried);
                      });
     QObject::connect(&network, &QNetworkAccessManager::proxyAuthenticationRequired, reply,
-                     [reply, proxy](const QNetworkProxy &, QAuthenticator *challenge) {
-                         answer(challenge, proxy.user(), proxy.password(), reply, 407);
+                     [reply, proxy, tried = QUrl()](const QNetworkProxy &, QAuthenticator *challenge) mutable {
+                         answer(challenge, proxy.user(), proxy.password(), reply, 407, tried);
                      });
     return reply;
 }
