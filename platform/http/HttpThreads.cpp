@@ -8,13 +8,6 @@
 
 namespace qv {
 
-namespace {
-
-// Nobody can listen there, so the answer comes at once: as soon as the manager's thread is there to give it.
-const QUrl nowhere(QStringLiteral("http://127.0.0.1:0/"));
-
-} // namespace
-
 HttpThreads &HttpThreads::instance()
 {
     static auto *const threads = new HttpThreads; // never deleted: it would wait for the threads
@@ -36,6 +29,8 @@ void HttpThreads::release(QNetworkAccessManager *manager)
         manager->deleteLater();
         return;
     }
+    // Nobody can listen there, so the answer comes at once: as soon as the manager's thread is there to give it.
+    const QUrl nowhere(QStringLiteral("http://127.0.0.1:0/"));
     ++asked;
     manager->setProxy(QNetworkProxy::NoProxy);
     connect(manager->get(QNetworkRequest(nowhere)), &QNetworkReply::finished, this, [this, manager] {

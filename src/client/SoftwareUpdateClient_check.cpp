@@ -65,8 +65,6 @@ void SoftwareUpdateClientPrivate::performUpdateCheck(const QUrl &url)
         networkManager.reset(new QNetworkAccessManager);
         QObject::connect(networkManager.data(), &QNetworkAccessManager::finished, q,
                          &SoftwareUpdateClient::evaluateServerResponse);
-        QObject::connect(&HttpThreads::instance(), &HttpThreads::freed, networkManager.data(),
-                         [this] { sendRequests(); });
     }
     unsent.append(request);
     if (HttpThreads::instance().areFree())
@@ -76,6 +74,7 @@ void SoftwareUpdateClientPrivate::performUpdateCheck(const QUrl &url)
         requestTimer = new QTimer(q);
         requestTimer->setTimerType(Qt::PreciseTimer); // a coarse one fires up to 0.75 s too early
         QObject::connect(requestTimer, &QTimer::timeout, q, &SoftwareUpdateClient::requestTimeout);
+        QObject::connect(&HttpThreads::instance(), &HttpThreads::freed, q, [this] { sendRequests(); });
     }
     requestTimer->setSingleShot(true);
     requestTimer->start(msRequestTimeout);
