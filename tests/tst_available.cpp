@@ -103,7 +103,7 @@ private slots:
                                 + (own == "en" ? "de en" : own)
                                 + "'><release-notes language='de' url='http://h/hinweise'/></package>"
                                   "<package name='foreign' release='2' status='STABLE' platform='QC-1' file-size='3'"
-                                  " url='smb://h/c.zip' language='xx'/></s>"));
+                                  " url='smb://me:s3cret@h/c.zip' language='xx'/></s>"));
         client.checkForUpdate(0);
         QTRY_VERIFY(host.availableDialog());
         QPointer<SoftwareUpdateAvailableDialog> dialog = host.availableDialog();
@@ -143,7 +143,7 @@ private slots:
             QDesktopServices::unsetUrlHandler(scheme);
         QCOMPARE(opened, (QList<QUrl> { QUrl("http://h/notes"), QUrl("http://h/a.deb"), QUrl("http://h/b.zip") }));
         QCOMPARE(log.take().last(),
-                 QString("SoftwareUpdateClient::downloadUrls() -> no address for the browser: smb://h/c.zip"));
+                 QString("SoftwareUpdateClient::downloadUrls() -> no address for the browser: smb://me@h/c.zip"));
 
         button("updateSettingsPushButton")->click();
         QVERIFY(host.settingsDialog()->isModal() && host.settingsDialog()->isVisible());

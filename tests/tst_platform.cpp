@@ -102,6 +102,17 @@ private slots:
                 && !StringUtils::intersectsOnBeginning(word, {}));
     }
 
+    void passwordsAreNotShown()
+    {
+        for (const auto &[url, shown] : { std::pair("http://me:s3cret@h/x.s3?y", "http://me@h/x.s3?y"),
+                                          { "//a@b:1@2:3@h:99999", "//a@b@h:99999" },
+                                          { "http://:x@[::1", "http://@[::1" } })
+            QCOMPARE(StringUtils::withoutPassword(QString(url)), QString(shown));
+        for (const char *same : { "http://h:80/a:b@c", "http://me@h/", "http://h?a:b@c", "//h#a:b@c", "mailto:a@b",
+                                  "a:b@c", "http:///a:b@c", "http://[::1]:81/", "\n \t%%", "" })
+            QCOMPARE(StringUtils::withoutPassword(QString(same)), QString(same));
+    }
+
     void preferences()
     {
         QTemporaryDir folder;
