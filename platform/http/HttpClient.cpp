@@ -210,7 +210,7 @@ void HttpClient::send(const RequestData &request)
         endRequest();
         return;
     }
-    stallTimer.start(msStallDelay);
+    stallTimer.start(HttpThreads::instance().areStuck() ? 0 : msStallDelay);
     if (request.msTimeLimit > 0)
         wholeTimer.start(request.msTimeLimit);
     if (HttpThreads::instance().areFree())

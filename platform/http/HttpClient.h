@@ -25,7 +25,7 @@ namespace qv {
 /// breaks off while the GUI thread is 4 MiB behind it, the end of what it sent may be lost. Cookies are neither kept
 /// nor sent, compressed answers are not asked for, and the system is never asked for a proxy. A client that has nothing
 /// to do holds neither thread nor descriptor. While Qt still reads, and cannot be stopped reading, what a server sends
-/// without end, requests wait; their time runs on (see HttpThreads).
+/// without end, requests end at once, as those whose server is silent (see HttpThreads).
 ///
 /// The client, the receiver or the output device may be deleted at any time, in a slot called by the client too:
 /// without its receiver a request is dropped, without its device it ends.

@@ -31,7 +31,8 @@ void HttpThreads::release(QNetworkAccessManager *manager)
     }
     // Nobody can listen there, so the answer comes at once: as soon as the manager's thread is there to give it.
     const QUrl nowhere(QStringLiteral("http://127.0.0.1:0/"));
-    ++asked;
+    if (asked++ == 0)
+        busy.start();
     manager->setProxy(QNetworkProxy::NoProxy);
     connect(manager->get(QNetworkRequest(nowhere)), &QNetworkReply::finished, this, [this, manager] {
         manager->deleteLater();

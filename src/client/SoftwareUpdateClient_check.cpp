@@ -77,7 +77,7 @@ void SoftwareUpdateClientPrivate::performUpdateCheck(const QUrl &url)
         QObject::connect(&HttpThreads::instance(), &HttpThreads::freed, q, [this] { sendRequests(); });
     }
     requestTimer->setSingleShot(true);
-    requestTimer->start(msRequestTimeout);
+    requestTimer->start(HttpThreads::instance().areStuck() ? 0 : msRequestTimeout);
 }
 
 void SoftwareUpdateClientPrivate::sendRequests()
