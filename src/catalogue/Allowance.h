@@ -7,13 +7,13 @@
 
 namespace qv {
 
-/// What a catalogue may cost those who read it: memory for what packages inherit and cannot share, counted as it is
-/// allocated, roughly; and characters of what packages say, shared or not, as tables and indexes walk them for each
+/// What a catalogue may cost those who read it: packages; memory for what they inherit and cannot share, counted as it
+/// is allocated, roughly; and characters of what they say, shared or not, as tables show and indexes walk them for each
 /// package. Without a limit, a small document with large values in its outer sets becomes gigabytes.
 class Allowance
 {
 public:
-    static Allowance ofCatalogue() { return Allowance(64LL << 20, 32LL << 20); }
+    static Allowance ofCatalogue() { return Allowance(64LL << 20, 16LL << 20); }
     static Allowance unlimited()
     {
         return Allowance(std::numeric_limits<qint64>::max(), std::numeric_limits<qint64>::max());
@@ -24,7 +24,12 @@ public:
         if (isLimited && text.size() > longest)
             refuse("a value is too long");
     }
-    void spendOnReading(qint64 characters) { spend(reading, characters); }
+    void checkPackages(int count) const
+    {
+        if (count > mostPackages)
+            refuse("too many packages");
+    }
+    void spendOnReading(qint64 characters) { spend(reading, characters, "names and words add up to too much"); }
 
     /// False where the log has enough of this catalogue's suffixes.
     bool spendOnLogLine() { return ++logLines <= mostLogLines; }
@@ -44,13 +49,14 @@ private:
         throw ParseException(QStringLiteral("the catalogue is refused: ") + QLatin1String(reason));
     }
 
-    static void spend(qint64 &left, qint64 cost)
+    static void spend(qint64 &left, qint64 cost, const char *excess = "inherited values unfold to too much")
     {
         left -= cost;
         if (left < 0)
-            refuse("inherited values unfold to too much");
+            refuse(excess);
     }
 
+    static constexpr int mostPackages = 25 * 1000;
     static constexpr int mostLogLines = 100;
 
     qint64 memory;
@@ -59,7 +65,8 @@ private:
     const bool isLimited = reading < std::numeric_limits<qint64>::max();
 };
 
-inline constexpr int longestText = 1024; // of a name, a version, a word
+inline constexpr int longestText = 1024; // of a name, a word
+inline constexpr int longestRelease = 256;
 inline constexpr int longestUrl = 2048;
 inline constexpr int longestComment = 64 * 1024;
 inline constexpr int longestWords = 64 * 1024; // all of one element together

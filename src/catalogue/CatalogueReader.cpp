@@ -108,10 +108,15 @@ int addOwnUrls(const Element &level, const QString &word, const QString &languag
     return count;
 }
 
+int shownSize(const QString &text)
+{
+    return int(visible(text).size());
+}
+
 struct Words
 {
     QStringSet set;
-    int characters = 0; // of them all
+    int characters = 0; // of them all, as they are shown
 };
 
 /// Sets of words that equal levels inside one set share: by what they say themselves.
@@ -164,7 +169,7 @@ const std::array<Level::Field, Level::fieldCount> Level::fields { {
     { Word::type, longestText, [](Level &level, const QString &text) { level.package.type = text; } },
     { Word::name, longestText, [](Level &level, const QString &text) { level.package.name = text; } },
     { Word::publicName, longestText, [](Level &level, const QString &text) { level.package.publicName = text; } },
-    { Word::release, longestText, [](Level &level, const QString &text) { level.package.release = text; } },
+    { Word::release, longestRelease, [](Level &level, const QString &text) { level.package.release = text; } },
     { Word::publicRelease, longestText, [](Level &level, const QString &text) { level.package.publicRelease = text; } },
     { Word::status, longestText, [](Level &level, const QString &text) { level.package.status = text; } },
     { Word::releaseDate, longestText,
@@ -218,7 +223,7 @@ void Level::addWords(const Element &element, const QString &word, Unions &unions
             allowance.checkLength(one, longestText);
         united.set.unite(words.set);
         for (const QString &one : std::as_const(united.set))
-            united.characters += int(one.size());
+            united.characters += shownSize(one) + 2; // and what stands between them
         allowance.spendOnWords(united.set.size());
         known = unions.insert(own, united);
     }
@@ -248,8 +253,8 @@ PackageInfo Level::finished(Allowance &allowance) const
     PackageInfo whole = package;
     whole.platforms = platforms.set;
     whole.languages = languages.set;
-    allowance.spendOnReading(whole.name.size() + whole.publicName.size() + whole.release.size()
-                             + whole.publicRelease.size() + platforms.characters + languages.characters);
+    allowance.spendOnReading(shownSize(whole.name) + shownSize(whole.publicName) + shownSize(whole.release)
+                             + shownSize(whole.publicRelease) + platforms.characters + languages.characters);
     whole.url = QUrl(baseUrl + url);
     const QString address = whole.url.toString();
     whole.suffix = packageSuffix(address);
@@ -309,19 +314,25 @@ void appendPackages(const Element &set, Allowance &allowance, PackageInfoList &o
 
 } // namespace
 
+PackageInfoList parseCatalogue(QIODevice *device)
+{
+    const XmlTree tree(device);
+    Allowance allowance = Allowance::ofCatalogue();
+    allowance.checkPackages(tree.count(Word::package));
+    PackageInfoList packages;
+    packages.reserve(tree.count(Word::package));
+    appendPackages(tree.documentElement(), allowance, packages);
+    if (allowance.linesNotLogged() > 0)
+        LogQt::write(Log::Error,
+                     QStringLiteral("DownloadManager::parsePackageType() -> %1 more suspicious package suffixes")
+                         .arg(allowance.linesNotLogged()));
+    return packages;
+}
+
 PackageInfoList readCatalogue(QIODevice *device)
 {
     try {
-        const XmlTree tree(device);
-        PackageInfoList packages;
-        packages.reserve(tree.count(Word::package));
-        Allowance allowance = Allowance::ofCatalogue();
-        appendPackages(tree.documentElement(), allowance, packages);
-        if (allowance.linesNotLogged() > 0)
-            LogQt::write(Log::Error,
-                         QStringLiteral("DownloadManager::parsePackageType() -> %1 more suspicious package suffixes")
-                             .arg(allowance.linesNotLogged()));
-        return packages;
+        return parseCatalogue(device);
     } catch (const ParseException &) {
         LogQt::write(Log::Warning, QStringLiteral("XML parser error"));
         return PackageInfoList();

@@ -1,10 +1,11 @@
-// Texts of a catalogue into sizes, dates and package suffixes. Called for each package that is read; what is unreadable
-// becomes 0 or null, and only a suspicious suffix is worth a line in the log.
+// Texts of a catalogue into sizes, dates, package suffixes and what people read. Called for each package that is read;
+// what is unreadable becomes 0 or null, and only a suspicious suffix is worth a line in the log.
 #include "CatalogueValues.h"
 
 #include "Kinds.h"
 #include "LogQt.h"
 
+#include <algorithm>
 #include <cmath>
 #include <initializer_list>
 
@@ -60,6 +61,15 @@ QDateTime plainReleaseDate(const QString &text)
     return time.isValid() ? QDateTime(QDate(century * 100 + year, month, day), time) : QDateTime();
 }
 
+/// True for what nobody sees and what turns the direction of the text around it.
+bool isControl(QChar c)
+{
+    if (c > QChar(0x1f) && c < QChar(0x7f))
+        return false;
+    const bool turns = (c >= QChar(0x202a) && c <= QChar(0x202e)) || (c >= QChar(0x2066) && c <= QChar(0x2069));
+    return turns || (c.category() == QChar::Other_Control && !c.isSpace());
+}
+
 } // namespace
 
 qint64 parseFileSize(const QString &text)
@@ -110,6 +120,19 @@ QString packageSuffix(const QString &urlText)
 bool isSuspiciousSuffix(const QString &suffix)
 {
     return suffix.size() < 3 || suffix.size() > 7;
+}
+
+QString visible(const QString &text)
+{
+    if (std::none_of(text.cbegin(), text.cend(), isControl))
+        return text;
+    QString shown;
+    for (const QChar c : text) {
+        shown += isControl(c)
+            ? QStringLiteral("<U+%1>").arg(QString::number(c.unicode(), 16).toUpper(), 4, QLatin1Char('0'))
+            : QString(c);
+    }
+    return shown;
 }
 
 } // namespace qv

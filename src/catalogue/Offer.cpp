@@ -2,40 +2,16 @@
 // each check and for its table, and by qv-catalogue.
 #include "Offer.h"
 
+#include "CatalogueValues.h"
 #include "Kinds.h"
 #include "Selection.h"
 
 #include <QCoreApplication>
 #include <QLocale>
 
-#include <algorithm>
-
 namespace qv {
 
 namespace {
-
-/// True for what nobody sees and what turns the direction of the text around it.
-bool isControl(QChar c)
-{
-    if (c > QChar(0x1f) && c < QChar(0x7f))
-        return false;
-    const bool turns = (c >= QChar(0x202a) && c <= QChar(0x202e)) || (c >= QChar(0x2066) && c <= QChar(0x2069));
-    return turns || (c.category() == QChar::Other_Control && !c.isSpace());
-}
-
-/// Shows such characters as what they are: <U+202E>.
-QString visible(const QString &text)
-{
-    if (std::none_of(text.cbegin(), text.cend(), isControl))
-        return text;
-    QString shown;
-    for (const QChar c : text) {
-        shown += isControl(c)
-            ? QStringLiteral("<U+%1>").arg(QString::number(c.unicode(), 16).toUpper(), 4, QLatin1Char('0'))
-            : QString(c);
-    }
-    return shown;
-}
 
 QString joined(const QStringSet &words)
 {

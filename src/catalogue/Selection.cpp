@@ -56,7 +56,8 @@ public:
     void take(PackageInfo &package)
     {
         const VersionNumber version = VersionNumber::fromText(package.release);
-        if ((!filter.release.isEmpty() && version <= installed) || !package.filterPackageCandidate(rest, wantedSuffixes))
+        if ((!filter.release.isEmpty() && version <= installed)
+            || !package.filterPackageCandidate(rest, wantedSuffixes))
             return;
         package.type = type;
         newest.offer(version, package.release, package);
@@ -109,7 +110,7 @@ public:
     }
 
 private:
-    std::vector<int> ranks;               // by position
+    std::vector<int> ranks;              // by position
     std::vector<VersionNumber> versions; // ascending, each once: the first has rank 1
 };
 

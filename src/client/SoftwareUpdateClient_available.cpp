@@ -29,6 +29,20 @@ void openInBrowser(const QUrl &url, const char *refusal)
         LogQt::write(Log::Error, QLatin1String(refusal) + url.toString());
 }
 
+/// Equal texts are held once: thousands of packages may share long ones.
+QList<QStringList> rowsOf(const PackageInfoList &packages)
+{
+    QStringSet texts;
+    QList<QStringList> rows;
+    rows.reserve(packages.size());
+    for (const PackageInfo &package : packages) {
+        rows << packageRow(package);
+        for (QString &text : rows.last())
+            text = *texts.insert(text);
+    }
+    return rows;
+}
+
 } // namespace
 
 void SoftwareUpdateClient::updateAvailable()
@@ -51,10 +65,7 @@ void SoftwareUpdateClient::updateAvailable()
         qv::connect(d->availableDialog, SIGNAL(openUpdateSettings()), this,
                     SLOT(openSettingsDialogFromUpdateAvailableDialog()));
     }
-    QList<QStringList> rows;
-    for (const PackageInfo &package : std::as_const(d->packages))
-        rows << packageRow(package);
-    d->availableDialog->setTableEntries(rows);
+    d->availableDialog->setTableEntries(rowsOf(d->packages));
     d->availableDialog->setTableHeaders({ QCoreApplication::translate("SoftwareUpdateClient", "Name"),
                                           QCoreApplication::translate("SoftwareUpdateClient", "File Size"),
                                           QCoreApplication::translate("SoftwareUpdateClient", "File Type"),
