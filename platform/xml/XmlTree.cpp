@@ -12,6 +12,7 @@ namespace {
 
 constexpr int none = -1;
 constexpr int maxNamesInElement = 256;
+constexpr int maxNames = 4096;
 
 QString textOf(const QByteArray &bytes, int begin, int size)
 {
@@ -76,6 +77,8 @@ int XmlTree::nameId(QStringView name)
     const auto known = nameIds.constFind(name);
     if (known != nameIds.cend())
         return *known;
+    if (names.size() == maxNames)
+        throw ParseException(QStringLiteral("XML refused: too many names"));
     names.push_back(name.toString());
     return *nameIds.insert(names.back(), int(names.size()) - 1);
 }

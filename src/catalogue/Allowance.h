@@ -13,7 +13,7 @@ namespace qv {
 class Allowance
 {
 public:
-    static Allowance ofCatalogue() { return Allowance(64LL << 20, 16LL << 20); }
+    static Allowance ofCatalogue() { return Allowance(48LL << 20, 8LL << 20); }
     static Allowance unlimited()
     {
         return Allowance(std::numeric_limits<qint64>::max(), std::numeric_limits<qint64>::max());
@@ -35,11 +35,12 @@ public:
     bool spendOnLogLine() { return ++logLines <= mostLogLines; }
     int linesNotLogged() const { return std::max(logLines - mostLogLines, 0); }
 
-    void spendOnWords(qint64 count) { spend(memory, 200 + count * 40); }
+    /// For a set of so many words, of which @p own are held nowhere else.
+    void spendOnWords(qint64 count, qint64 own) { spend(memory, 200 + (count + own) * 40); }
     void spendOnLinks(qint64 count) { spend(memory, count * 100); }
 
     /// For an address that is put together, and taken apart again by QUrl.
-    void spendOnUrl(qint64 characters) { spend(memory, characters * 4); }
+    void spendOnUrl(qint64 characters) { spend(memory, 250 + characters * 4); }
 
 private:
     Allowance(qint64 bytes, qint64 characters) : memory(bytes), reading(characters) { }
@@ -56,7 +57,7 @@ private:
             refuse(excess);
     }
 
-    static constexpr int mostPackages = 25 * 1000;
+    static constexpr int mostPackages = 20 * 1000;
     static constexpr int mostLogLines = 100;
 
     qint64 memory;

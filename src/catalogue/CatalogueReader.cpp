@@ -221,10 +221,11 @@ void Level::addWords(const Element &element, const QString &word, Unions &unions
         Words united { StringUtils::splitStringSet(own, StringUtils::splitWords, Qt::SkipEmptyParts) };
         for (const QString &one : std::as_const(united.set))
             allowance.checkLength(one, longestText);
+        const auto ownCount = united.set.size();
         united.set.unite(words.set);
         for (const QString &one : std::as_const(united.set))
             united.characters += shownSize(one) + 2; // and what stands between them
-        allowance.spendOnWords(united.set.size());
+        allowance.spendOnWords(united.set.size(), ownCount);
         known = unions.insert(own, united);
     }
     words = *known;
