@@ -19,6 +19,23 @@ QString textOf(const QByteArray &bytes, int begin, int size)
     return size == 0 ? QStringLiteral("") : QString::fromUtf8(bytes.constData() + begin, size);
 }
 
+/// As UTF-8. Nearly all is ASCII, and needs no text in between.
+void append(QByteArray &bytes, QStringView text)
+{
+    const auto before = bytes.size();
+    bytes.resize(int(before + text.size()));
+    char *next = bytes.data() + before;
+    ushort all = 0;
+    for (const QChar c : text) {
+        all |= c.unicode();
+        *next++ = char(c.unicode());
+    }
+    if (all > 0x7f) {
+        bytes.resize(int(before));
+        bytes += text.toUtf8();
+    }
+}
+
 } // namespace
 
 XmlTree::XmlTree(QIODevice *device)
@@ -34,7 +51,7 @@ XmlTree::XmlTree(QIODevice *device)
             nodes[size_t(current)].text.size = int(texts.size()) - nodes[size_t(current)].text.begin;
             current = nodes[size_t(current)].parent;
         } else if (reader.isText()) {
-            texts += reader.token().text().toUtf8();
+            append(texts, reader.token().text());
         }
     }
     nodes.front().text.size = int(texts.size());
@@ -46,9 +63,9 @@ void XmlTree::open(const XmlReader &reader, int parent)
     const int firstAttribute = int(attributes.size());
     const auto given = reader.token().attributes();
     for (const QXmlStreamAttribute &attribute : given) {
-        const QByteArray value = attribute.value().toUtf8();
-        attributes.push_back({ nameId(attribute.qualifiedName()), { int(values.size()), int(value.size()) } });
-        values += value;
+        const int begin = int(values.size());
+        append(values, attribute.value());
+        attributes.push_back({ nameId(attribute.qualifiedName()), { begin, int(values.size()) - begin } });
     }
     nodes.push_back({ name, parent, firstAttribute, int(attributes.size()), none, none, { int(texts.size()), 0 } });
     addToGroup(parent, int(nodes.size()) - 1);

@@ -130,8 +130,12 @@ public:
     template<class Element>
     Level over(const Element &element, Allowance &allowance) const;
 
+    /// Takes what @p element says; its neighbours inside @p around share with it.
+    template<class Element>
+    void add(const Element &element, const Level &around, Allowance &allowance);
+
     /// The package, when all its levels have been read.
-    PackageInfo finished(Allowance &allowance) const;
+    PackageInfo finished(Allowance &allowance) &&;
 
     /// Forgets what neighbours share: no more packages stand at this level.
     void close() { platformUnions = languageUnions = Unions(); }
@@ -192,28 +196,35 @@ Level Level::over(const Element &element, Allowance &allowance) const
     level.language = language;
     level.platforms = platforms;
     level.languages = languages;
+    level.add(element, *this, allowance);
+    return level;
+}
+
+template<class Element>
+void Level::add(const Element &element, const Level &around, Allowance &allowance)
+{
     for (size_t i = 0; i < fields.size(); ++i) {
         const auto value = ownValue(element, fields[i].word);
         if (!value)
             continue;
         allowance.checkLength(*value, fields[i].longest);
-        if (neighbours[i] != *value)
-            neighbours[i] = *value;
-        fields[i].fill(level, neighbours[i]);
+        if (around.neighbours[i] != *value)
+            around.neighbours[i] = *value;
+        fields[i].fill(*this, around.neighbours[i]);
     }
-    addWords(element, Word::platform, platformUnions, allowance, level.platforms);
-    addWords(element, Word::language, languageUnions, allowance, level.languages);
-    level.addUrls(element, Word::releaseNotes, allowance, level.package.releaseNotes);
-    level.addUrls(element, Word::readme, allowance, level.package.readme);
-    return level;
+    addWords(element, Word::platform, around.platformUnions, allowance, platforms);
+    addWords(element, Word::language, around.languageUnions, allowance, languages);
+    addUrls(element, Word::releaseNotes, allowance, package.releaseNotes);
+    addUrls(element, Word::readme, allowance, package.readme);
 }
 
 template<class Element>
 void Level::addWords(const Element &element, const QString &word, Unions &unions, Allowance &allowance, Words &words)
 {
     QString own;
-    forEachOwn(element, word, [&own](const QString &text) { own += text + QLatin1Char(' '); });
-    if (own.trimmed().isEmpty())
+    forEachOwn(element, word,
+               [&own](const QString &text) { own = own.isEmpty() ? text : own + QLatin1Char(' ') + text; });
+    if (std::all_of(own.cbegin(), own.cend(), [](QChar c) { return c.isSpace(); }))
         return;
     allowance.checkLength(own, longestWords);
     auto known = unions.constFind(own);
@@ -248,10 +259,10 @@ void Level::addUrls(const Element &element, const QString &word, Allowance &allo
     urls = own;
 }
 
-PackageInfo Level::finished(Allowance &allowance) const
+PackageInfo Level::finished(Allowance &allowance) &&
 {
     allowance.spendOnUrl(baseUrl.size() + url.size());
-    PackageInfo whole = package;
+    PackageInfo whole = std::move(package);
     whole.platforms = platforms.set;
     whole.languages = languages.set;
     allowance.spendOnReading(shownSize(whole.name) + shownSize(whole.publicName) + shownSize(whole.release)
@@ -280,9 +291,11 @@ Level levelOf(const Element &element, Allowance &allowance)
 template<class Element>
 PackageInfo packageOver(const Level &around, const Element &package, Allowance &allowance)
 {
-    const Level level = around.over(package, allowance);
+    Level level = around.over(package, allowance);
     const Element file = package.firstChild(Word::file);
-    return (file.isNull() ? level : level.over(file, allowance)).finished(allowance);
+    if (!file.isNull())
+        level.add(file, level, allowance);
+    return std::move(level).finished(allowance);
 }
 
 /// Appends the packages of @p set, then those of the sets in it. A list instead of recursion: sets nest as deep as the

@@ -70,6 +70,16 @@ bool isControl(QChar c)
     return turns || (c.category() == QChar::Other_Control && !c.isSpace());
 }
 
+/// Cuts what stands behind the last dot off @p text; dots in a row, or at the end, count as one.
+QString takeLastSection(QString &text)
+{
+    while (text.endsWith(QLatin1Char('.')))
+        text.chop(1);
+    const QString section = text.mid(text.lastIndexOf(QLatin1Char('.')) + 1);
+    text.chop(section.size());
+    return section;
+}
+
 } // namespace
 
 qint64 parseFileSize(const QString &text)
@@ -107,14 +117,14 @@ QString parsePackageSuffix(const QString &urlText)
 
 QString packageSuffix(const QString &urlText)
 {
-    const QString last = urlText.section(QLatin1Char('.'), -1, -1, QString::SectionSkipEmpty);
-    const QString secondToLast = urlText.section(QLatin1Char('.'), -2, -2, QString::SectionSkipEmpty);
-    QString suffix = last;
-    if (last == Suffix::zip && secondToLast == Suffix::mpkg)
-        suffix = secondToLast;
-    else if ((last == QLatin1String("gz") || last == QLatin1String("bz2")) && secondToLast == QLatin1String("tar"))
-        suffix = secondToLast + QLatin1Char('.') + last;
-    return suffix;
+    QString rest = urlText;
+    const QString last = takeLastSection(rest);
+    if (last != Suffix::zip && last != QLatin1String("gz") && last != QLatin1String("bz2"))
+        return last;
+    const QString secondToLast = takeLastSection(rest);
+    if (last == Suffix::zip)
+        return secondToLast == Suffix::mpkg ? secondToLast : last;
+    return secondToLast == QLatin1String("tar") ? secondToLast + QLatin1Char('.') + last : last;
 }
 
 bool isSuspiciousSuffix(const QString &suffix)
