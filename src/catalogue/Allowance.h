@@ -1,8 +1,8 @@
 #pragma once
 
+#include "LogLimit.h"
 #include "ParseException.h"
 
-#include <algorithm>
 #include <limits>
 
 namespace qv {
@@ -31,13 +31,13 @@ public:
     }
     void spendOnReading(qint64 characters) { spend(reading, characters, "names and words add up to too much"); }
 
-    /// False where the log has enough of this catalogue's suffixes.
-    bool spendOnLogLine() { return ++logLines <= mostLogLines; }
-    int linesNotLogged() const { return std::max(logLines - mostLogLines, 0); }
-
     /// For a set of so many words, of which @p own are held nowhere else.
     void spendOnWords(qint64 count, qint64 own) { spend(memory, 200 + (count + own) * 40); }
     void spendOnLinks(qint64 count) { spend(memory, count * 100); }
+
+    LogLimit suspiciousSuffixes {
+        Log::Error, QStringLiteral("DownloadManager::parsePackageType() -> %1 more suspicious package suffixes")
+    };
 
     /// For an address that is put together, and taken apart again by QUrl.
     void spendOnUrl(qint64 characters) { spend(memory, 250 + characters * 4); }
@@ -58,11 +58,9 @@ private:
     }
 
     static constexpr int mostPackages = 20 * 1000;
-    static constexpr int mostLogLines = 100;
 
     qint64 memory;
     qint64 reading;
-    int logLines = 0;
     const bool isLimited = reading < std::numeric_limits<qint64>::max();
 };
 

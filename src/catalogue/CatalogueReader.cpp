@@ -270,7 +270,7 @@ PackageInfo Level::finished(Allowance &allowance) &&
     whole.url = QUrl(baseUrl + url);
     const QString address = whole.url.toString();
     whole.suffix = packageSuffix(address);
-    if (isSuspiciousSuffix(whole.suffix) && allowance.spendOnLogLine())
+    if (isSuspiciousSuffix(whole.suffix) && allowance.suspiciousSuffixes.hasRoom())
         parsePackageSuffix(address); // which tells the log
     return whole;
 }
@@ -336,10 +336,6 @@ PackageInfoList parseCatalogue(QIODevice *device)
     PackageInfoList packages;
     packages.reserve(tree.count(Word::package));
     appendPackages(tree.documentElement(), allowance, packages);
-    if (allowance.linesNotLogged() > 0)
-        LogQt::write(Log::Error,
-                     QStringLiteral("DownloadManager::parsePackageType() -> %1 more suspicious package suffixes")
-                         .arg(allowance.linesNotLogged()));
     return packages;
 }
 

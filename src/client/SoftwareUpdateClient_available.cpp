@@ -5,7 +5,7 @@
 #include "BrowserLinks.h"
 #include "ConnectHelpers.h"
 #include "Kinds.h"
-#include "LogQt.h"
+#include "LogLimit.h"
 #include "Offer.h"
 #include "SoftwareUpdateAvailableDialog.h"
 #include "SoftwareUpdateDialog.h"
@@ -21,11 +21,11 @@ namespace qv {
 namespace {
 
 /// An empty link is opened too, and does nothing.
-void openInBrowser(const QUrl &url, const char *refusal)
+void openInBrowser(const QUrl &url, const char *refusal, LogLimit *limit = nullptr)
 {
     if (url.isEmpty() || isForBrowser(url))
         QDesktopServices::openUrl(url);
-    else
+    else if (!limit || limit->hasRoom())
         LogQt::write(Log::Error, QLatin1String(refusal) + url.toString());
 }
 
@@ -117,9 +117,11 @@ void SoftwareUpdateClient::downloadReleaseNotes(const SoftUpIndexList &rows)
 
 void SoftwareUpdateClient::downloadUrls(const SoftUpIndexList &rows)
 {
+    LogLimit limit(Log::Error,
+                   QStringLiteral("SoftwareUpdateClient::downloadUrls() -> %1 more are none for the browser"));
     for (const int row : rows)
         openInBrowser(d->packages.value(row).url,
-                      "SoftwareUpdateClient::downloadUrls() -> no address for the browser: ");
+                      "SoftwareUpdateClient::downloadUrls() -> no address for the browser: ", &limit);
 }
 
 void SoftwareUpdateClient::deleteUpdateAvailableDialog()
