@@ -242,7 +242,7 @@ private slots:
         // Shared by all, and walked for each.
         row("words in an index", "<s platform='" + words + "'>" + many("<package/>") + "</s>");
         row("names in a table", "<s public-name='" + QByteArray(1000, 'n') + "'>" + many("<package/>") + "</s>");
-        row("version", "<s><package release='" + QByteArray(257, '1') + "'/></s>");
+        row("version", "<s><package release='" + QByteArray(129, '1') + "'/></s>");
         for (const char *value : { "name", "platform", "url", "comment" })
             row(value, QByteArray("<s><package ") + value + "='" + QByteArray(65'537, 'v') + "'/></s>");
     }

@@ -77,8 +77,10 @@ std::vector<int> PackageIndex::positions(const QStringSet &platforms) const
     }
     sortOnce(found);
     std::vector<int> packages;
-    for (const int group : found)
-        packages.insert(packages.end(), groups[size_t(group)].cbegin(), groups[size_t(group)].cend());
+    for (const int group : found) {
+        for (const int position : groups[size_t(group)])
+            packages.push_back(position);
+    }
     sortOnce(packages);
     return packages;
 }

@@ -90,7 +90,7 @@ public:
             }
             ranks.push_back(*one);
         }
-        std::sort(sorted.begin(), sorted.end());
+        std::sort(sorted.begin(), sorted.end(), [](const auto &a, const auto &b) { return a.first < b.first; });
         std::vector<int> rankOf(sorted.size());
         for (const auto &[version, number] : sorted) {
             if (versions.empty() || versions.back() < version)
