@@ -306,7 +306,8 @@ private slots:
     }
 
     // Read, selected for 500 cameras, shown, selected from and remembered within 2 s of processor time, of which a
-    // debug build may take three times as many, and 128 MiB beside the server's copies; or refused within that.
+    // debug build on a busy machine may take six times as many, and 128 MiB beside the server's copies; or refused
+    // within that.
     void hostileCatalogues_data()
     {
         columns<QByteArray, QByteArray, int>("set", "package", "count"); // %: the number of the package
