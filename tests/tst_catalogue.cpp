@@ -226,10 +226,11 @@ private slots:
         const auto many = [](const QByteArray &element) { return element.repeated(19'000); };
         const QByteArray packages = many("<package platform='x'><readme url='y'/></package>");
         const QByteArray url(2000, 'u');
-        QByteArray words, others;
+        QByteArray words, others, names;
         for (int i = 0; i < 19'000; ++i) {
             if (i < 9000)
                 words += QByteArray::number(i) + ' ';
+            names += "<b><a" + QByteArray::number(i) + "/></b>";
             others += "<package platform='x" + QByteArray::number(i) + "'/>";
         }
         row("packages", "<s>" + QByteArray("<package/>").repeated(20'001) + "</s>");
@@ -242,6 +243,7 @@ private slots:
         // Shared by all, and walked for each.
         row("words in an index", "<s platform='" + words + "'>" + many("<package/>") + "</s>");
         row("names in a table", "<s public-name='" + QByteArray(1000, 'n') + "'>" + many("<package/>") + "</s>");
+        row("names of elements", "<s><package/>" + names + "</s>");
         row("version", "<s><package release='" + QByteArray(129, '1') + "'/></s>");
         for (const char *value : { "name", "platform", "url", "comment" })
             row(value, QByteArray("<s><package ") + value + "='" + QByteArray(65'537, 'v') + "'/></s>");

@@ -329,7 +329,6 @@ private slots:
             package, 20'000);
         row("links", model,
             "<package file-size='%'>" + QByteArray("<readme url='http://h/%'/>").repeated(12) + "</package>", 20'000);
-        row("names of elements", model, QByteArray("<a><b%0/><b%1/><b%2/><b%3/><b%4/><b%5/><b%6/><b%7/></a>"), 95'000);
     }
     void hostileCatalogues()
     {

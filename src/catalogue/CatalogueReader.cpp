@@ -119,7 +119,7 @@ struct Words
     int characters = 0; // of them all, as they are shown
 };
 
-/// Sets of words that equal levels inside one set share: by what they say themselves.
+/// Sets of words that equal levels inside one set share, or all that inherit none: by what they say themselves.
 using Unions = QHash<QString, Words>;
 
 /// All values of one level of the document, those inherited included. Whatever a level does not change it shares with
@@ -127,6 +127,8 @@ using Unions = QHash<QString, Words>;
 class Level
 {
 public:
+    Level() : Level(std::make_shared<Unions>()) { }
+
     template<class Element>
     Level over(const Element &element, Allowance &allowance) const;
 
@@ -141,6 +143,8 @@ public:
     void close() { platformUnions = languageUnions = Unions(); }
 
 private:
+    explicit Level(const std::shared_ptr<Unions> &firstUnions) : firstUnions(firstUnions) { }
+
     static constexpr size_t fieldCount = 12;
 
     /// What a single value fills. One line for each.
@@ -167,6 +171,7 @@ private:
     mutable std::array<QString, fieldCount> neighbours; // what the last one inside said of each field
     mutable Unions platformUnions;
     mutable Unions languageUnions;
+    std::shared_ptr<Unions> firstUnions; // of all levels that inherit none
 };
 
 const std::array<Level::Field, Level::fieldCount> Level::fields { {
@@ -189,7 +194,7 @@ const std::array<Level::Field, Level::fieldCount> Level::fields { {
 template<class Element>
 Level Level::over(const Element &element, Allowance &allowance) const
 {
-    Level level;
+    Level level(firstUnions);
     level.package = package;
     level.baseUrl = baseUrl;
     level.url = url;
@@ -212,8 +217,10 @@ void Level::add(const Element &element, const Level &around, Allowance &allowanc
             around.neighbours[i] = *value;
         fields[i].fill(*this, around.neighbours[i]);
     }
-    addWords(element, Word::platform, around.platformUnions, allowance, platforms);
-    addWords(element, Word::language, around.languageUnions, allowance, languages);
+    addWords(element, Word::platform, platforms.set.isEmpty() ? *firstUnions : around.platformUnions, allowance,
+             platforms);
+    addWords(element, Word::language, languages.set.isEmpty() ? *firstUnions : around.languageUnions, allowance,
+             languages);
     addUrls(element, Word::releaseNotes, allowance, package.releaseNotes);
     addUrls(element, Word::readme, allowance, package.readme);
 }
