@@ -43,7 +43,7 @@ private:
     QString release = QStringLiteral("0");
 };
 
-/// As Newest, for one filter, each version parsed once.
+/// As Newest, for one filter, each version parsed once. The packages stay where they are meanwhile.
 class Candidates
 {
 public:
@@ -60,10 +60,16 @@ public:
             || !package.filterPackageCandidate(rest, wantedSuffixes))
             return;
         package.type = type;
-        newest.offer(version, package.release, package);
+        newest.offer(version, package.release, &package);
     }
 
-    PackageInfoList packages() const { return newest.entries; }
+    PackageInfoList packages() const
+    {
+        PackageInfoList copies;
+        for (const PackageInfo *package : newest.entries)
+            copies.append(*package);
+        return copies;
+    }
 
 private:
     const PackageInfo &filter;
@@ -71,7 +77,7 @@ private:
     const VersionNumber installed;
     const QString &type;
     const QStringList &wantedSuffixes;
-    Newest<VersionNumber, PackageInfo> newest { VersionNumber() };
+    Newest<VersionNumber, const PackageInfo *> newest { VersionNumber() };
 };
 
 /// The releases of a list in the order of their versions: numbers compare where hundreds of filters look at each.
