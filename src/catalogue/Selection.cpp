@@ -145,6 +145,8 @@ PackageInfoList findPackageCandidates(PackageInfoList &packages, const PackageIn
 PackageInfoList findFirmware(const PackageInfoList &packages, const SoftUpCurrentCameraVersions &cameras,
                              const QString &status)
 {
+    if (cameras.isEmpty())
+        return PackageInfoList();
     const PackageIndex index(packages);
     const Ranks ranks(packages);
     std::vector<bool> isTaken(size_t(packages.size()));
