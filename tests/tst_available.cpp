@@ -144,6 +144,11 @@ private slots:
         QCOMPARE(opened, (QList<QUrl> { QUrl("http://h/notes"), QUrl("http://h/a.deb"), QUrl("http://h/b.zip") }));
         QCOMPARE(log.take().last(),
                  QString("SoftwareUpdateClient::downloadUrls() -> no address for the browser: smb://me@h/c.zip"));
+        QMetaObject::invokeMethod(&client, "downloadUrls",
+                                  Q_ARG(SoftUpIndexList, SoftUpIndexList(QVector<int>(102, 2).toList())));
+        const QStringList lines = log.take();
+        QCOMPARE(lines.size(), 101);
+        QCOMPARE(lines.last(), QString("SoftwareUpdateClient::downloadUrls() -> 2 more are none for the browser"));
 
         button("updateSettingsPushButton")->click();
         QVERIFY(host.settingsDialog()->isModal() && host.settingsDialog()->isVisible());

@@ -55,8 +55,8 @@ private slots:
         columns<QByteArray, QString>("packages", "findings");
         row("nothing", package(), "");
         row("broken", QByteArray("<package>"), "(line 2); clients|[xml]");
-        row("unfolds to too much", "<base-url>" + QByteArray(1 << 20, 'x') + "</base-url>" + package().repeated(17),
-            "unfold to too much; clients|[xml]");
+        row("too long a value", "<base-url>" + QByteArray(1 << 20, 'x') + "</base-url>" + package().repeated(17),
+            "refused: a value is too long; clients|[xml]");
         row("empty", QByteArray("<package-set/>"), "no package|[empty]");
         row("no url", package("url=''"), "1 1.0: no url;|[url]");
         row("relative url", package("url='a.zip'"), "1 1.0: url names no server: \"a.zip\"|[url]");

@@ -3,6 +3,7 @@
 #include "PackageIndex.h"
 #include "QtCompat.h"
 #include "Row.h"
+#include "SoftwareUpdateClient.h"
 
 #include <QtTest>
 
@@ -179,8 +180,10 @@ private slots:
             return set;
         };
         PackageInfoList packages;
-        for (int i = 0; i < 200; ++i)
-            packages << package(QString::number(random.bounded(4)), "STABLE", words());
+        for (int i = 0; i < 200; ++i) {
+            packages << package(QStringList { "0", "1", "2.0", "2" }.at(random.bounded(4)), "STABLE", words());
+            packages.last().fileSize = i % 150;
+        }
         const PackageIndex index(packages);
         for (int i = 0; i < 100; ++i) {
             PackageInfo filter;
@@ -190,6 +193,19 @@ private slots:
                      releases(DownloadManager::findPackageCandidates(other, filter, "kind", {})));
             for (int j = 0; j < packages.size(); ++j)
                 QCOMPARE(one[j].type, other[j].type);
+
+            // All cameras at once.
+            SoftwareUpdateSettings settings;
+            PackageInfoList expected;
+            for (const QString &model : QStringSet(filter.platforms)) {
+                filter.platforms = { model };
+                filter.release = QString::number(random.bounded(3));
+                settings.currentCameraVersions.append(qMakePair(model, VersionNumber::fromText(filter.release)));
+                expected += DownloadManager::findPackageCandidates(one, filter, "kind", {});
+            }
+            DownloadManager::eliminateDuplicatePackages(expected);
+            QCOMPARE(releases(SoftwareUpdateClient::offeredPackages(packages, "none", settings, true)),
+                     releases(expected));
         }
     }
 

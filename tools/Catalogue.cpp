@@ -62,17 +62,12 @@ Catalogue loadCatalogue(const QString &source)
     device.open(QIODevice::ReadOnly);
     try {
         XmlUtils::parseXml(&device, &catalogue.document);
+        device.seek(0);
+        catalogue.packages = parseCatalogue(&device); // stricter than the reader of single documents
     } catch (const ParseException &refusal) {
         throw Refused(source + QStringLiteral(": ") + refusal.message());
     }
     collectPackages(catalogue.document.documentElement(), catalogue.elements);
-
-    device.seek(0);
-    catalogue.packages = readCatalogue(&device);
-    // The reader of whole catalogues is stricter than that of single documents.
-    if (catalogue.packages.size() != catalogue.elements.size())
-        throw Refused(
-            source + QStringLiteral(": an element has too many names in it, or inherited values unfold to too much"));
     return catalogue;
 }
 

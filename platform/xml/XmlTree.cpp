@@ -12,10 +12,28 @@ namespace {
 
 constexpr int none = -1;
 constexpr int maxNamesInElement = 256;
+constexpr int maxNames = 4096;
 
 QString textOf(const QByteArray &bytes, int begin, int size)
 {
     return size == 0 ? QStringLiteral("") : QString::fromUtf8(bytes.constData() + begin, size);
+}
+
+/// As UTF-8. Nearly all is ASCII, and needs no text in between.
+void append(QByteArray &bytes, QStringView text)
+{
+    const auto before = bytes.size();
+    bytes.resize(int(before + text.size()));
+    char *next = bytes.data() + before;
+    ushort all = 0;
+    for (const QChar c : text) {
+        all |= c.unicode();
+        *next++ = char(c.unicode());
+    }
+    if (all > 0x7f) {
+        bytes.resize(int(before));
+        bytes += text.toUtf8();
+    }
 }
 
 } // namespace
@@ -33,7 +51,7 @@ XmlTree::XmlTree(QIODevice *device)
             nodes[size_t(current)].text.size = int(texts.size()) - nodes[size_t(current)].text.begin;
             current = nodes[size_t(current)].parent;
         } else if (reader.isText()) {
-            texts += reader.token().text().toUtf8();
+            append(texts, reader.token().text());
         }
     }
     nodes.front().text.size = int(texts.size());
@@ -45,9 +63,9 @@ void XmlTree::open(const XmlReader &reader, int parent)
     const int firstAttribute = int(attributes.size());
     const auto given = reader.token().attributes();
     for (const QXmlStreamAttribute &attribute : given) {
-        const QByteArray value = attribute.value().toUtf8();
-        attributes.push_back({ nameId(attribute.qualifiedName()), { int(values.size()), int(value.size()) } });
-        values += value;
+        const int begin = int(values.size());
+        append(values, attribute.value());
+        attributes.push_back({ nameId(attribute.qualifiedName()), { begin, int(values.size()) - begin } });
     }
     nodes.push_back({ name, parent, firstAttribute, int(attributes.size()), none, none, { int(texts.size()), 0 } });
     addToGroup(parent, int(nodes.size()) - 1);
@@ -76,6 +94,8 @@ int XmlTree::nameId(QStringView name)
     const auto known = nameIds.constFind(name);
     if (known != nameIds.cend())
         return *known;
+    if (names.size() == maxNames)
+        throw ParseException(QStringLiteral("XML refused: too many names"));
     names.push_back(name.toString());
     return *nameIds.insert(names.back(), int(names.size()) - 1);
 }

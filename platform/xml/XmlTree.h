@@ -22,7 +22,8 @@ class QV_PLATFORM_EXPORT XmlTree
 {
 public:
     /// Reads all of @p device, which is open for reading. Throws ParseException for the same documents as
-    /// XmlUtils::parseXml() does, and when an element has children of more than 256 names.
+    /// XmlUtils::parseXml() does, when an element has children of more than 256 names, and for more than 4,096 names of
+    /// elements and attributes in all.
     explicit XmlTree(QIODevice *device);
 
     XmlElement documentElement() const;

@@ -108,13 +108,18 @@ int addOwnUrls(const Element &level, const QString &word, const QString &languag
     return count;
 }
 
+int shownSize(const QString &text)
+{
+    return int(visible(text).size());
+}
+
 struct Words
 {
     QStringSet set;
-    int characters = 0; // of them all
+    int characters = 0; // of them all, as they are shown
 };
 
-/// Sets of words that equal levels inside one set share: by what they say themselves.
+/// Sets of words that equal levels inside one set share, or all that inherit none: by what they say themselves.
 using Unions = QHash<QString, Words>;
 
 /// All values of one level of the document, those inherited included. Whatever a level does not change it shares with
@@ -122,16 +127,24 @@ using Unions = QHash<QString, Words>;
 class Level
 {
 public:
+    Level() : Level(std::make_shared<Unions>()) { }
+
     template<class Element>
     Level over(const Element &element, Allowance &allowance) const;
 
+    /// Takes what @p element says; its neighbours inside @p around share with it.
+    template<class Element>
+    void add(const Element &element, const Level &around, Allowance &allowance);
+
     /// The package, when all its levels have been read.
-    PackageInfo finished(Allowance &allowance) const;
+    PackageInfo finished(Allowance &allowance) &&;
 
     /// Forgets what neighbours share: no more packages stand at this level.
     void close() { platformUnions = languageUnions = Unions(); }
 
 private:
+    explicit Level(const std::shared_ptr<Unions> &firstUnions) : firstUnions(firstUnions) { }
+
     static constexpr size_t fieldCount = 12;
 
     /// What a single value fills. One line for each.
@@ -158,13 +171,14 @@ private:
     mutable std::array<QString, fieldCount> neighbours; // what the last one inside said of each field
     mutable Unions platformUnions;
     mutable Unions languageUnions;
+    std::shared_ptr<Unions> firstUnions; // of all levels that inherit none
 };
 
 const std::array<Level::Field, Level::fieldCount> Level::fields { {
     { Word::type, longestText, [](Level &level, const QString &text) { level.package.type = text; } },
     { Word::name, longestText, [](Level &level, const QString &text) { level.package.name = text; } },
     { Word::publicName, longestText, [](Level &level, const QString &text) { level.package.publicName = text; } },
-    { Word::release, longestText, [](Level &level, const QString &text) { level.package.release = text; } },
+    { Word::release, longestRelease, [](Level &level, const QString &text) { level.package.release = text; } },
     { Word::publicRelease, longestText, [](Level &level, const QString &text) { level.package.publicRelease = text; } },
     { Word::status, longestText, [](Level &level, const QString &text) { level.package.status = text; } },
     { Word::releaseDate, longestText,
@@ -180,35 +194,44 @@ const std::array<Level::Field, Level::fieldCount> Level::fields { {
 template<class Element>
 Level Level::over(const Element &element, Allowance &allowance) const
 {
-    Level level;
+    Level level(firstUnions);
     level.package = package;
     level.baseUrl = baseUrl;
     level.url = url;
     level.language = language;
     level.platforms = platforms;
     level.languages = languages;
+    level.add(element, *this, allowance);
+    return level;
+}
+
+template<class Element>
+void Level::add(const Element &element, const Level &around, Allowance &allowance)
+{
     for (size_t i = 0; i < fields.size(); ++i) {
         const auto value = ownValue(element, fields[i].word);
         if (!value)
             continue;
         allowance.checkLength(*value, fields[i].longest);
-        if (neighbours[i] != *value)
-            neighbours[i] = *value;
-        fields[i].fill(level, neighbours[i]);
+        if (around.neighbours[i] != *value)
+            around.neighbours[i] = *value;
+        fields[i].fill(*this, around.neighbours[i]);
     }
-    addWords(element, Word::platform, platformUnions, allowance, level.platforms);
-    addWords(element, Word::language, languageUnions, allowance, level.languages);
-    level.addUrls(element, Word::releaseNotes, allowance, level.package.releaseNotes);
-    level.addUrls(element, Word::readme, allowance, level.package.readme);
-    return level;
+    addWords(element, Word::platform, platforms.set.isEmpty() ? *firstUnions : around.platformUnions, allowance,
+             platforms);
+    addWords(element, Word::language, languages.set.isEmpty() ? *firstUnions : around.languageUnions, allowance,
+             languages);
+    addUrls(element, Word::releaseNotes, allowance, package.releaseNotes);
+    addUrls(element, Word::readme, allowance, package.readme);
 }
 
 template<class Element>
 void Level::addWords(const Element &element, const QString &word, Unions &unions, Allowance &allowance, Words &words)
 {
     QString own;
-    forEachOwn(element, word, [&own](const QString &text) { own += text + QLatin1Char(' '); });
-    if (own.trimmed().isEmpty())
+    forEachOwn(element, word,
+               [&own](const QString &text) { own = own.isEmpty() ? text : own + QLatin1Char(' ') + text; });
+    if (std::all_of(own.cbegin(), own.cend(), [](QChar c) { return c.isSpace(); }))
         return;
     allowance.checkLength(own, longestWords);
     auto known = unions.constFind(own);
@@ -216,10 +239,11 @@ void Level::addWords(const Element &element, const QString &word, Unions &unions
         Words united { StringUtils::splitStringSet(own, StringUtils::splitWords, Qt::SkipEmptyParts) };
         for (const QString &one : std::as_const(united.set))
             allowance.checkLength(one, longestText);
+        const auto ownCount = united.set.size();
         united.set.unite(words.set);
         for (const QString &one : std::as_const(united.set))
-            united.characters += int(one.size());
-        allowance.spendOnWords(united.set.size());
+            united.characters += shownSize(one) + 2; // and what stands between them
+        allowance.spendOnWords(united.set.size(), ownCount);
         known = unions.insert(own, united);
     }
     words = *known;
@@ -242,18 +266,18 @@ void Level::addUrls(const Element &element, const QString &word, Allowance &allo
     urls = own;
 }
 
-PackageInfo Level::finished(Allowance &allowance) const
+PackageInfo Level::finished(Allowance &allowance) &&
 {
     allowance.spendOnUrl(baseUrl.size() + url.size());
-    PackageInfo whole = package;
+    PackageInfo whole = std::move(package);
     whole.platforms = platforms.set;
     whole.languages = languages.set;
-    allowance.spendOnReading(whole.name.size() + whole.publicName.size() + whole.release.size()
-                             + whole.publicRelease.size() + platforms.characters + languages.characters);
+    allowance.spendOnReading(shownSize(whole.name) + shownSize(whole.publicName) + shownSize(whole.release)
+                             + shownSize(whole.publicRelease) + platforms.characters + languages.characters);
     whole.url = QUrl(baseUrl + url);
     const QString address = whole.url.toString();
     whole.suffix = packageSuffix(address);
-    if (isSuspiciousSuffix(whole.suffix) && allowance.spendOnLogLine())
+    if (isSuspiciousSuffix(whole.suffix) && allowance.suspiciousSuffixes.hasRoom())
         parsePackageSuffix(address); // which tells the log
     return whole;
 }
@@ -274,9 +298,11 @@ Level levelOf(const Element &element, Allowance &allowance)
 template<class Element>
 PackageInfo packageOver(const Level &around, const Element &package, Allowance &allowance)
 {
-    const Level level = around.over(package, allowance);
+    Level level = around.over(package, allowance);
     const Element file = package.firstChild(Word::file);
-    return (file.isNull() ? level : level.over(file, allowance)).finished(allowance);
+    if (!file.isNull())
+        level.add(file, level, allowance);
+    return std::move(level).finished(allowance);
 }
 
 /// Appends the packages of @p set, then those of the sets in it. A list instead of recursion: sets nest as deep as the
@@ -309,19 +335,21 @@ void appendPackages(const Element &set, Allowance &allowance, PackageInfoList &o
 
 } // namespace
 
+PackageInfoList parseCatalogue(QIODevice *device)
+{
+    const XmlTree tree(device);
+    Allowance allowance = Allowance::ofCatalogue();
+    allowance.checkPackages(tree.count(Word::package));
+    PackageInfoList packages;
+    packages.reserve(tree.count(Word::package));
+    appendPackages(tree.documentElement(), allowance, packages);
+    return packages;
+}
+
 PackageInfoList readCatalogue(QIODevice *device)
 {
     try {
-        const XmlTree tree(device);
-        PackageInfoList packages;
-        packages.reserve(tree.count(Word::package));
-        Allowance allowance = Allowance::ofCatalogue();
-        appendPackages(tree.documentElement(), allowance, packages);
-        if (allowance.linesNotLogged() > 0)
-            LogQt::write(Log::Error,
-                         QStringLiteral("DownloadManager::parsePackageType() -> %1 more suspicious package suffixes")
-                             .arg(allowance.linesNotLogged()));
-        return packages;
+        return parseCatalogue(device);
     } catch (const ParseException &) {
         LogQt::write(Log::Warning, QStringLiteral("XML parser error"));
         return PackageInfoList();

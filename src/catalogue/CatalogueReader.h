@@ -11,9 +11,13 @@ namespace qv {
 /// of the sets in it. A value that a package does not have is taken from the nearest set around; platforms, languages
 /// and links add up over all of them (docs/catalogue.md).
 ///
-/// What is not well-formed XML, or is made to exhaust time or memory (see XmlUtils::parseXml(); likewise packages that
-/// would take more than 64 MiB for what they inherit and cannot share), gives an empty list and a line in the log.
+/// What is not well-formed XML, or is made to exhaust time or memory (see XmlUtils::parseXml() and Allowance), gives an
+/// empty list and a line in the log. What is read can be selected, shown and remembered within 2 s of processor time
+/// and 128 MiB.
 PackageInfoList readCatalogue(QIODevice *device);
+
+/// The same; throws ParseException with the reason.
+PackageInfoList parseCatalogue(QIODevice *device);
 
 // The same rules for single nodes of a DOM.
 

@@ -1,11 +1,12 @@
-// Texts of a catalogue into sizes, dates and package suffixes. Called for each package that is read; what is unreadable
-// becomes 0 or null, and only a suspicious suffix is worth a line in the log.
+// Texts of a catalogue into sizes, dates, package suffixes and what people read. Called for each package that is read;
+// what is unreadable becomes 0 or null, and only a suspicious suffix is worth a line in the log.
 #include "CatalogueValues.h"
 
 #include "Kinds.h"
 #include "LogQt.h"
 #include "StringUtils.h"
 
+#include <algorithm>
 #include <cmath>
 #include <initializer_list>
 
@@ -61,6 +62,25 @@ QDateTime plainReleaseDate(const QString &text)
     return time.isValid() ? QDateTime(QDate(century * 100 + year, month, day), time) : QDateTime();
 }
 
+/// True for what nobody sees and what turns the direction of the text around it.
+bool isControl(QChar c)
+{
+    if (c > QChar(0x1f) && c < QChar(0x7f))
+        return false;
+    const bool turns = (c >= QChar(0x202a) && c <= QChar(0x202e)) || (c >= QChar(0x2066) && c <= QChar(0x2069));
+    return turns || (c.category() == QChar::Other_Control && !c.isSpace());
+}
+
+/// Cuts what stands behind the last dot off @p text; dots in a row, or at the end, count as one.
+QString takeLastSection(QString &text)
+{
+    while (text.endsWith(QLatin1Char('.')))
+        text.chop(1);
+    const QString section = text.mid(text.lastIndexOf(QLatin1Char('.')) + 1);
+    text.chop(section.size());
+    return section;
+}
+
 } // namespace
 
 qint64 parseFileSize(const QString &text)
@@ -100,19 +120,32 @@ QString parsePackageSuffix(const QString &urlText)
 
 QString packageSuffix(const QString &urlText)
 {
-    const QString last = urlText.section(QLatin1Char('.'), -1, -1, QString::SectionSkipEmpty);
-    const QString secondToLast = urlText.section(QLatin1Char('.'), -2, -2, QString::SectionSkipEmpty);
-    QString suffix = last;
-    if (last == Suffix::zip && secondToLast == Suffix::mpkg)
-        suffix = secondToLast;
-    else if ((last == QLatin1String("gz") || last == QLatin1String("bz2")) && secondToLast == QLatin1String("tar"))
-        suffix = secondToLast + QLatin1Char('.') + last;
-    return suffix;
+    QString rest = urlText;
+    const QString last = takeLastSection(rest);
+    if (last != Suffix::zip && last != QLatin1String("gz") && last != QLatin1String("bz2"))
+        return last;
+    const QString secondToLast = takeLastSection(rest);
+    if (last == Suffix::zip)
+        return secondToLast == Suffix::mpkg ? secondToLast : last;
+    return secondToLast == QLatin1String("tar") ? secondToLast + QLatin1Char('.') + last : last;
 }
 
 bool isSuspiciousSuffix(const QString &suffix)
 {
     return suffix.size() < 3 || suffix.size() > 7;
+}
+
+QString visible(const QString &text)
+{
+    if (std::none_of(text.cbegin(), text.cend(), isControl))
+        return text;
+    QString shown;
+    for (const QChar c : text) {
+        shown += isControl(c)
+            ? QStringLiteral("<U+%1>").arg(QString::number(c.unicode(), 16).toUpper(), 4, QLatin1Char('0'))
+            : QString(c);
+    }
+    return shown;
 }
 
 } // namespace qv

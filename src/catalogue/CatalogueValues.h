@@ -22,4 +22,8 @@ QString packageSuffix(const QString &urlText);
 /// Shorter than 3 characters or longer than 7.
 bool isSuspiciousSuffix(const QString &suffix);
 
+/// @p text with what nobody sees, and what turns the direction of the text around it, as what it is: <U+202E>. That is
+/// up to eight times as long.
+QString visible(const QString &text);
+
 } // namespace qv

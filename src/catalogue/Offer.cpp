@@ -2,8 +2,8 @@
 // each check and for its table, and by qv-catalogue.
 #include "Offer.h"
 
+#include "CatalogueValues.h"
 #include "Kinds.h"
-#include "PackageIndex.h"
 #include "Selection.h"
 
 #include <QCoreApplication>
@@ -12,25 +12,6 @@
 namespace qv {
 
 namespace {
-
-/// True for what nobody sees and what turns the direction of the text around it.
-bool isControl(QChar c)
-{
-    const bool turns = (c >= QChar(0x202a) && c <= QChar(0x202e)) || (c >= QChar(0x2066) && c <= QChar(0x2069));
-    return turns || (c.category() == QChar::Other_Control && !c.isSpace());
-}
-
-/// Shows such characters as what they are: <U+202E>.
-QString visible(const QString &text)
-{
-    QString shown;
-    for (const QChar c : text) {
-        shown += isControl(c)
-            ? QStringLiteral("<U+%1>").arg(QString::number(c.unicode(), 16).toUpper(), 4, QLatin1Char('0'))
-            : QString(c);
-    }
-    return shown;
-}
 
 QString joined(const QStringSet &words)
 {
@@ -68,24 +49,13 @@ QString transformReleaseStatus(bool beta)
 PackageInfoList offeredPackages(PackageInfoList catalogue, const QString &applicationName,
                                 const SoftwareUpdateSettings &settings, bool beta)
 {
-    const auto filter = [status = transformReleaseStatus(beta)](const QString &name, const VersionNumber &installed,
-                                                                const QStringSet &platforms) {
-        return PackageInfo(QString(), name, installed.toString(), status, QDateTime(), platforms, QStringSet(),
-                           QStringLiteral(""), QStringLiteral(""));
-    };
-
-    PackageInfoList cameraPackages;
-    const PackageIndex index(catalogue);
-    for (const auto &camera : settings.currentCameraVersions)
-        cameraPackages += findPackageCandidates(catalogue, index, filter(QString(), camera.second, { camera.first }),
-                                                Kind::cameraFirmware, QStringList());
-    eliminateDuplicatePackages(cameraPackages);
-
+    const QString status = transformReleaseStatus(beta);
+    const PackageInfoList firmware = findFirmware(catalogue, settings.currentCameraVersions, status);
     const QStringSet platforms(settings.supportedPlatforms.cbegin(), settings.supportedPlatforms.cend());
     // Deliberate: the application's name counts, not the stored product.
-    return findPackageCandidates(catalogue, filter(applicationName, settings.versionNumber, platforms),
-                                 Kind::application, settings.supportedPackageTypes)
-        + cameraPackages;
+    const PackageInfo filter(QString(), applicationName, settings.versionNumber.toString(), status, QDateTime(),
+                             platforms, QStringSet(), QString(), QString());
+    return findPackageCandidates(catalogue, filter, Kind::application, settings.supportedPackageTypes) + firmware;
 }
 
 QStringList packageRow(const PackageInfo &package)

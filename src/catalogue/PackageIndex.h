@@ -20,8 +20,8 @@ public:
     std::vector<int> positions(const QStringSet &platforms) const;
 
 private:
-    std::vector<std::vector<int>> groups;       // the positions of packages that share their set
-    std::vector<std::pair<QString, int>> words; // sorted; each with its group
+    std::vector<std::vector<int>> groups;                    // the positions of packages that share their set
+    std::vector<std::pair<QString, std::vector<int>>> words; // sorted, each once; with the groups that have it
 };
 
 } // namespace qv

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "PackageInfo.h"
+#include "SoftwareUpdateTypes.h"
 
 namespace qv {
 
@@ -14,6 +15,10 @@ PackageInfoList findPackageCandidates(PackageInfoList &packages, const PackageIn
 /// The same, for asking one large catalogue about many platforms: @p index was made of @p packages.
 PackageInfoList findPackageCandidates(PackageInfoList &packages, const PackageIndex &index, const PackageInfo &filter,
                                       const QString &type, const QStringList &wantedSuffixes);
+
+/// The candidates, of @p status unless that is empty, of all @p cameras: camera firmware, of equal packages the first.
+PackageInfoList findFirmware(const PackageInfoList &packages, const SoftUpCurrentCameraVersions &cameras,
+                             const QString &status);
 
 /// Keeps the first of equal packages.
 void eliminateDuplicatePackages(PackageInfoList &packages);

@@ -5,7 +5,7 @@
 #include "BrowserLinks.h"
 #include "ConnectHelpers.h"
 #include "Kinds.h"
-#include "LogQt.h"
+#include "LogLimit.h"
 #include "Offer.h"
 #include "SoftwareUpdateAvailableDialog.h"
 #include "SoftwareUpdateDialog.h"
@@ -22,12 +22,26 @@ namespace qv {
 namespace {
 
 /// An empty link is opened too, and does nothing.
-void openInBrowser(const QUrl &url, const char *refusal)
+void openInBrowser(const QUrl &url, const char *refusal, LogLimit *limit = nullptr)
 {
     if (url.isEmpty() || isForBrowser(url))
         QDesktopServices::openUrl(url);
-    else
+    else if (!limit || limit->hasRoom())
         LogQt::write(Log::Error, QLatin1String(refusal) + StringUtils::withoutPassword(url));
+}
+
+/// Equal texts are held once: thousands of packages may share long ones.
+QList<QStringList> rowsOf(const PackageInfoList &packages)
+{
+    QStringSet texts;
+    QList<QStringList> rows;
+    rows.reserve(packages.size());
+    for (const PackageInfo &package : packages) {
+        rows << packageRow(package);
+        for (QString &text : rows.last())
+            text = *texts.insert(text);
+    }
+    return rows;
 }
 
 } // namespace
@@ -52,10 +66,7 @@ void SoftwareUpdateClient::updateAvailable()
         qv::connect(d->availableDialog, SIGNAL(openUpdateSettings()), this,
                     SLOT(openSettingsDialogFromUpdateAvailableDialog()));
     }
-    QList<QStringList> rows;
-    for (const PackageInfo &package : std::as_const(d->packages))
-        rows << packageRow(package);
-    d->availableDialog->setTableEntries(rows);
+    d->availableDialog->setTableEntries(rowsOf(d->packages));
     d->availableDialog->setTableHeaders({ QCoreApplication::translate("SoftwareUpdateClient", "Name"),
                                           QCoreApplication::translate("SoftwareUpdateClient", "File Size"),
                                           QCoreApplication::translate("SoftwareUpdateClient", "File Type"),
@@ -107,9 +118,11 @@ void SoftwareUpdateClient::downloadReleaseNotes(const SoftUpIndexList &rows)
 
 void SoftwareUpdateClient::downloadUrls(const SoftUpIndexList &rows)
 {
+    LogLimit limit(Log::Error,
+                   QStringLiteral("SoftwareUpdateClient::downloadUrls() -> %1 more are none for the browser"));
     for (const int row : rows)
         openInBrowser(d->packages.value(row).url,
-                      "SoftwareUpdateClient::downloadUrls() -> no address for the browser: ");
+                      "SoftwareUpdateClient::downloadUrls() -> no address for the browser: ", &limit);
 }
 
 void SoftwareUpdateClient::deleteUpdateAvailableDialog()

@@ -51,6 +51,44 @@ QString linkStyle(const QPalette &palette)
     return QStringLiteral("a { color: %1 }").arg(light.name());
 }
 
+/// A cell that is nothing but a text: a third of the memory of one that can hold anything, and filled at once.
+class TextItem : public QTableWidgetItem
+{
+public:
+    explicit TextItem(const QString &text) : shown(text) { }
+
+    QVariant data(int role) const override
+    {
+        return role == Qt::DisplayRole || role == Qt::EditRole ? shown : QTableWidgetItem::data(role);
+    }
+
+private:
+    QString shown;
+};
+
+constexpr qsizetype longestCell = 4096; // many screens wide
+
+/// What of a text a cell has room for.
+QString cellText(const QString &text)
+{
+    return text.size() <= longestCell ? text : text.left(int(longestCell)) + QChar(0x2026);
+}
+
+/// How many rows tell how wide columns are: as many as Qt asks of itself, but fewer of very long ones, whose texts
+/// would take seconds to lay out.
+int rowsToMeasure(const QList<QStringList> &rows)
+{
+    constexpr int usual = 1000;
+    constexpr qsizetype mostCharacters = 256 * 1024;
+    qsizetype characters = 0;
+    int count = 0;
+    while (count < qMin(usual, int(rows.size())) && characters < mostCharacters) {
+        for (const QString &text : rows.at(count++))
+            characters += qMin(qsizetype(text.size()), longestCell);
+    }
+    return characters < mostCharacters ? usual : count;
+}
+
 /// Keeps the addresses that are read in links from being broken into lines.
 QString withWholeLinks(QString html)
 {
@@ -123,8 +161,9 @@ void SoftwareUpdateAvailableDialog::setTableEntries(const QList<QStringList> &ro
     for (int row = 0; row < rows.size(); ++row) {
         const QStringList &texts = rows.at(row);
         for (int column = 0; column < qMin(columns, int(texts.size())); ++column)
-            table.setItem(row, column, new QTableWidgetItem(texts.at(column)));
+            table.setItem(row, column, new TextItem(cellText(texts.at(column))));
     }
+    table.horizontalHeader()->setResizeContentsPrecision(rowsToMeasure(rows));
     table.resizeColumnsToContents();
     table.horizontalHeader()->setHighlightSections(false);
     table.horizontalHeader()->setSortIndicatorShown(false);

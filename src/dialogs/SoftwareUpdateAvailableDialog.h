@@ -32,8 +32,9 @@ public:
     ~SoftwareUpdateAvailableDialog() override;
 
     /// Replaces the table: one row for each entry of @p rows, as many columns as the first row has texts (what a later
-    /// row has beyond that is not shown). Nothing of the previous table remains: headers, selection, hidden rows and
-    /// the comment go too. currentItemsChangedSig() follows, unless @p rows is empty: that is logged as an error.
+    /// row has beyond that is not shown, nor what a text has beyond 4,096 characters). Nothing of the previous table
+    /// remains: headers, selection, hidden rows and the comment go too. currentItemsChangedSig() follows, unless @p
+    /// rows is empty: that is logged as an error.
     void setTableEntries(const QList<QStringList> &rows);
 
     /// Names the columns, from the left. To be called after setTableEntries(). A dialog not shown yet grows until all

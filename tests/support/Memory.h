@@ -11,3 +11,12 @@ inline qint64 memoryKiB(const QByteArray &figure)
     const QByteArray status = file.readAll();
     return status.mid(status.indexOf(figure) + figure.size()).split('k').first().trimmed().toLongLong();
 }
+
+/// The most memory that the process has had, from now on when it is to @p begin.
+inline qint64 peakKiB(bool begin)
+{
+    QFile reset("/proc/self/clear_refs");
+    if (begin && (!reset.open(QIODevice::WriteOnly) || reset.write("5") < 0 || !reset.flush()))
+        qFatal("no /proc");
+    return memoryKiB("VmHWM:");
+}
