@@ -246,7 +246,8 @@ private slots:
         row("words in an index", "<s platform='" + words + "'>" + many("<package/>") + "</s>");
         row("names in a table", "<s public-name='" + QByteArray(1000, 'n') + "'>" + many("<package/>") + "</s>");
         row("names of elements", "<s><package/>" + names + "</s>");
-        row("version", "<s><package release='" + QByteArray(129, '1') + "'/></s>");
+        row("version", "<s><package release='" + QByteArray(1025, '1') + "'/></s>");
+        row("versions", "<s release='" + QByteArray(1024, '1') + "'>" + many("<package/>") + "</s>");
         for (const char *value : { "name", "platform", "url", "comment" })
             row(value, QByteArray("<s><package ") + value + "='" + QByteArray(65'537, 'v') + "'/></s>");
     }

@@ -270,7 +270,7 @@ private slots:
             f.openAndCheck();
             if (!HttpThreads::instance().areStuck()) {
                 QTRY_VERIFY(!f.server.requests.isEmpty());
-                f.client.findChildren<QTimer *>().last()->start(0);
+                f.client.findChildren<QTimer *>().last()->start(300); // of 15 s
             }
             QTRY_VERIFY(f.checkNow()->isEnabled());
             QCOMPARE(f.notification(), QStringLiteral("Timeout error! Update server unreachable!"));
@@ -369,6 +369,8 @@ private slots:
         row("packages for every camera", model, package, 20'000);
         row("versions of many numbers", QByteArray(),
             "<package file-size='%' release='" + QByteArray("1.").repeated(60) + "%' platform='x% Q QC- QC'/>", 20'000);
+        row("long versions", QByteArray(),
+            "<package file-size='%' release='" + QByteArray("1.").repeated(500) + "%' platform='x% Q QC- QC'/>", 1000);
         row("rows of short words", words(1300, [](int i) { return QString(QChar(0x4e00 + i)); }), package, 20'000);
         row("cells of many words",
             words(7000, [](int i) { return QString(3, QChar(0x620 + i % 30)) + QString::number(i); }), package, 120);

@@ -65,7 +65,6 @@ private:
 };
 
 inline constexpr int longestText = 1024; // of a name, a word
-inline constexpr int longestRelease = 128;
 inline constexpr int longestUrl = 2048;
 inline constexpr int longestComment = 64 * 1024;
 inline constexpr int longestWords = 64 * 1024; // all of one element together

@@ -113,6 +113,13 @@ int shownSize(const QString &text)
     return int(visible(text).size());
 }
 
+/// Of a version, beside its size: to put thousands of long ones into an order takes seconds.
+int costOfComparing(const QString &release)
+{
+    constexpr int usual = 128, factor = 8;
+    return std::max(int(release.size()) - usual, 0) * factor;
+}
+
 struct Words
 {
     QStringSet set;
@@ -178,7 +185,7 @@ const std::array<Level::Field, Level::fieldCount> Level::fields { {
     { Word::type, longestText, [](Level &level, const QString &text) { level.package.type = text; } },
     { Word::name, longestText, [](Level &level, const QString &text) { level.package.name = text; } },
     { Word::publicName, longestText, [](Level &level, const QString &text) { level.package.publicName = text; } },
-    { Word::release, longestRelease, [](Level &level, const QString &text) { level.package.release = text; } },
+    { Word::release, longestText, [](Level &level, const QString &text) { level.package.release = text; } },
     { Word::publicRelease, longestText, [](Level &level, const QString &text) { level.package.publicRelease = text; } },
     { Word::status, longestText, [](Level &level, const QString &text) { level.package.status = text; } },
     { Word::releaseDate, longestText,
@@ -273,7 +280,8 @@ PackageInfo Level::finished(Allowance &allowance) &&
     whole.platforms = platforms.set;
     whole.languages = languages.set;
     allowance.spendOnReading(shownSize(whole.name) + shownSize(whole.publicName) + shownSize(whole.release)
-                             + shownSize(whole.publicRelease) + platforms.characters + languages.characters);
+                             + shownSize(whole.publicRelease) + platforms.characters + languages.characters
+                             + costOfComparing(whole.release));
     whole.url = QUrl(baseUrl + url);
     const QString address = whole.url.toString();
     whole.suffix = packageSuffix(address);
