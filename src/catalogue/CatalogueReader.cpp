@@ -276,7 +276,16 @@ PackageInfo packageOver(const Level &around, const Element &package, Allowance &
 {
     const Level level = around.over(package, allowance);
     const Element file = package.firstChild(Word::file);
-    return (file.isNull() ? level : level.over(file, allowance)).finished(allowance);
+    PackageInfo whole = (file.isNull() ? level : level.over(file, allowance)).finished(allowance);
+    // Not from the sets around: it is that of one file.
+    auto hash = file.isNull() ? std::nullopt : ownValue(file, Word::sha256);
+    if (!hash)
+        hash = ownValue(package, Word::sha256);
+    if (hash) {
+        allowance.checkLength(*hash, longestText);
+        whole.sha256 = hash->toLower().toUtf8();
+    }
+    return whole;
 }
 
 /// Appends the packages of @p set, then those of the sets in it. A list instead of recursion: sets nest as deep as the

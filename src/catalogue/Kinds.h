@@ -26,6 +26,7 @@ inline const QString releaseDate = QStringLiteral("release-date");
 inline const QString url = QStringLiteral("url");
 inline const QString baseUrl = QStringLiteral("base-url");
 inline const QString fileSize = QStringLiteral("file-size");
+inline const QString sha256 = QStringLiteral("sha256");
 inline const QString platform = QStringLiteral("platform");
 inline const QString comment = QStringLiteral("comment");
 } // namespace Word
