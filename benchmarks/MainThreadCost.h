@@ -1,7 +1,8 @@
 #pragma once
 
+#include "ProcessFigures.h"
+
 #include <QElapsedTimer>
-#include <QFile>
 #include <QTimer>
 
 #include <algorithm>
@@ -13,7 +14,7 @@
 class MainThreadCost
 {
 public:
-    MainThreadCost() : idle(mebibytes("VmRSS")), processorBefore(processorNow())
+    MainThreadCost() : idle(processFigure("VmRSS")), processorBefore(processorNow())
     {
         tick.setTimerType(Qt::PreciseTimer);
         QObject::connect(&tick, &QTimer::timeout, [this] {
@@ -27,7 +28,7 @@ public:
 
     double wallSeconds() const { return double(wall.nsecsElapsed()) / 1e9; }
     double processorSeconds() const { return processorNow() - processorBefore; }
-    double mebibytesAboveIdle() const { return mebibytes("VmHWM") - idle; }
+    double mebibytesAboveIdle() const { return (processFigure("VmHWM") - idle) / 1024; }
 
     /// In milliseconds; 1 for the longest, 0.99 for the one that 99 of 100 do not exceed.
     double gap(double quantile)
@@ -47,19 +48,7 @@ private:
         return seconds(usage.ru_utime) + seconds(usage.ru_stime);
     }
 
-    /// A value of /proc/self/status: VmRSS is the memory now, VmHWM the most there ever was.
-    static double mebibytes(const QByteArray &key)
-    {
-        QFile file(QStringLiteral("/proc/self/status"));
-        file.open(QIODevice::ReadOnly);
-        for (const QByteArray &line : file.readAll().split('\n')) {
-            if (line.startsWith(key + ':'))
-                return line.mid(key.size() + 1).simplified().split(' ').first().toDouble() / 1024;
-        }
-        return 0;
-    }
-
-    double idle, processorBefore;
+    double idle, processorBefore; // KiB and seconds
     QElapsedTimer wall, sinceTick;
     QTimer tick;
     std::vector<double> gaps;

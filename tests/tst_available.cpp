@@ -58,14 +58,16 @@ private slots:
         PackageInfo p = package("Application");
         p.status = "BETA";
         p.url = QUrl("http://h/a.zip");
-        const QString link = "<a href=\"http://h/a.zip\">http://h/a.zip</a><br />";
-        QCOMPARE(SoftwareUpdateClient::packageComment(p), "<b>name 1.0 BETA, Application</b><br />" + link);
+        QCOMPARE(SoftwareUpdateClient::packageComment(p),
+                 "<b>name 1.0 BETA, Application</b><br /><a href=\"http://h/a.zip\">http://h/a.zip</a><br />");
+        p.url = QUrl("http://h/\u202epiz.a");
         p.releaseDate = QDateTime(QDate(2026, 3, 4), QTime(1, 2));
         p.name = QString("<img src='/dev/zero'>\n\u202eexe\x01");
         QCOMPARE(SoftwareUpdateClient::packageComment(p),
                  "<b>&lt;img src='/dev/zero'&gt;\n&lt;U+202E&gt;exe&lt;U+0001&gt; 1.0 BETA, Application</b><br "
                  "/>Published on "
-                     + QLocale::system().toString(QDate(2026, 3, 4), QLocale::LongFormat) + link);
+                     + QLocale::system().toString(QDate(2026, 3, 4), QLocale::LongFormat)
+                     + "<a href=\"http://h/\u202epiz.a\">http://h/&lt;U+202E&gt;piz.a</a><br />");
     }
 
     void foreignRows()
@@ -101,7 +103,7 @@ private slots:
                                 + (own == "en" ? "de en" : own)
                                 + "'><release-notes language='de' url='http://h/hinweise'/></package>"
                                   "<package name='foreign' release='2' status='STABLE' platform='QC-1' file-size='3'"
-                                  " url='smb://h/c.zip' language='xx'/></s>"));
+                                  " url='smb://me:s3cret@h/c.zip' language='xx'/></s>"));
         client.checkForUpdate(0);
         QTRY_VERIFY(host.availableDialog());
         QPointer<SoftwareUpdateAvailableDialog> dialog = host.availableDialog();
@@ -141,7 +143,7 @@ private slots:
             QDesktopServices::unsetUrlHandler(scheme);
         QCOMPARE(opened, (QList<QUrl> { QUrl("http://h/notes"), QUrl("http://h/a.deb"), QUrl("http://h/b.zip") }));
         QCOMPARE(log.take().last(),
-                 QString("SoftwareUpdateClient::downloadUrls() -> no address for the browser: smb://h/c.zip"));
+                 QString("SoftwareUpdateClient::downloadUrls() -> no address for the browser: smb://me@h/c.zip"));
 
         button("updateSettingsPushButton")->click();
         QVERIFY(host.settingsDialog()->isModal() && host.settingsDialog()->isVisible());

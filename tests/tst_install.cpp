@@ -259,7 +259,7 @@ private slots:
         const QString unknown = "Critical|Download Error|Unknown package type! Installation cannot proceed!|OK:Accept";
         const QString error = "Critical|Download Error|Error downloading! Http status code 404|OK:Accept";
         const QString rejected = "SoftwareUpdateClient::installPackage() -> user rejected installation";
-        const QString download = "SoftwareUpdateClient::downloadPackage() -> http://packages.example/dir/%2 to %1";
+        const QString download = "SoftwareUpdateClient::downloadPackage() -> http://me@packages.example/dir/%2 to %1";
         for (const QString type : { "msi", "deb", "rpk", "tar.gz" }) {
             const QString name = type.toUpper().remove('.');
             row(qPrintable(type), "p." + type, "", run.arg(name) + "%1", 1);
@@ -442,12 +442,12 @@ private:
     /// Puts one more package on the server, whose port it returns.
     int serve(const QString &file, const HttpAnswer &answer)
     {
-        const QByteArray url = "http://packages.example/dir/" + file.toUtf8();
+        const QByteArray path = "packages.example/dir/" + file.toUtf8();
         packages += "<package name='Camera Host' release='2.0' status='STABLE' file-size='"
             + QByteArray::number(answer.body.size() + (answer.status == 200 ? 0 : 9)) + "' release-date='2026-01-0"
-            + QByteArray::number(packages.count("url") + 1) + "' url='" + url + "'/>";
+            + QByteArray::number(packages.count("url") + 1) + "' url='http://me:s3cret@" + path + "'/>";
         server->route("http://updates.example/xml", HttpAnswer("<softwareList>" + packages + "</softwareList>"));
-        server->route(url, answer);
+        server->route("http://" + path, answer);
         return server->serverPort();
     }
 

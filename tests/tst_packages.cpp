@@ -213,6 +213,9 @@ private slots:
         const PackageInfoList best = DownloadManager::findBestMatches(packages, PackageInfo());
         QCOMPARE(releases(best), QStringLiteral("1.3 1.3 1.0"));
         QCOMPARE(best[0].comment, QStringLiteral("first of equals"));
+        PackageInfo filter;
+        filter.release = "1.2";
+        QCOMPARE(releases(DownloadManager::findBestMatches(packages, filter)), QStringLiteral("1.3 1.3"));
         packages[5].releaseDate = QDateTime(QDate(2020, 1, 2), QTime(0, 0));
         QCOMPARE(DownloadManager::findBestMatches(packages, PackageInfo()).value(0).comment, QString());
 

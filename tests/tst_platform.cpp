@@ -102,6 +102,17 @@ private slots:
                 && !StringUtils::intersectsOnBeginning(word, {}));
     }
 
+    void passwordsAreNotShown()
+    {
+        for (const auto &[url, shown] : { std::pair("http://me:s3cret@h/x.s3?y", "http://me@h/x.s3?y"),
+                                          { "//a@b:1@2:3@h:99999", "//a@b@h:99999" },
+                                          { "http://:x@[::1", "http://@[::1" } })
+            QCOMPARE(StringUtils::withoutPassword(QString(url)), QString(shown));
+        for (const char *same : { "http://h:80/a:b@c", "http://me@h/", "http://h?a:b@c", "//h#a:b@c", "mailto:a@b",
+                                  "a:b@c", "http:///a:b@c", "http://[::1]:81/", "\n \t%%", "" })
+            QCOMPARE(StringUtils::withoutPassword(QString(same)), QString(same));
+    }
+
     void preferences()
     {
         QTemporaryDir folder;
@@ -121,6 +132,47 @@ private slots:
         QCOMPARE(Preferences::dateTimeValue(settings, "time", QDateTime()), time);
         QCOMPARE(Preferences::dateTimeValue(settings, "never", time), time);
         QCOMPARE(Preferences::dateTimeValue(settings, "junk", time), time);
+    }
+
+    /// Only what claims more than it holds is taken out, however it is spelled.
+    void mendedStore_data()
+    {
+        columns<QByteArray, bool>("line", "isKept");
+        row("list", QByteArray("a=@Variant(\\0\\0\\0\\x9\\0\\0\\x1\\0)"), false);
+        row("texts", QByteArray("a=\"@Variant(\\0\\0\\0\\v\\x7f\\xff\\xff\\xff)\""), false);
+        row("escaped", QByteArray("a=\\x40V\\x61riant(\\0\\0\\0\\v\\x7f\\xff\\xff\\xff)"), false);
+        row("list as a date", QByteArray("a=@DateTime(\\0\\0\\0\\x9\\0\\x7f\\xff\\xff\\xff)"), false);
+        row("date", QByteArray("a=@DateTime(\\0\\0\\0\\x10\\0\\0)"), true);
+        row("behind others", QByteArray("a=1, \\x40Variant(\\0\\0\\0\\t\\377\\0\\0\\0), \"\n\""), false);
+        row("list in a map",
+            QByteArray("a=@Variant(\\0\\0\\0\\b\\0\\0\\0\\x1\\0\\0\\0\\x2\\0x\\0\\0\\0\\x9\\0\\0\\xff\\0)"), false);
+        row("text", QByteArray("a=@Variant(\\0\\0\\0\\n\\xff\\0\\0\\0)"), true);
+        row("comment", QByteArray(";don\"t @Variant(\\0\\0\\0\\x9\\0\\0\\0\\0)"), true);
+        QByteArray deep = "a=@Variant(";
+        for (int i = 0; i < 100 * 1000; ++i)
+            deep += "\\0\\0\\0\\x9\\0\\0\\0\\x1";
+        row("deep", deep + ')', false);
+    }
+    void mendedStore()
+    {
+        QFETCH(QByteArray, line);
+        QFETCH(bool, isKept);
+        const QTemporaryDir folder;
+        QFile file(folder.filePath("a.ini"));
+        const QVariantMap map { { "list", QVariantList { 1, "two", 3.5, QStringList { "four", "" }, QVariant() } },
+                                { "bytes", QByteArray("\0\xff", 2) },
+                                { "map", QVariantMap { { "date", QDate(2026, 1, 2) } } } };
+        QSettings(file.fileName(), QSettings::IniFormat).setValue("map", map);
+        QVERIFY(file.open(QIODevice::ReadWrite));
+        const QByteArray before = file.readAll();
+        file.write(line + "\nafter=2\n");
+        file.close();
+
+        QSettings settings(file.fileName(), QSettings::IniFormat);
+        QVERIFY(Preferences::mend(settings) && file.open(QIODevice::ReadOnly));
+        QCOMPARE(file.readAll(), before + (isKept ? line + '\n' : QByteArray()) + "after=2\n");
+        QCOMPARE(settings.value("after").toInt(), 2);
+        QCOMPARE(settings.value("map"), QVariant(map));
     }
 
     void log()

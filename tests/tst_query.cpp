@@ -3,6 +3,7 @@
 #include "FileUtils.h"
 #include "HttpAccessHistory.h"
 #include "HttpServer.h"
+#include "Memory.h"
 #include "NodeDB.h"
 #include "Row.h"
 
@@ -253,6 +254,21 @@ private slots:
         }
     }
 
+    void oldestOfTooManyAreForgotten()
+    {
+        QByteArray packages;
+        for (int size = 1; size <= 100'003; ++size)
+            packages += "<package file-size='" + QByteArray::number(size) + "'/>";
+        server->route("/many", HttpAnswer(catalogue(packages)));
+        DownloadManager manager(server->url("/many"));
+        QCOMPARE(newIn(manager), 100'003);
+        QCOMPARE(newIn(manager), 3);
+        for (const int count : { 2, 0 }) {
+            manager.setServer(server->url("/c"));
+            QCOMPARE(newIn(manager), count);
+        }
+    }
+
     void laterEntryOfAPackageCounts()
     {
         const QDateTime now = QDateTime::currentDateTimeUtc();
@@ -296,11 +312,13 @@ private slots:
                                            { good + "hist\\size=-5\nhist\\1\\version=a\n", "" },
                                            { good + "hist=@Invalid()\nlast-check=@Rect(1 2 3 4)\n", "" },
                                            { good + "server=@Variant(\\0\\0\\0\\xff\nreg-check=@ByteArray(\n", "" },
+                                           { good + "hist\\1\\time=\"@Variant(\\0\\0\\0\\x9 \\0\\0\\0)\"\n", "" },
                                            { good, "/dev/zero" }, // has no end
                                            { good, "/" } }) {
             const QTemporaryDir own; // Qt remembers what it has read of a file
             QVERIFY(FileUtils::writeBytes(text, own.filePath("hostile.ini")));
             QSettings hostile(own.filePath("hostile.ini"), QSettings::IniFormat);
+            const qint64 before = memoryKiB("VmPeak:");
             DownloadManager manager(hostile, cache);
             QVERIFY2(!manager.isRegularCheck() && manager.recentPackages(PackageInfo()).isEmpty(), text);
             manager.setServer(server->url("/c"));
@@ -308,6 +326,7 @@ private slots:
             manager.storeHistory(hostile, "/nowhere/at/all");
             DownloadManager next(hostile, QString());
             QCOMPARE(newIn(next), 0);
+            QVERIFY2(memoryKiB("VmPeak:") - before < 1024 * 1024, text);
         }
     }
 

@@ -4,8 +4,11 @@
 #include <QtTest>
 
 #include <fcntl.h>
+#include <filesystem>
+#include <linux/capability.h>
 #include <linux/filter.h>
 #include <linux/seccomp.h>
+#include <sys/file.h>
 #include <sys/prctl.h>
 #include <sys/ptrace.h>
 #include <sys/resource.h>
@@ -112,16 +115,41 @@ void failExchange(unsigned error)
         _exit(126);
 }
 
-/// Names, kinds, permissions, times, targets and contents of all below @p folder; empty when it is not there.
+/// Called in the child: permissions hold for root, too.
+void obeyPermissions()
+{
+    for (const int right : { CAP_DAC_OVERRIDE, CAP_DAC_READ_SEARCH, CAP_FOWNER })
+        prctl(PR_CAPBSET_DROP, right, 0, 0, 0);
+}
+
+/// Names, kinds, permissions, times, targets and contents of all below @p folder but the log; empty when it is not
+/// there.
 QByteArray tree(const QString &folder)
 {
-    QProcess find;
-    find.start(
-        "sh",
-        { "-c", "cd \"$0\" 2>/dev/null && find . -mindepth 1 -printf '%p %M %T@ %l\n' -type f -exec md5sum {} + | sort",
-          folder });
-    find.waitForFinished();
-    return find.readAllStandardOutput();
+    std::map<std::string, QByteArray> lines;
+    const std::string top = folder.toStdString();
+    std::error_code error;
+    for (const auto &entry : std::filesystem::recursive_directory_iterator(top, error)) {
+        const std::string path = entry.path().string();
+        struct stat status
+        {
+        };
+        lstat(path.c_str(), &status);
+        const auto &time = status.st_mtim;
+        QByteArray &line = lines[path.substr(top.size())];
+        line = QByteArray::number(status.st_mode, 8) + ' ' + QByteArray::number(qint64(time.tv_sec)) + '.'
+            + QByteArray::number(qint64(time.tv_nsec)) + ' ';
+        QFile file(QString::fromStdString(path));
+        if (S_ISLNK(status.st_mode))
+            line += std::filesystem::read_symlink(path).string().c_str();
+        else if (S_ISREG(status.st_mode) && file.open(QIODevice::ReadOnly))
+            line += file.readAll();
+    }
+    lines.erase("/app.update.log");
+    QByteArray text;
+    for (const auto &[path, line] : lines)
+        text += path.c_str() + QByteArray(" ") + line + '\n';
+    return text;
 }
 
 bool shell(const QString &command)
@@ -138,6 +166,7 @@ class UpdaterTest : public QObject
 private slots:
     void initTestCase()
     {
+        umask(022); // root minds
         QVERIFY(shell(QString(R"(
         cd '%1'; mkdir -p master/'pläce with blanks' master/incoming
         for version in 1.0 2.0 3.0; do
@@ -161,7 +190,7 @@ private slots:
     {
         // work: a shell's, in the folder with the new versions
         // words: OLD is the installed folder, IN and OUT are where the new ones wait, a hyphen alone is an empty word
-        // error: of the exchange, or of writing anything large
+        // error: of the exchange, of writing anything large, or of root who does what only root can do
         columns<QString, QString, int, int, QString>("work", "words", "error", "exitCode", "says");
 
         for (const char *words :
@@ -207,6 +236,29 @@ private slots:
         add("crashes, copied", crash, "OUT/new", 3, "was killed by signal 11");
         add("no interpreter", "echo '#!/no/where' >new/program", "IN/new", 3, "cannot start");
         add("no program at all", "printf '\177ELF' >new/program", "OUT/new", 3, "cannot start");
+
+        add("nothing can leave", "chmod a-w .", "IN/new", 0, "update-spare: Permission denied\n", EACCES);
+        add("log is a folder", "mkdir $OUR.log", "IN/new", 0, "app.update.log: Is a directory\n");
+        add("log is a second name", "ln other/program $OUR.log", "IN/new", 0, "no log of ours");
+        add("lock is a pipe", "mkfifo -m 600 $OWN-lock", "IN/new", 1, "no lock of ours");
+        add("lock is a second name", "touch one; chmod 600 one; ln one $OWN-lock", "IN/new", 1, "no lock of ours");
+        add("lock can be read by all", "install -m 644 /dev/null $OWN-lock", "IN/new", 1, "no lock of ours");
+        add("spare is a link", "ln -s $PWD/other $OWN-spare", "IN/new", 1, "spare is not of our making");
+        add("aside is a link", "ln -s $PWD/other $OWN-aside", "IN/new", 1, "aside is not of our making");
+        add("journal is a link", "ln -s $PWD/other $OWN-journal", "IN/new", 1, "journal is not of our making");
+        if (geteuid() != 0) // nobody else can give files away, or has to fear whoever can write
+            return;
+        add("log of a stranger", "touch $OUR.log; chown 65534 $OUR.log", "IN/new", 0, "no log of ours");
+        add("lock of a stranger", "install -o 65534 -m 600 /dev/null $OWN-lock", "IN/new", 1, "no lock of ours");
+        add("spare of a stranger", "install -d -o 65534 $OWN-spare", "IN/new", 1, "spare is not of our making");
+        add("journal of a stranger", "install -o 65534 /dev/null $OWN-journal", "IN/new", 1, "journal is not of our");
+        for (const char *theirs : { "$APP", "$APP/..", "$APP/../..", ".", "new", "new/sub/deep/data" }) {
+            const QByteArray given = QByteArray("chown 65534 ") + theirs, opened = QByteArray("chmod g+w ") + theirs;
+            add(given, given, "IN/new", 1, "belongs to another user than root");
+            add(opened, opened, "IN/new", 1, "can be written by others than root");
+        }
+        add("installed beside strangers", "chmod 1777 $APP/..", "IN/new", 1, "can be written by others than root");
+        add("new beside strangers", "chmod 1777 . $APP/../..", "IN/new", 0, "2.0 runs\n");
     }
 
     /// Whatever the reason not to update, nothing is changed anywhere, and the installed program runs again; unless the
@@ -219,7 +271,12 @@ private slots:
         QFETCH(int, exitCode);
         QFETCH(QString, says);
         prepare(work);
-        const QByteArray waiting = tree(incoming + "/new") + tree(abroad);
+        const QByteArray waiting = tree(incoming + "/new") + tree(abroad), beside = tree(place);
+        QStringList names = namesBeside();
+        QFile lock; // one that stands there is held
+        lock.open(open(qPrintable(place + "/.app.update-lock"), O_RDONLY | O_NONBLOCK | O_CLOEXEC), QFile::ReadOnly,
+                  QFile::AutoCloseHandle);
+        flock(lock.handle(), LOCK_EX | LOCK_NB);
         QStringList arguments = words.split(QChar(' '), Qt::SkipEmptyParts);
         arguments.replaceInStrings(QRegularExpression("^OLD"), app);
         arguments.replaceInStrings(QRegularExpression("^IN"), incoming);
@@ -231,7 +288,9 @@ private slots:
             const rlimit small { 10, 10 };
             if (chdir(inside) != 0 || (error == EFBIG && setrlimit(RLIMIT_FSIZE, &small) != 0))
                 _exit(125);
-            if (error != 0 && error != EFBIG)
+            if (error == EACCES)
+                obeyPermissions();
+            else if (error != 0 && error != EFBIG)
                 failExchange(unsigned(error));
         });
         const bool starts = exitCode == 0 || exitCode == 1 || exitCode == 3;
@@ -240,12 +299,16 @@ private slots:
         QCOMPARE(outcome.output.contains("2.0 runs\n"), exitCode == 0);
         QCOMPARE(outcome.exitCode, exitCode);
         QCOMPARE(tree(app), exitCode == 0 ? newTree : oldTree);
-        QCOMPARE(namesBeside(), starts ? withLog : QStringList("app"));
+        if (starts && !names.contains("app.update.log"))
+            names.append("app.update.log");
+        QCOMPARE(namesBeside(), names);
         QCOMPARE(tree(incoming + "/other"), otherTree);
         if (exitCode == 0) {
             QCOMPARE(int(QFile::permissions(app)), 0x7711); // of the old folder; the unpacked one is private
-            QVERIFY2(!QFile::exists(arguments[3]) && !outcome.output.contains("cannot"), outcome.output);
+            QCOMPARE(QFile::exists(arguments[3]), error == EACCES);
+            QVERIFY2(says.contains(": ") || !outcome.output.contains("cannot"), outcome.output);
         } else {
+            QCOMPARE(tree(place), beside);
             QCOMPARE(tree(incoming + "/new") + tree(abroad), waiting);
         }
     }
@@ -368,14 +431,14 @@ private:
     /// @p work of a shell does to them.
     void prepare(const QString &work)
     {
-        QVERIFY(
-            shell(QString("cd '%1'; mkdir -p work '%2'; chmod -R u+w work '%2'; rm -rf work '%2'; cp -a master work; "
-                          "APP='%3'; cd work/incoming; %4; cp -a . '%2'")
-                      .arg(first.path(), abroad, app, work)));
+        QVERIFY(shell(
+            QString("cd '%1'; mkdir -p work '%2'; chmod -R u+w work '%2'; rm -rf work '%2'; cp -a master work; "
+                    "APP='%3'; OUR=$APP.update; OWN=${APP%app}.app.update; IFS=; cd work/incoming; %4; cp -a . '%2'")
+                .arg(first.path(), abroad, app, work)));
         oldTree = tree(app);
         newTree = tree(incoming + "/new");
         otherTree = tree(incoming + "/other");
-        QVERIFY(oldTree.contains("./sub/deep/data") && otherTree.contains("./sub/deep/data") && oldTree != newTree);
+        QVERIFY(oldTree.contains("/sub/deep/data") && otherTree.contains("/sub/deep/data") && oldTree != newTree);
     }
 
     QStringList order(const QString &newDir) const { return { "-oldDir", app, "-newDir", newDir, "-exe", "program" }; }

@@ -3,6 +3,7 @@
 
 #include "Failure.h"
 #include "FileTree.h"
+#include "Trust.h"
 
 #include <algorithm>
 #include <sys/stat.h>
@@ -19,11 +20,7 @@ constexpr std::uint64_t reserve = 16 * 1024 * 1024; // bytes that stay free for 
 
 struct stat folderStatus(const fs::path &folder)
 {
-    struct stat status
-    {
-    };
-    if (lstat(folder.c_str(), &status) != 0)
-        throw Failure::ofSystem("cannot read " + folder.string());
+    const struct stat status = statusOf(folder);
     if (S_ISLNK(status.st_mode))
         throw Failure(folder.string() + " is a symbolic link");
     if (!S_ISDIR(status.st_mode))
@@ -92,6 +89,8 @@ void checkEverything(const Places &at, const fs::path &newDir, const fs::path &e
         throw Failure(at.folder.string() + " is the root of a file system");
     if (before.st_uid != after.st_uid && !(isWritable(at.folder) && isWritable(newDir)))
         throw Failure("the folders belong to different users: " + at.folder.string() + " and " + newDir.string());
+    checkFolder(newDir);
+    checkContent(newDir);
     checkProgram(newDir, exe);
     if (!onSameFileSystem(newDir, at.parent))
         checkSpace(at.parent, newDir);

@@ -4,7 +4,6 @@
 #include "Failure.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
 
@@ -13,32 +12,6 @@ namespace fs = std::filesystem;
 namespace qv {
 
 namespace {
-
-/// An open file, closed at the end of its scope.
-struct File
-{
-    File(const fs::path &path, int flags, mode_t mode = 0)
-        : number(open(path.c_str(), flags | O_NOFOLLOW | O_CLOEXEC, mode))
-    {
-        if (number < 0)
-            throw Failure::ofSystem("cannot open " + path.string());
-    }
-    ~File() { close(number); }
-    File(const File &) = delete;
-    File &operator=(const File &) = delete;
-
-    const int number;
-};
-
-struct stat statusOf(const fs::path &path)
-{
-    struct stat status
-    {
-    };
-    if (lstat(path.c_str(), &status) != 0)
-        throw Failure::ofSystem("cannot read " + path.string());
-    return status;
-}
 
 /// Owner first: changing it would drop permission bits. Only root can give files away, the others keep their own.
 void copyAttributes(const struct stat &status, const fs::path &to)
@@ -63,16 +36,23 @@ void copyFile(const fs::path &from, const fs::path &to)
             throw Failure::ofSystem("cannot read " + from.string());
         if (got == 0)
             return;
-        for (ssize_t done = 0; done < got;) {
-            const ssize_t put = write(out.number, block.data() + done, static_cast<size_t>(got - done));
-            if (put < 0)
-                throw Failure::ofSystem("cannot write " + to.string());
-            done += put;
-        }
+        writeAll(out.number, block.data(), static_cast<size_t>(got), to);
     }
 }
 
 } // namespace
+
+File::File(const fs::path &path, int flags, mode_t mode)
+    : number(open(path.c_str(), flags | O_NOFOLLOW | O_CLOEXEC, mode))
+{
+    if (number < 0)
+        throw Failure::ofSystem("cannot open " + path.string());
+}
+
+File::~File()
+{
+    close(number);
+}
 
 bool isThere(const fs::path &path)
 {
@@ -80,6 +60,16 @@ bool isThere(const fs::path &path)
     {
     };
     return lstat(path.c_str(), &status) == 0;
+}
+
+struct stat statusOf(const fs::path &path)
+{
+    struct stat status
+    {
+    };
+    if (lstat(path.c_str(), &status) != 0)
+        throw Failure::ofSystem("cannot read " + path.string());
+    return status;
 }
 
 std::string identity(const fs::path &folder)
@@ -127,12 +117,12 @@ void copyTree(const fs::path &from, const fs::path &to)
     copyAttributes(status, to);
 }
 
-bool removeTree(const fs::path &path)
+std::error_code removeTree(const fs::path &path)
 {
     std::error_code error;
     fs::remove_all(path, error);
     if (!error)
-        return true;
+        return error;
 
     const auto unlock = [&error](const fs::path &folder) {
         fs::permissions(folder, fs::perms::owner_all, fs::perm_options::add | fs::perm_options::nofollow, error);
@@ -143,7 +133,18 @@ bool removeTree(const fs::path &path)
             unlock(entry->path());
     }
     fs::remove_all(path, error);
-    return !error;
+    return error;
+}
+
+void writeAll(int file, const char *data, size_t size, const fs::path &path)
+{
+    while (size > 0) {
+        const ssize_t put = write(file, data, size);
+        if (put < 0)
+            throw Failure::ofSystem("cannot write " + path.string());
+        data += put;
+        size -= static_cast<size_t>(put);
+    }
 }
 
 void syncFileSystem(const fs::path &folder)

@@ -14,7 +14,8 @@ struct Journal
     std::string newIdentity;      ///< the same of the folder that the caller brought
     std::filesystem::path newDir; ///< where that stood
 
-    /// Nothing when there is none. Throws Failure when it is damaged or somebody else's: then only a human can tell.
+    /// Nothing when there is none. Throws Failure when it cannot be read, is damaged or
+    /// somebody else's: then only a human can tell.
     static std::optional<Journal> read(const std::filesystem::path &path);
 
     /// Complete and on the disk, or Failure and not there.

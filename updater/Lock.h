@@ -9,13 +9,14 @@ namespace qv {
 class Lock
 {
 public:
-    /// Takes the lock or finds it busy; never waits. Throws Failure when the file cannot be made.
+    /// Takes the lock or finds it busy; never waits. Throws Failure when the file cannot be made, or is one that
+    /// somebody else has put there or could hold.
     explicit Lock(const std::filesystem::path &path);
     ~Lock();
     Lock(const Lock &) = delete;
     Lock &operator=(const Lock &) = delete;
 
-    /// Another process holds it.
+    /// Another process of this user holds it.
     bool isBusy() const { return file < 0; }
 
 private:

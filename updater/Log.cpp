@@ -2,6 +2,9 @@
 // Everybody speaks through say(); nobody fails because nobody listens.
 #include "Log.h"
 
+#include "Failure.h"
+#include "Trust.h"
+
 #include <ctime>
 #include <fcntl.h>
 #include <unistd.h>
@@ -37,6 +40,16 @@ void writeLine(int file, const std::string &line)
 void openLog(const std::filesystem::path &path)
 {
     logFile = open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0644);
+    struct stat status
+    {
+    };
+    if (logFile < 0 || fstat(logFile, &status) != 0) {
+        sayFailed("cannot write " + path.string());
+    } else if (!isOurs(status)) {
+        close(logFile);
+        logFile = -1;
+        say(path.string() + " is no log of ours");
+    }
 }
 
 void say(const std::string &text)
@@ -44,6 +57,11 @@ void say(const std::string &text)
     writeLine(STDERR_FILENO, "UpdateInstaller: " + text + "\n");
     if (logFile >= 0)
         writeLine(logFile, timeStamp() + text + "\n");
+}
+
+void sayFailed(const std::string &doing)
+{
+    say(Failure::ofSystem(doing).what());
 }
 
 } // namespace qv

@@ -3,6 +3,7 @@
 
 #include "Failure.h"
 #include "FileTree.h"
+#include "Log.h"
 
 #include <csignal>
 #include <cstdio>
@@ -17,6 +18,13 @@ namespace {
 bool move(const fs::path &from, const fs::path &to)
 {
     return rename(from.c_str(), to.c_str()) == 0;
+}
+
+/// A step of the way back: what it cannot do stays as it is, and is told.
+void moveBack(const fs::path &from, const fs::path &to)
+{
+    if (!move(from, to))
+        sayFailed("cannot rename " + from.string() + " back to " + to.string());
 }
 
 /// Between the first two renames the folder has no name: no signal but SIGKILL may stop us there.
@@ -44,13 +52,13 @@ void swapInThreeSteps(const fs::path &one, const fs::path &other, const fs::path
         throw Failure::ofSystem("cannot rename " + one.string());
     if (!move(other, one)) {
         const Failure reason = Failure::ofSystem("cannot rename " + other.string());
-        move(aside, one);
+        moveBack(aside, one);
         throw reason;
     }
     if (!move(aside, other)) {
         const Failure reason = Failure::ofSystem("cannot rename " + aside.string());
-        move(one, other);
-        move(aside, one);
+        moveBack(one, other);
+        moveBack(aside, one);
         throw reason;
     }
 }

@@ -6,7 +6,7 @@ namespace qv {
 
 /// Gives the folders @p one and @p other, both there and on one file system, each other's name: in one atomic step, or
 /// on file systems without it in three renames by way of the free name @p aside. Throws Failure with both where they
-/// were.
+/// were, or says what of them is left under another name.
 void swapFolders(const std::filesystem::path &one, const std::filesystem::path &other,
                  const std::filesystem::path &aside);
 

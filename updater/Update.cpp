@@ -10,6 +10,7 @@
 #include "Lock.h"
 #include "Log.h"
 #include "Swap.h"
+#include "Trust.h"
 
 #include <ctime>
 #include <sys/stat.h>
@@ -34,6 +35,22 @@ fs::path usedUp(const Journal &journal)
     return journal.newDir.string() + ".update-done";
 }
 
+bool moveOrSay(const fs::path &from, const fs::path &to)
+{
+    const bool moved = rename(from.c_str(), to.c_str()) == 0;
+    if (!moved)
+        sayFailed("cannot rename " + from.string() + " to " + to.string());
+    return moved;
+}
+
+bool removeOrSay(const fs::path &path)
+{
+    const std::error_code error = removeTree(path);
+    if (error)
+        say("cannot remove all of " + path.string() + ": " + error.message());
+    return !error;
+}
+
 fs::path locatedFolder(const fs::path &oldDir)
 {
     const fs::path folder = located(oldDir);
@@ -54,11 +71,15 @@ ExitCode Update::run()
     openLog(at.log);
     say("updating " + at.folder.string() + " from \"" + newDir.string() + "\"");
     try {
+        checkFolder(at.parent);
+        if (isThere(at.folder))
+            checkFolder(at.folder);
         const Lock lock(at.lock);
         if (lock.isBusy()) {
             say("another update of this folder is under way");
             return Busy;
         }
+        checkRemains(at);
         ExitCode outcome = Unchanged;
         try {
             if (!resumes()) {
@@ -76,7 +97,7 @@ ExitCode Update::run()
         }
         const bool undone = undo();
         return startInstalled() && undone ? outcome : NeedsHelp;
-    } catch (const std::exception &failure) { // no lock: touch nothing
+    } catch (const std::exception &failure) { // no lock, or not our ground: touch nothing
         say(failure.what());
         return startInstalled() ? Unchanged : NeedsHelp;
     }
@@ -114,7 +135,7 @@ void Update::bringIn()
     if (onSameFileSystem(newDir, at.parent)) {
         syncFileSystem(newDir);
         journal.write(at.journal);
-        if (rename(newDir.c_str(), at.spare.c_str()) == 0)
+        if (moveOrSay(newDir, at.spare))
             return;
         Journal::remove(at.journal);
     }
@@ -159,11 +180,11 @@ void Update::finish()
     try {
         const Journal journal = Journal::read(at.journal).value();
         if (identity(journal.newDir) == journal.newIdentity) // copied: it still stands there, too
-            rename(journal.newDir.c_str(), usedUp(journal).c_str());
-        removeTree(usedUp(journal));
+            moveOrSay(journal.newDir, usedUp(journal));
+        removeOrSay(usedUp(journal));
         Journal::remove(at.journal);
-        discardSpare();
         say("the new version is installed");
+        discardSpare();
     } catch (const std::exception &failure) {
         say(failure.what());
     }
@@ -181,10 +202,11 @@ bool Update::undo()
                 swapFolders(at.folder, at.spare, at.aside);
                 say("the old version is back in its place");
             }
-            // Fails when the new version had been copied: then it never left.
-            if (rename(at.spare.c_str(), journal->newDir.c_str()) == 0)
+            // Where the new version had been copied it never left.
+            if (isThere(at.spare) && identity(journal->newDir) != journal->newIdentity
+                && moveOrSay(at.spare, journal->newDir))
                 say("the new version is back in " + journal->newDir.string());
-            removeTree(usedUp(*journal));
+            removeOrSay(usedUp(*journal));
             Journal::remove(at.journal);
         }
         discardSpare();
@@ -210,11 +232,9 @@ bool Update::startInstalled()
 /// What cannot be removed (files of another user, say) must not be in the way of all later updates.
 void Update::discardSpare()
 {
-    if (!isThere(at.spare) || removeTree(at.spare))
-        return;
     const fs::path leftover = at.spare.string() + "-" + std::to_string(time(nullptr));
-    say("cannot remove all of " + at.spare.string() + "; what remains is called " + leftover.string());
-    rename(at.spare.c_str(), leftover.c_str());
+    if (!removeOrSay(at.spare) && moveOrSay(at.spare, leftover))
+        say("what remains of it is called " + leftover.string());
 }
 
 } // namespace qv

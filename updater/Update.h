@@ -17,6 +17,9 @@ enum ExitCode {
 /// One update of one folder, from the lock to the running program. Killed at any moment it leaves the installed folder
 /// whole, old or new; the next update of the same folder, whatever it brings, first ends or undoes this one.
 ///
+/// Where another user could have a hand in it nothing is touched, and the installed program is started again: it is
+/// what the caller was.
+///
 /// The road: the new folder is brought beside the old one, by a rename or by a copy; the journal is written; the two
 /// swap names; the new program runs on trial; the journal is removed, and with it goes the old version.
 class Update

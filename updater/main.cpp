@@ -28,6 +28,7 @@ Replaces the folder of an application by the folder of its new version and start
 Old and new folder are swapped in one step. If the new program cannot be started or fails within its first
 five seconds, they are swapped back and the old program is started. Only a new program that stands this
 trial costs the old version. An update that was killed is ended or undone by the next one.
+As root nothing is replaced that another user owns or can write. The installed program is started all the same.
 What is done is told on standard error and in the file DIR.update.log beside the installed folder.
 
 Exit codes:

@@ -124,6 +124,8 @@ void Unzipper::report(const std::shared_ptr<Job> &job, bool isWhole, const QStri
         job->isUnclaimed = false;
         if (job->stopped)
             return;
+        if (job->unzipper->worker.joinable())
+            job->unzipper->worker.join(); // its stack would stay for as long as a forgotten Unzipper
         if (isWhole)
             emit job->unzipper->unzippingDone(job->folder);
         else

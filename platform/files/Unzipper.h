@@ -10,8 +10,8 @@
 
 namespace qv {
 
-/// Unpacks one ZIP archive in a thread of its own, from the moment it is made, and reports once. Its rules are those of
-/// ZipReader::extractFiles().
+/// Unpacks one ZIP archive in a thread of its own, a large one with the help of up to three more, from the moment it is
+/// made, and reports once. Its rules are those of ZipReader::extractFiles().
 /// @code
 /// auto *unzipper = new Unzipper(file, FileUtils::createTempDir(), false);
 /// connect(unzipper, &Unzipper::unzippingDone, ...); // in time: signals wait for the event loop

@@ -231,6 +231,32 @@ void flattenZipPaths(std::vector<ZipEntry> &entries)
     }
 }
 
+QByteArray zipParent(const QByteArray &path)
+{
+    return path.left(std::max(path.lastIndexOf('/'), decltype(path.size())(0)));
+}
+
+bool zipLinkStaysInside(const QByteArray &link, const QByteArray &target, const QHash<QByteArray, QByteArray> &links)
+{
+    if (target.isEmpty() || target.startsWith('/'))
+        return false;
+    QByteArray place = zipParent(link);
+    bool passedLink = false;
+    for (const QByteArray &component : target.split('/')) {
+        if (component.isEmpty() || component == ".")
+            continue;
+        if (component == "..") {
+            if (passedLink || place.isEmpty())
+                return false;
+            place = zipParent(place);
+        } else {
+            place += place.isEmpty() ? component : '/' + component;
+            passedLink = passedLink || links.contains(place);
+        }
+    }
+    return true;
+}
+
 QString printableZipName(const QByteArray &bytes)
 {
     constexpr int maxLength = 200;

@@ -3,6 +3,7 @@
 // Not installed: the inside of ZipReader and Unzipper.
 
 #include <QByteArray>
+#include <QHash>
 #include <QString>
 
 #include <vector>
@@ -36,6 +37,14 @@ std::vector<ZipEntry> readZipDirectory(QFile &archive);
 
 /// Unpacks everything below one folder: drops the folders of the entries' paths.
 void flattenZipPaths(std::vector<ZipEntry> &entries);
+
+/// The folder of an entry's path; empty for the target folder.
+QByteArray zipParent(const QByteArray &path);
+
+/// Tells whether a link in an archive with these @p links leads to a place below the target folder. Behind a link a
+/// ".." would start from wherever that link leads, so none is allowed there; then no chain of links can add up to a way
+/// out.
+bool zipLinkStaysInside(const QByteArray &link, const QByteArray &target, const QHash<QByteArray, QByteArray> &links);
 
 /// @p bytes for a message: no control characters and no markup, shortened where needed.
 QString printableZipName(const QByteArray &bytes);

@@ -1,6 +1,7 @@
 // Writes what an archive holds: libarchive reads and checks it, we decide where it goes. Called by ZipReader and by
 // Unzipper's thread; leaves a whole folder or an empty one.
 //
+// Large archives are written by several threads, each with a reader of its own that passes over what others have taken.
 // Not archive_write_disk: that changes the umask of the whole process, and its working directory, while hosts' other
 // threads run. Files and folders come first and links last, so that no file is ever written through a link.
 #include "ZipExtractor.h"
@@ -10,7 +11,6 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QHash>
 
 #include <archive.h>
 #include <archive_entry.h>
@@ -20,10 +20,15 @@
 #include <sys/statvfs.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <cstring>
+#include <future>
 #include <memory>
+#include <mutex>
+#include <thread>
 
 namespace qv {
 
@@ -36,8 +41,12 @@ constexpr quint64 maxRatio = 250;
 constexpr quint64 alwaysAllowed = 32 * 1024 * 1024;
 constexpr quint64 bytesOfFolder = 4096; // on most disks
 constexpr mode_t keptMode = 0755;
+constexpr quint64 maxThreads = 4;
+constexpr quint64 worthAThread = 1024 * 1024, worthAHeader = 1024; // in bytes to write; each thread reads all headers
+constexpr quint64 maxHeaders = 200'000;                            // in memory at once, of all threads
+constexpr std::chrono::milliseconds msBetweenQuestions(10);
 
-struct Cancelled
+struct Stopped
 {
 };
 
@@ -87,41 +96,12 @@ struct Attributes
     std::array<timespec, 2> times { timespec { 0, UTIME_NOW }, timespec { 0, UTIME_NOW } };
 };
 
-QByteArray parentOf(const QByteArray &path)
-{
-    return path.left(std::max(path.lastIndexOf('/'), decltype(path.size())(0)));
-}
-
-/// Tells whether a link in an archive with these @p links leads to a place below the target folder. Behind a link a
-/// ".." would start from wherever that link leads, so none is allowed there; then no chain of links can add up to a way
-/// out.
-bool staysInside(const QByteArray &link, const QByteArray &target, const QHash<QByteArray, QByteArray> &links)
-{
-    if (target.isEmpty() || target.startsWith('/'))
-        return false;
-    QByteArray place = parentOf(link);
-    bool passedLink = false;
-    for (const QByteArray &component : target.split('/')) {
-        if (component.isEmpty() || component == ".")
-            continue;
-        if (component == "..") {
-            if (passedLink || place.isEmpty())
-                return false;
-            place = parentOf(place);
-        } else {
-            place += place.isEmpty() ? component : '/' + component;
-            passedLink = passedLink || links.contains(place);
-        }
-    }
-    return true;
-}
-
 class Extraction
 {
 public:
-    Extraction(QFile &file, const QString &folder, const ZipProgress &callback);
+    Extraction(QFile &file, const std::vector<ZipEntry> &all, const QString &folder, const ZipProgress &callback);
 
-    void run(const std::vector<ZipEntry> &entries);
+    void run();
 
 private:
     struct Late
@@ -130,12 +110,23 @@ private:
         Attributes attributes;
     };
 
-    void checkLimits(const std::vector<ZipEntry> &entries);
-    void unpack(const ZipEntry &entry, archive_entry *header);
-    void writeFile(const ZipEntry &entry, const Attributes &attributes);
+    struct Worker // what each thread has of its own
+    {
+        const Utf8Locale locale;
+        const std::shared_ptr<struct archive> reader { archive_read_new(), &archive_read_free };
+        size_t headersRead = 0;
+        QByteArray lastMade; // of the folders; hostile archives have so many that all would fill the memory
+    };
+
+    void checkLimits();
+    void unpackAll();
+    void unpackUnclaimed(int file);
+    void attempt(const std::function<void()> &part) noexcept;
+    void unpack(Worker &worker, const ZipEntry &entry, archive_entry *header);
+    void writeFile(Worker &worker, const ZipEntry &entry, const Attributes &attributes);
     void writeBlock(const ZipEntry &entry, int file, const char *bytes, size_t size);
     bool isFolder(const QByteArray &path) const;
-    void makeFolders(const ZipEntry &entry, const QByteArray &path);
+    void makeFolders(Worker &worker, const ZipEntry &entry, const QByteArray &path);
     void makeLinks();
     void setFolderAttributes();
     void step();
@@ -143,54 +134,48 @@ private:
     [[noreturn]] void refuse(const QString &reason) const;
     [[noreturn]] void refuse(const ZipEntry &entry, const QString &reason) const;
     [[noreturn]] void refuseBySystem(const ZipEntry &entry) const;
-    [[noreturn]] void refuseByReader(const ZipEntry &entry) const;
+    [[noreturn]] void refuseByReader(const Worker &worker, const ZipEntry &entry) const;
 
-    const Utf8Locale locale;
     QFile &archive;
+    const std::vector<ZipEntry> &entries;
     const Descriptor root;
-    const std::unique_ptr<struct archive, decltype(&archive_read_free)> reader;
     const ZipProgress &progress;
-    QByteArray lastMade; // of the folders; hostile archives have so many that all would fill the memory
+    const std::thread::id caller = std::this_thread::get_id(); // it alone may be told the progress
+    quint64 total = 0;
+    quint64 limit = 0; // of that and of what folders take
+    std::atomic<quint64> written { 0 };
+    std::atomic<quint64> takenByFolders { 0 };
+    std::atomic<size_t> unclaimed { 0 }; // the next entry that no thread has taken
+    std::atomic<bool> stopped { false };
+    std::exception_ptr failure; // of whoever stopped first
+    std::mutex collecting;      // held while the three below change
     std::vector<Late> folders;
     std::vector<Late> links;
     QHash<QByteArray, QByteArray> targets; // of the links
-    quint64 written = 0;
-    quint64 total = 0;
-    quint64 limit = 0; // of that and of what folders take
-    quint64 takenByFolders = 0;
 };
 
-Extraction::Extraction(QFile &file, const QString &folder, const ZipProgress &callback)
-    : archive(file), root(open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)),
-      reader(archive_read_new(), &archive_read_free), progress(callback)
+Extraction::Extraction(QFile &file, const std::vector<ZipEntry> &all, const QString &folder,
+                       const ZipProgress &callback)
+    : archive(file), entries(all),
+      root(open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)), progress(callback)
 {
     if (root < 0)
         refuse(QStringLiteral("cannot unpack into '%1': %2").arg(folder, QString::fromLocal8Bit(strerror(errno))));
 }
 
-void Extraction::run(const std::vector<ZipEntry> &entries)
+void Extraction::run()
 {
-    checkLimits(entries);
+    checkLimits();
     if (entries.empty()) // libarchive takes an archive without entries for something else
         return;
-    // The seekable reader alone: the streaming one unpacks half of a truncated archive before it notices.
-    archive_read_support_format_zip_seekable(reader.get());
-    if (lseek(archive.handle(), 0, SEEK_SET) != 0
-        || archive_read_open_fd(reader.get(), archive.handle(), readBlock) != ARCHIVE_OK)
-        refuse(QString::fromUtf8(archive_error_string(reader.get())));
-
-    for (const ZipEntry &entry : entries) {
-        archive_entry *header = nullptr;
-        if (archive_read_next_header(reader.get(), &header) != ARCHIVE_OK)
-            refuseByReader(entry);
-        if (entry.wanted)
-            unpack(entry, header);
-    }
+    unpackAll();
+    for (std::vector<Late> *const late : { &folders, &links })
+        std::sort(late->begin(), late->end(), [](const Late &a, const Late &b) { return a.entry < b.entry; });
     makeLinks();
     setFolderAttributes();
 }
 
-void Extraction::checkLimits(const std::vector<ZipEntry> &entries)
+void Extraction::checkLimits()
 {
     for (const ZipEntry &entry : entries) {
         if (!entry.wanted)
@@ -207,27 +192,87 @@ void Extraction::checkLimits(const std::vector<ZipEntry> &entries)
         refuse(QStringLiteral("would unpack to %1 bytes, and the disk is too full for that").arg(total));
 }
 
-void Extraction::unpack(const ZipEntry &entry, archive_entry *header)
+void Extraction::unpackAll()
+{
+    const quint64 threads =
+        std::min({ maxThreads, quint64(std::thread::hardware_concurrency()), maxHeaders / entries.size(),
+                   total / (worthAThread + entries.size() * worthAHeader), quint64(entries.size()) });
+    const QByteArray sameFile = "/proc/self/fd/" + QByteArray::number(archive.handle());
+    const auto help = [&] {
+        const Descriptor file(open(sameFile.constData(), O_RDONLY | O_CLOEXEC)); // with a position of its own
+        if (file >= 0)
+            attempt([&] { unpackUnclaimed(file); });
+    };
+    std::vector<std::future<void>> helpers;
+    try {
+        while (helpers.size() + 1 < threads)
+            helpers.push_back(std::async(std::launch::async, help));
+    } catch (const std::exception &) { // no more threads are to be had: those there are do it
+    }
+    attempt([&] {
+        unpackUnclaimed(archive.handle());
+        for (const std::future<void> &helper : helpers) {
+            while (helper.wait_for(msBetweenQuestions) != std::future_status::ready)
+                step();
+        }
+    });
+    helpers.clear(); // waits for them
+    if (failure)
+        std::rethrow_exception(failure);
+}
+
+void Extraction::attempt(const std::function<void()> &part) noexcept
+{
+    try {
+        part();
+    } catch (...) {
+        if (!stopped.exchange(true)) // the first part of the work that fails stops the others
+            failure = std::current_exception();
+    }
+}
+
+void Extraction::unpackUnclaimed(int file)
+{
+    Worker worker;
+    struct archive *const reader = worker.reader.get();
+    // The seekable reader alone: the streaming one unpacks half of a truncated archive before it notices.
+    archive_read_support_format_zip_seekable(reader);
+    if (lseek(file, 0, SEEK_SET) != 0 || archive_read_open_fd(reader, file, readBlock) != ARCHIVE_OK)
+        refuse(QString::fromUtf8(archive_error_string(reader)));
+    for (size_t number = unclaimed++; number < entries.size(); number = unclaimed++) {
+        archive_entry *header = nullptr;
+        for (; worker.headersRead <= number; ++worker.headersRead) {
+            if (archive_read_next_header(reader, &header) != ARCHIVE_OK)
+                refuseByReader(worker, entries[worker.headersRead]);
+        }
+        if (entries[number].wanted)
+            unpack(worker, entries[number], header);
+    }
+}
+
+void Extraction::unpack(Worker &worker, const ZipEntry &entry, archive_entry *header)
 {
     const Attributes attributes(header);
     const auto type = archive_entry_filetype(header);
     if (type == AE_IFDIR ? entry.size > 0 : entry.isFolder())
         refuse(entry, QStringLiteral("is a folder and something else at once"));
-    makeFolders(entry, type == AE_IFDIR ? entry.path : parentOf(entry.path));
+    makeFolders(worker, entry, type == AE_IFDIR ? entry.path : zipParent(entry.path));
     if (type == AE_IFREG) {
-        writeFile(entry, attributes);
+        writeFile(worker, entry, attributes);
     } else if (type == AE_IFLNK) {
+        const std::lock_guard<std::mutex> lock(collecting);
         targets.insert(entry.path, archive_entry_symlink(header));
         links.push_back({ &entry, attributes });
     } else if (type != AE_IFDIR) {
         refuse(entry, QStringLiteral("is neither file, folder nor link"));
     } else if (!entry.path.isEmpty()) {
+        const std::lock_guard<std::mutex> lock(collecting);
         folders.push_back({ &entry, attributes });
     }
     step();
 }
 
-void Extraction::writeFile(const ZipEntry &entry, const Attributes &attributes)
+void Extraction::writeFile(Worker &worker, const ZipEntry &entry, const Attributes &attributes)
 {
     Descriptor file(openat(root, entry.path.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
     if (file < 0)
@@ -237,7 +282,7 @@ void Extraction::writeFile(const ZipEntry &entry, const Attributes &attributes)
     size_t blockSize = 0;
     la_int64_t offset = 0;
     int result = ARCHIVE_OK;
-    while ((result = archive_read_data_block(reader.get(), &block, &blockSize, &offset)) == ARCHIVE_OK) {
+    while ((result = archive_read_data_block(worker.reader.get(), &block, &blockSize, &offset)) == ARCHIVE_OK) {
         size += blockSize;
         if (size > entry.size)
             refuse(entry, QStringLiteral("is larger than it says"));
@@ -245,7 +290,7 @@ void Extraction::writeFile(const ZipEntry &entry, const Attributes &attributes)
         step();
     }
     if (result != ARCHIVE_EOF)
-        refuseByReader(entry);
+        refuseByReader(worker, entry);
     if (size != entry.size)
         refuse(entry, QStringLiteral("is smaller than it says"));
     if (fchmod(file, attributes.mode | 0600) != 0 || futimens(file, attributes.times.data()) != 0 || !file.close())
@@ -272,18 +317,18 @@ bool Extraction::isFolder(const QByteArray &path) const
     return fstatat(root, path.constData(), &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISDIR(status.st_mode);
 }
 
-void Extraction::makeFolders(const ZipEntry &entry, const QByteArray &path)
+void Extraction::makeFolders(Worker &worker, const ZipEntry &entry, const QByteArray &path)
 {
-    if (path.isEmpty() || path == lastMade)
+    if (path.isEmpty() || path == worker.lastMade)
         return;
     int result = mkdirat(root, path.constData(), 0755);
     if (result != 0 && errno == ENOENT) {
-        makeFolders(entry, parentOf(path));
+        makeFolders(worker, entry, zipParent(path));
         result = mkdirat(root, path.constData(), 0755);
     }
     if (result != 0 && (errno != EEXIST || !isFolder(path)))
         refuseBySystem(entry);
-    lastMade = path;
+    worker.lastMade = path;
     takenByFolders += result == 0 ? bytesOfFolder : 0;
     if (total + takenByFolders > limit)
         refuse(QStringLiteral("would unpack to too many folders"));
@@ -294,7 +339,7 @@ void Extraction::makeLinks()
     for (const Late &link : links) {
         const QByteArray &path = link.entry->path;
         const QByteArray target = targets.value(path);
-        if (!staysInside(path, target, targets))
+        if (!zipLinkStaysInside(path, target, targets))
             refuse(*link.entry, QStringLiteral("is a link that leads out of its folder"));
         if (symlinkat(target.constData(), root, path.constData()) != 0
             || utimensat(root, path.constData(), link.attributes.times.data(), AT_SYMLINK_NOFOLLOW) != 0)
@@ -315,8 +360,8 @@ void Extraction::setFolderAttributes()
 
 void Extraction::step()
 {
-    if (!progress(written, total))
-        throw Cancelled();
+    if (stopped || (std::this_thread::get_id() == caller && !progress(written, total)))
+        throw Stopped();
 }
 
 void Extraction::refuse(const QString &reason) const
@@ -335,9 +380,9 @@ void Extraction::refuseBySystem(const ZipEntry &entry) const
     refuse(entry, QStringLiteral("cannot be written: %1").arg(QString::fromLocal8Bit(strerror(error))));
 }
 
-void Extraction::refuseByReader(const ZipEntry &entry) const
+void Extraction::refuseByReader(const Worker &worker, const ZipEntry &entry) const
 {
-    const char *reason = archive_error_string(reader.get());
+    const char *reason = archive_error_string(worker.reader.get());
     refuse(entry,
            QStringLiteral("cannot be read: %1").arg(QString::fromUtf8(reason ? reason : "the archive ends early")));
 }
@@ -351,9 +396,9 @@ bool extractZip(QFile &archive, const std::vector<ZipEntry> &entries, const QStr
         || !QDir(folder).isEmpty(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System))
         throw IOException(QStringLiteral("cannot unpack into '%1': it must be a folder without content").arg(folder));
     try {
-        Extraction(archive, folder, progress).run(entries);
+        Extraction(archive, entries, folder, progress).run();
         return true;
-    } catch (const Cancelled &) {
+    } catch (const Stopped &) {
         FileUtils::emptyFolder(folder);
         return false;
     } catch (...) {

@@ -5,9 +5,11 @@
 // what makes it safe for whoever is called to delete the client.
 #include "HttpClient.h"
 
+#include "HttpLogin.h"
+#include "HttpThreads.h"
+
 #include <QMetaMethod>
 #include <QNetworkAccessManager>
-#include <QNetworkProxy>
 #include <QNetworkReply>
 
 #include <algorithm>
@@ -91,6 +93,7 @@ HttpClient::HttpClient()
             current->status = 0;
         });
     }
+    connect(&HttpThreads::instance(), &HttpThreads::freed, this, &HttpClient::ask);
     roundTimer.setSingleShot(true);
     connect(&roundTimer, &QTimer::timeout, this, &HttpClient::readBody);
     connect(&progressTimer, &QTimer::timeout, this, [this] {
@@ -177,9 +180,8 @@ void HttpClient::next()
     phase = current ? Waiting : Idle;
     if (current) {
         QMetaObject::invokeMethod(this, &HttpClient::start, Qt::QueuedConnection);
-    } else if (network && !isHeadEndless) { // with its thread and its connections
-        network->deleteLater();
-        network = nullptr;
+    } else { // with its thread and its connections
+        HttpThreads::instance().release(std::exchange(network, nullptr));
     }
 }
 
@@ -208,21 +210,33 @@ void HttpClient::send(const RequestData &request)
         endRequest();
         return;
     }
+    stallTimer.start(HttpThreads::instance().areStuck() ? 0 : msStallDelay);
+    if (request.msTimeLimit > 0)
+        wholeTimer.start(request.msTimeLimit);
+    if (HttpThreads::instance().areFree())
+        ask();
+}
+
+void HttpClient::ask()
+{
+    if (reply || !stallTimer.isActive()) // nobody waits
+        return;
     if (!network)
         network = new QNetworkAccessManager(this);
-    network->setProxy(routeOf(request.host));
-    reply = network->get(networkRequest(request.address));
+    reply = getWithLogin(*network, networkRequest(current->address), routeOf(current->host));
     reply->setReadBufferSize(readBufferBytes);
     connect(reply, &QNetworkReply::redirected, this, [this](const QUrl &to) {
+        if (!to.userInfo().isEmpty()) { // which Qt would use there
+            readHead();
+            endRequest();
+            return;
+        }
         current->visited.append(to);
         current->status = 0; // until that server answers
     });
     connect(reply, &QNetworkReply::metaDataChanged, this, &HttpClient::readHead);
     connect(reply, &QNetworkReply::readyRead, this, &HttpClient::readBody);
     connect(reply, &QNetworkReply::finished, this, &HttpClient::readBody);
-    stallTimer.start(msStallDelay);
-    if (request.msTimeLimit > 0)
-        wholeTimer.start(request.msTimeLimit);
 }
 
 void HttpClient::readHead()
@@ -237,7 +251,7 @@ void HttpClient::readBody()
 {
     std::array<char, pieceBytes> piece;
     qint64 bytes = 0;
-    while (reply && bytes < roundBytes) {
+    while (reply && reply->isOpen() && bytes < roundBytes) {
         const qint64 size = reply->read(piece.data(), pieceBytes);
         if (size <= 0)
             break;
@@ -253,8 +267,9 @@ void HttpClient::readBody()
     if (bytes >= roundBytes) {
         roundTimer.start();
     } else if (reply->isFinished()) {
-        if (isLeftOver(current->status, reply->error()))
-            current->status = 0;
+        const int refused = refusedChallenge(*reply);
+        if (refused != 0 || isLeftOver(current->status, reply->error()))
+            current->status = refused;
         endRequest();
     }
 }
@@ -278,12 +293,10 @@ void HttpClient::dropReply()
     progressTimer.stop();
     roundTimer.stop();
     if (QNetworkReply *dropped = std::exchange(reply, nullptr)) {
-        // A server may send header lines for ever; Qt reads them for ever, and its manager then takes 5 s to be
-        // deleted.
-        isHeadEndless = isHeadEndless || (!dropped->isFinished() && current->status == 0);
         dropped->disconnect(this);
-        dropped->abort();
         dropped->deleteLater();
+        if (!dropped->isFinished())
+            HttpThreads::instance().release(std::exchange(network, nullptr));
     }
 }
 

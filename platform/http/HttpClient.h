@@ -24,8 +24,8 @@ namespace qv {
 /// ends the request. Whatever went wrong, the slot is called once, and what arrived is there; only where a server
 /// breaks off while the GUI thread is 4 MiB behind it, the end of what it sent may be lost. Cookies are neither kept
 /// nor sent, compressed answers are not asked for, and the system is never asked for a proxy. A client that has nothing
-/// to do holds neither thread nor descriptor, but for one that gave up a server before the head of its answer was
-/// whole: what reads that may take seconds to end, and stays with the client.
+/// to do holds neither thread nor descriptor. While Qt still reads, and cannot be stopped reading, what a server sends
+/// without end, requests end at once, as those whose server is silent (see HttpThreads).
 ///
 /// The client, the receiver or the output device may be deleted at any time, in a slot called by the client too:
 /// without its receiver a request is dropped, without its device it ends.
@@ -105,6 +105,7 @@ private:
 
     void start();
     void send(const RequestData &request);
+    void ask();
     void readHead();
     void readBody();
     void endRequest();
@@ -117,7 +118,6 @@ private:
     int msStallDelay = msStallLimit;
     QNetworkAccessManager *network = nullptr; // made with the first request: the first of a process is costly
     QNetworkReply *reply = nullptr;           // while Running
-    bool isHeadEndless = false;               // or may be: the manager stays then
     Phase phase = Idle;
     RequestPtr current;
     QList<RequestPtr> waiting;

@@ -12,6 +12,12 @@ namespace qv {
 class QV_PLATFORM_EXPORT Preferences
 {
 public:
+    /// To be called before a store is read or written. Qt decodes all values beside the one that is asked for, and a
+    /// damaged list that claims more elements than it holds costs gigabytes or ends the process. Such values, of which
+    /// nothing can be read, are taken out of the store's file; all others stay as they are. False when that cannot be
+    /// done, or the file has more than 64 MiB: then the store must not be used.
+    static bool mend(QSettings &settings);
+
     /// True and false are stored as "true" and "false"; "1" and "0" are understood too.
     static bool boolValue(const QSettings &settings, const QString &key, bool defaultValue);
     static int intValue(const QSettings &settings, const QString &key, int defaultValue);

@@ -1,7 +1,9 @@
-// Splits, translates and compares sets of words. Called wherever lists of words are read.
+// Splits, translates and compares sets of words, wherever lists of words are read; takes passwords out of what is
+// logged.
 #include "StringUtils.h"
 
 #include <QCoreApplication>
+#include <QRegularExpression>
 
 #include <algorithm>
 
@@ -47,6 +49,12 @@ bool StringUtils::intersectsOnBeginning(const QStringSet &a, const QStringSet &b
         return std::any_of(b.cbegin(), b.cend(),
                            [&left](const QString &right) { return left.startsWith(right) || right.startsWith(left); });
     });
+}
+
+QString StringUtils::withoutPassword(const QString &url)
+{
+    static const QRegularExpression password(QStringLiteral("^([^/?#]*//[^/?#:]*):[^/?#]*@"));
+    return QString(url).replace(password, QStringLiteral("\\1@"));
 }
 
 } // namespace qv

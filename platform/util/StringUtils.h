@@ -4,12 +4,13 @@
 
 #include <QSet>
 #include <QString>
+#include <QUrl>
 
 namespace qv {
 
 using QStringSet = QSet<QString>;
 
-/// Words and sets of words.
+/// Words, sets of words, and what a log may show of a URL.
 class QV_PLATFORM_EXPORT StringUtils
 {
 public:
@@ -32,6 +33,12 @@ public:
 
     /// True when a word of one set begins with a word of the other, minding case.
     static bool intersectsOnBeginning(const QStringSet &a, const QStringSet &b);
+
+    /// The text of @p url for logs and users: without the password, if its authority ("//user:password@host") has one.
+    static QString withoutPassword(const QUrl &url) { return url.toString(QUrl::RemovePassword); }
+
+    /// The same for what may not even be one; any other text as it stands.
+    static QString withoutPassword(const QString &url);
 };
 
 } // namespace qv

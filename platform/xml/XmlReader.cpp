@@ -85,6 +85,16 @@ void refuseLongDtd(const QByteArray &bytes)
     refuse("too long a DTD");
 }
 
+/// All that @p device holds, or more than may be read. In pieces: for one, Qt reserves twice the limit.
+QByteArray beginningOf(QIODevice *device)
+{
+    constexpr int pieceSize = 64 * 1024;
+    QByteArray bytes = device->read(pieceSize);
+    for (QByteArray piece = bytes; !piece.isEmpty() && bytes.size() <= maxBytes; bytes += piece)
+        piece = device->read(pieceSize);
+    return bytes;
+}
+
 QByteArray declaredEncoding(const QByteArray &bytes)
 {
     const QByteArray declaration = bytes.startsWith("<?xml") ? bytes.left(bytes.indexOf("?>")) : QByteArray();
@@ -126,7 +136,7 @@ QString recode(const QByteArray &bytes)
 
 } // namespace
 
-XmlReader::XmlReader(QIODevice *device) : bytes(device->read(maxBytes + 1))
+XmlReader::XmlReader(QIODevice *device) : bytes(beginningOf(device))
 {
     if (bytes.size() > maxBytes)
         refuse("too long");

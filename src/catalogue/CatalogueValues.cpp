@@ -4,6 +4,7 @@
 
 #include "Kinds.h"
 #include "LogQt.h"
+#include "StringUtils.h"
 
 #include <cmath>
 #include <initializer_list>
@@ -88,10 +89,12 @@ QDateTime parseReleaseDate(const QString &text)
 QString parsePackageSuffix(const QString &urlText)
 {
     const QString suffix = packageSuffix(urlText);
-    if (isSuspiciousSuffix(suffix))
+    if (isSuspiciousSuffix(suffix)) {
+        const QString shown = StringUtils::withoutPassword(urlText);
         LogQt::write(Log::Error,
                      QStringLiteral("DownloadManager::parsePackageType() -> parsed suspicious package suffix '")
-                         + suffix + QStringLiteral("' in ") + urlText);
+                         + packageSuffix(shown) + QStringLiteral("' in ") + shown);
+    }
     return suffix;
 }
 

@@ -101,10 +101,11 @@ QStringList packageRow(const PackageInfo &package)
 QString packageComment(const PackageInfo &package)
 {
     // Escaped: the catalogue's texts are no markup of ours, and the box would fetch what an image tag names.
-    const QString url = package.url.toString().toHtmlEscaped();
+    const QString url = package.url.toString();
     return QStringLiteral("<b>") + nameAndRelease(package).toHtmlEscaped() + QStringLiteral(", ")
         + visible(package.type).toHtmlEscaped() + QStringLiteral("</b><br />") + releaseLine(package)
-        + QStringLiteral("<a href=\"") + url + QStringLiteral("\">") + url + QStringLiteral("</a><br />");
+        + QStringLiteral("<a href=\"") + url.toHtmlEscaped() + QStringLiteral("\">") + visible(url).toHtmlEscaped()
+        + QStringLiteral("</a><br />");
 }
 
 SoftUpIndexList foreignLanguageRows(const PackageInfoList &packages, const QString &language)

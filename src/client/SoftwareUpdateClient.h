@@ -58,7 +58,7 @@ public:
     void getCurrentSettings(SoftwareUpdateSettings *settings) const;
 
     /// Writes @p settings. Deliberate: no key is ever removed; an empty list, a null text or date and the version 0
-    /// leave in the store what was there.
+    /// leave in the store what was there. A store that cannot be used is left alone.
     void setCurrentSettings(const SoftwareUpdateSettings *settings);
 
     /// The proxy for all requests: the host's NodeDB::globalProxy(), or none. The system's is never asked.

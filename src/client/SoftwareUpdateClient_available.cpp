@@ -9,6 +9,7 @@
 #include "Offer.h"
 #include "SoftwareUpdateAvailableDialog.h"
 #include "SoftwareUpdateDialog.h"
+#include "StringUtils.h"
 
 #include <QCoreApplication>
 #include <QDesktopServices>
@@ -26,7 +27,7 @@ void openInBrowser(const QUrl &url, const char *refusal)
     if (url.isEmpty() || isForBrowser(url))
         QDesktopServices::openUrl(url);
     else
-        LogQt::write(Log::Error, QLatin1String(refusal) + url.toString());
+        LogQt::write(Log::Error, QLatin1String(refusal) + StringUtils::withoutPassword(url));
 }
 
 } // namespace

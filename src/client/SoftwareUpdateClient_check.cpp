@@ -4,14 +4,18 @@
 #include "SoftwareUpdateClient_p.h"
 
 #include "CatalogueReader.h"
+#include "HttpLogin.h"
 #include "LogQt.h"
 #include "Offer.h"
 #include "SoftwareUpdateAvailableDialog.h"
 #include "SoftwareUpdateDialog.h"
+#include "StringUtils.h"
 
 #include <QCoreApplication>
 #include <QLocale>
 #include <QNetworkReply>
+
+#include <utility>
 
 namespace qv {
 
@@ -22,6 +26,8 @@ constexpr qint64 maxBufferedBytes = 17 << 20; // more than any catalogue that wo
 
 // Qt's own words, from Qt's own catalogue.
 const char *const unknownProtocol = "Protocol \"%1\" is unknown";
+const char *const whoAreYou = "Host requires authentication";
+const char *const proxyAsks = "Proxy requires authentication";
 
 bool isRedirect(int status)
 {
@@ -31,6 +37,13 @@ bool isRedirect(int status)
 bool isWebAddress(const QUrl &url)
 {
     return url.scheme() == QLatin1String("http") || url.scheme() == QLatin1String("https");
+}
+
+QString errorTextOf(const QNetworkReply &reply)
+{
+    const int refused = refusedChallenge(reply);
+    return refused == 0 ? reply.errorString()
+                        : QCoreApplication::translate("QHttp", refused == 401 ? whoAreYou : proxyAsks);
 }
 
 } // namespace
@@ -53,17 +66,26 @@ void SoftwareUpdateClientPrivate::performUpdateCheck(const QUrl &url)
         QObject::connect(networkManager.data(), &QNetworkAccessManager::finished, q,
                          &SoftwareUpdateClient::evaluateServerResponse);
     }
-    networkManager->setProxy(q->networkProxy());
-    // An answer that is longer stands still and ends in the timeout.
-    networkManager->get(request)->setReadBufferSize(maxBufferedBytes);
+    unsent.append(request);
+    if (HttpThreads::instance().areFree())
+        sendRequests();
 
     if (!requestTimer) {
         requestTimer = new QTimer(q);
         requestTimer->setTimerType(Qt::PreciseTimer); // a coarse one fires up to 0.75 s too early
         QObject::connect(requestTimer, &QTimer::timeout, q, &SoftwareUpdateClient::requestTimeout);
+        QObject::connect(&HttpThreads::instance(), &HttpThreads::freed, q, [this] { sendRequests(); });
     }
     requestTimer->setSingleShot(true);
-    requestTimer->start(msRequestTimeout);
+    requestTimer->start(HttpThreads::instance().areStuck() ? 0 : msRequestTimeout);
+}
+
+void SoftwareUpdateClientPrivate::sendRequests()
+{
+    for (const QNetworkRequest &request : std::exchange(unsent, {})) {
+        // An answer that is longer stands still and ends in the timeout.
+        getWithLogin(*networkManager, request, q->networkProxy())->setReadBufferSize(maxBufferedBytes);
+    }
 }
 
 void SoftwareUpdateClientPrivate::announceCheck(const QUrl &url)
@@ -75,7 +97,8 @@ void SoftwareUpdateClientPrivate::announceCheck(const QUrl &url)
         shown.lastCheck = lastCheckText(currentSettings().lastCheck);
         settingsDialog->setDialogSettings(shown);
     }
-    LogQt::write(Log::Progress, QStringLiteral("SoftwareUpdateClient::performUpdateCheck() -> ") + url.toString());
+    LogQt::write(Log::Progress,
+                 QStringLiteral("SoftwareUpdateClient::performUpdateCheck() -> ") + StringUtils::withoutPassword(url));
 }
 
 void SoftwareUpdateClient::evaluateServerResponse(QNetworkReply *reply)
@@ -98,7 +121,7 @@ void SoftwareUpdateClient::evaluateServerResponse(QNetworkReply *reply)
     if (d->settingsDialog)
         d->settingsDialog->disbaleProgress();
     if (reply->error() != QNetworkReply::NoError) {
-        d->failCheck(reply->errorString());
+        d->failCheck(errorTextOf(*reply));
         return;
     }
     if (d->parseServerResponse(reply) == 1)
@@ -114,14 +137,15 @@ void SoftwareUpdateClient::evaluateServerResponse(QNetworkReply *reply)
     }
 }
 
-/// Deliberate: the target as it stands, a relative one is not resolved. But no server leads to a file or a device: an
-/// address that is none of the web's ends as Qt ends those it does not know.
+/// Deliberate: the target as it stands, but for credentials, a relative one is not resolved. But no server leads to a
+/// file or a device: an address that is none of the web's ends as Qt ends those it does not know.
 void SoftwareUpdateClientPrivate::followRedirect(const QUrl &target)
 {
     LogQt::write(Log::Progress,
-                 QStringLiteral("SoftwareUpdateClient::evaluateServerResponse() -> redirect url ") + target.toString());
+                 QStringLiteral("SoftwareUpdateClient::evaluateServerResponse() -> redirect url ")
+                     + StringUtils::withoutPassword(target));
     if (isWebAddress(target)) {
-        performUpdateCheck(target);
+        performUpdateCheck(target.userInfo().isEmpty() ? target : target.adjusted(QUrl::RemoveUserInfo));
         return;
     }
     announceCheck(target);
@@ -202,8 +226,7 @@ void SoftwareUpdateClient::deleteNetworkmanager()
 {
     if (!d->networkManager)
         return;
-    // It lives until the event loop comes round: what still arrives there is nobody's concern.
-    d->networkManager->disconnect(this);
+    d->unsent.clear();
     d->networkManager.reset();
 }
 

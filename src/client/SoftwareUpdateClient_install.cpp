@@ -9,6 +9,7 @@
 #include "Kinds.h"
 #include "LogQt.h"
 #include "SoftwareUpdateAvailableDialog.h"
+#include "StringUtils.h"
 
 #include <QCoreApplication>
 #include <QDesktopServices>
@@ -86,7 +87,7 @@ void SoftwareUpdateClient::installPackage(int row)
     // Deliberate: nobody keeps or frees the manager.
     auto *manager = new DownloadManager(host, QString());
 
-    const QString link = package.url.toString();
+    const QString link = StringUtils::withoutPassword(package.url);
     const QString folder = FileUtils::createTempDir();
     // Without a folder there is no file to open either, and the download ends as a failure.
     const QString file = folder.isEmpty() ? QString() : folder + QLatin1Char('/') + link.section(QLatin1Char('/'), -1);

@@ -2,10 +2,12 @@
 
 // Not installed: the inside of SoftwareUpdateClient.
 
+#include "HttpThreads.h"
 #include "SoftwareUpdateClient.h"
 
 #include <QHash>
 #include <QNetworkAccessManager>
+#include <QNetworkRequest>
 #include <QPointer>
 #include <QProgressDialog>
 #include <QScopedPointer>
@@ -57,6 +59,7 @@ public:
     void checkLater(const SoftwareUpdateSettings &settings, int msDelay);
 
     void performUpdateCheck(const QUrl &url);
+    void sendRequests();
     void announceCheck(const QUrl &url);
     void followRedirect(const QUrl &target);
     void failCheck(const QString &errorText);
@@ -81,8 +84,9 @@ public:
 
     SoftwareUpdateClient *const q;
     QPointer<QWidget> parentWidget;
-    QScopedPointer<QNetworkAccessManager, QScopedPointerDeleteLater> networkManager; // exists while a check waits
-    QTimer *requestTimer = nullptr;                                                  // made by the first check
+    QScopedPointer<QNetworkAccessManager, HttpThreads::Release> networkManager; // exists while a check waits
+    QList<QNetworkRequest> unsent;                                              // until HttpThreads are free
+    QTimer *requestTimer = nullptr;                                             // made by the first check
     QTimer *const checkTimer;
     PackageInfoList packages;                       // what the last check found; row i of the table is package i
     SoftUpIndexList selectedRows;                   // the row that is being installed

@@ -2,6 +2,8 @@
 // one truth that client, dialogs and host share.
 #include "SoftwareUpdateClient_p.h"
 
+#include "Preferences.h"
+
 #include <QCoreApplication>
 
 namespace qv {
@@ -63,15 +65,18 @@ void writeList(QSettings &settings, const QString &key, const QStringList &list)
 
 void SoftwareUpdateClient::getCurrentSettings(SoftwareUpdateSettings *settings) const
 {
-    const QSettings stored = store();
+    QSettings stored = store();
     *settings = SoftwareUpdateSettings();
+    if (!Preferences::mend(stored))
+        return;
     settings->doUpdateCheck = boolOf(stored.value(Key::doUpdateCheck), true);
     settings->checkForBeta = boolOf(stored.value(Key::checkForBeta), false);
     settings->updateInterval = stored.value(Key::updateInterval).toInt();
     settings->serverURL = stored.value(Key::serverURL).toString();
     settings->versionNumber = VersionNumber::fromText(stored.value(Key::versionNumber, QStringLiteral("0")).toString());
     settings->product = stored.value(Key::product).toString();
-    settings->lastCheck = stored.value(Key::lastCheck).toDateTime();
+    const QDateTime lastCheck = stored.value(Key::lastCheck).toDateTime();
+    settings->lastCheck = lastCheck.isValid() ? lastCheck : QDateTime();
     settings->supportedPlatforms = listOf(stored.value(Key::supportedPlatforms));
     settings->supportedPackageTypes = listOf(stored.value(Key::supportedPackageTypes));
     settings->installablePackageTypes = listOf(stored.value(Key::installablePackageTypes));
@@ -81,6 +86,8 @@ void SoftwareUpdateClient::getCurrentSettings(SoftwareUpdateSettings *settings) 
 void SoftwareUpdateClient::setCurrentSettings(const SoftwareUpdateSettings *settings)
 {
     QSettings stored = store();
+    if (!Preferences::mend(stored))
+        return;
     stored.setValue(Key::doUpdateCheck, settings->doUpdateCheck);
     stored.setValue(Key::checkForBeta, settings->checkForBeta);
     stored.setValue(Key::updateInterval, settings->updateInterval);

@@ -61,6 +61,10 @@ void DownloadManagerPrivate::loadHistory(QSettings &settings, const QString &cac
     if (!cacheFile.isEmpty() && isCache(QFileInfo(cacheFile)))
         lastAnswer = FileUtils::readBytes(cacheFile);
 
+    if (!Preferences::mend(settings)) {
+        setServer(QUrl(DownloadManager::UPDATE_URL));
+        return;
+    }
     settings.beginGroup(groupName);
     lastCheck = Preferences::dateTimeValue(settings, lastCheckKey, QDateTime());
     regularCheck = Preferences::boolValue(settings, regularCheckKey, false);
@@ -103,6 +107,8 @@ void DownloadManager::storeHistory(QSettings &settings, const QString &cacheFile
     if (!cacheFile.isEmpty() && !d->lastAnswer.isEmpty())
         FileUtils::writeBytes(d->lastAnswer, cacheFile);
 
+    if (!Preferences::mend(settings))
+        return;
     settings.beginGroup(groupName);
     Preferences::setDateTimeValue(settings, lastCheckKey, d->lastCheck);
     settings.setValue(regularCheckKey, d->regularCheck);
