@@ -349,7 +349,8 @@ private slots:
         shell.setProcessEnvironment(environment);
         shell.setWorkingDirectory(folder.path());
         shell.start("sh", { "-c", commands.replace("minisign -G", "minisign -G -W") });
-        QVERIFY(shell.waitForFinished() && shell.exitCode() == 0);
+        QVERIFY(shell.waitForFinished(60'000));
+        QVERIFY2(shell.exitCode() == 0, shell.readAllStandardError().constData());
         const QByteArray out = shell.readAllStandardOutput();
         QVERIFY2(out.contains("packages that can be offered: 24 of 24\n"), out.constData());
     }

@@ -64,18 +64,18 @@ Role roleOf(const QString &name, Role around)
 /// How many letters must be added, removed or changed to make one text of the other.
 int distance(const QString &a, const QString &b)
 {
-    QList<int> row(b.size() + 1);
+    std::vector<int> row(size_t(b.size()) + 1);
     std::iota(row.begin(), row.end(), 0);
     for (int i = 0; i < a.size(); ++i) {
-        int diagonal = row.at(0);
-        row[0] = i + 1;
-        for (int j = 0; j < b.size(); ++j) {
-            const int changed = diagonal + (a.at(i) == b.at(j) ? 0 : 1);
-            diagonal = row.at(j + 1);
-            row[j + 1] = std::min({ changed, diagonal + 1, row.at(j) + 1 });
+        int diagonal = row.front();
+        row.front() = i + 1;
+        for (size_t j = 1; j < row.size(); ++j) {
+            const int changed = diagonal + (a.at(i) == b.at(int(j) - 1) ? 0 : 1);
+            diagonal = row[j];
+            row[j] = std::min({ changed, diagonal + 1, row[j - 1] + 1 });
         }
     }
-    return row.last();
+    return row.back();
 }
 
 /// The known word that was meant, in whatever case; empty where none is near.
