@@ -42,13 +42,8 @@ QByteArray package(const QByteArray &attributes = QByteArray())
     return "<package " + attributes + (attributes.contains("platform=") ? "/>" : " platform='p'/>");
 }
 
-QByteArray manyAttributes()
-{
-    QByteArray attributes;
-    for (int i = 0; i < 63; ++i)
-        attributes += " a" + QByteArray::number(i) + "=''";
-    return attributes;
-}
+constexpr char expires[] = "2999-12-31T23:59:59Z";
+constexpr char hashOfAbc[] = "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad";
 
 } // namespace
 
@@ -80,9 +75,8 @@ private slots:
         row("duplicate in a set", "<package-set>" + package("url='http://h/b.zip'") + "</package-set>\n" + package(),
             "2 1.0: date and size are those of package 1;|[duplicate]");
         row("once for a set",
-            "<package-set status=' STABLE ' base-url='http://h' url='a.zip' file-size='x' type='"
-            "'>" + package()
-                + '\n' + package("status='BETA'") + package() + package("release-date=''") + "</package-set>",
+            "<package-set status=' STABLE ' base-url='http://h' url='a.zip' file-size='x'>" + package() + '\n'
+                + package("status='BETA'") + package() + package("release-date=''") + "</package-set>",
             ":2: 4 packages (1-4): base-url does not end with \"/\", which gives \"http://ha.zip\"|[url]\n"
             ":2: 4 packages (1-4): file-size is unreadable: \"x\"|[size]\n"
             ":2: 3 packages (1, 3-4): status is neither STABLE nor BETA: \" STABLE \";|[status]\n"
@@ -91,12 +85,12 @@ private slots:
         row("lacking in a set",
             "<package-set><package file-size='2'/>\n<package file-size='3'/></package-set>" + package(),
             ":2: 2 packages (2-3): no platform;|[platform]");
-        const QByteArray en = "<release-notes language='en' url='http://h/n'/>";
         row("notes",
-            "<package-set>" + en + package("readme='n.html'") + "<release-notes language='de' url='/n'/></package-set>"
+            "<package-set release-notes='ftp://h/n'>" + package("readme='n.html'")
+                + "<release-notes language='de' url='/n'/></package-set>"
                 + package("release-notes='https://h/n' language='fr' file-size='2'"),
-            ":2: readme is no whole address: \"n.html\";|[notes]\n:2: release-notes is no whole address: "
-            "\"/n\";|[notes]\n"
+            ":2: readme is no whole address: \"n.html\";|[notes]\n"
+            ":2: release-notes is no whole address: \"/n\";|[notes]\n"
             "1 1.0: release-notes only in other languages than en: fr;|[notes]");
         row("words",
             package("release='1.2 final'") + package("release='1.2 RC 1' file-size='2'")
@@ -105,8 +99,7 @@ private slots:
         row("names",
             "<package-set releasenotes='x'><Package/></package-set>" + package("platforms='p'")
                 + package("platforms='q' serial='1' file-size='2' xmlns:x='y'") + "<about><package b='c'/></about>",
-            "2: nobody reads the attribute \"releasenotes\" of \"package-set\"; did you mean "
-            "\"release-notes\"?|[name]\n"
+            "2: nobody reads the attribute \"releasenotes\" of \"package-set\"; did|\"release-notes\"? [name]\n"
             "the element \"Package\" of \"package-set\"; did you mean \"package\"?|[name]\n"
             "\"platforms\" of \"package\", which stands there 2 times; did you mean \"platform\"?|[name]\n"
             "\"serial\" of \"package\"; its value|[name]\n\"about\" of \"list\"; its|[name]");
@@ -131,9 +124,8 @@ private slots:
         row("languages",
             firmware + package("language='de en'") + package("release='1.1' language='en' file-size='2'")
                 + package("release='1.2' status='BETA' language='fr' file-size='3'"),
-            "2 1.1: nothing of this release is shown to users of de, en, fr; its languages are \"en\", "
-            "and|[languages]\n"
-            "3 1.2: nothing of this release is shown to users of de, en; its languages are \"fr\"|[languages]");
+            "2 1.1: nothing of this release is shown to users of de, en, fr; its|de and en together [languages]\n"
+            "3 1.2: nothing of this release is shown to users of de, en; its languages are|\"fr\" [languages]");
         row("languages of nobody", firmware + package("language='ja'"), "");
     }
     void lint()
@@ -155,7 +147,7 @@ private slots:
 
     void lintLooksAtFiles()
     {
-        QVERIFY(write("a.zip", "abc") && write("b.zip", ""));
+        QVERIFY(write("a.zip", "abc"));
         const QByteArray hash = "sha256='" + QByteArray(64, 'a') + "' file-size='3'";
         const QString path = written(package(hash) + package("file-size='2'") + package("url='http://h/x/c.zip'"));
         const QString out = run({ "lint", path, "--packages", folder.path() }).out;
@@ -163,7 +155,6 @@ private slots:
                                      "3 1.0: no file for \"http://h/x/c.zip\"" })
             QVERIFY2(out.contains(finding), qPrintable(out));
         QCOMPARE(out.count('\n'), 3);
-        QCOMPARE(run({ "lint", path, "--packages", path }).exitCode, 2);
     }
 
     void lintIgnores()
@@ -234,8 +225,8 @@ private slots:
     void cannotWork()
     {
         for (const QString words :
-             { "", "check SITE", "lint", "lint SITE SITE", "lint SITE/none", "show /", "lint --json SITE",
-               "offer SITE --name a", "offer SITE --name a --version 1 --camera m", "show MAIN",
+             { "", "check SITE", "lint", "lint SITE SITE", "lint SITE/none", "lint SITE --packages SITE", "show /",
+               "lint --json SITE", "offer SITE --name a", "offer SITE --name a --version 1 --camera m", "show MAIN",
                "seal http://h/c.xml --packages / --expires 1d", "seal SITE --expires 1d" }) {
             QStringList arguments = words.split(' ', Qt::SkipEmptyParts);
             arguments.replaceInStrings("SITE", SITE "/catalogue.xml").replaceInStrings("MAIN", SITE "/../main.cpp");
@@ -246,46 +237,39 @@ private slots:
 
     void seal_data()
     {
-        // @H, @S and @E stand for hash and size of the file and the expiry
         columns<QByteArray, QByteArray>("before", "after");
-        row("attributes",
-            QByteArray("<l  a='1'\r\n><package url='http://h/a.zip' file-size=\"9 kB\"\r\n  sha256=''/></l>"),
-            QByteArray("<l  a='1' serial=\"1\" expires=\"@E\"\r\n><package url='http://h/a.zip' file-size=\"@S\"\r\n  "
-                       "sha256='@H'/></l>"));
-        row("renewed",
-            QByteArray("<l expires='x' serial = '41'><package><file url='http://h/d/a.zip'/></package></l>\n"),
-            QByteArray(
-                "<l expires='@E' serial = '42'><package><file url='http://h/d/a.zip' file-size=\"@S\" sha256=\"@H\"/>"
-                "</package></l>\n"));
-        row("children",
-            QByteArray(
-                "<l serial='1' url='http://h/a.zip'><package><sha256 /><file-size><![CDATA[1]]><!-- > --></file-size>"
-                "<file><sha256> <a/>x</sha256></file></package></l>"),
-            QByteArray("<l serial='2' url='http://h/a.zip' expires=\"@E\"><package><sha256 /><file-size>@S</file-size>"
-                       "<file><sha256>@H</sha256></file></package></l>"));
-        row("an empty child, and one of the set",
-            QByteArray("<l url='http://h/a.zip' file-size='1'><package name='&lt;&#10;>'><sha256/></package></l>"),
-            QByteArray("<l url='http://h/a.zip' file-size='1' serial=\"1\" expires=\"@E\"><package name='&lt;&#10;>' "
-                       "file-size=\"@S\"><sha256>@H</sha256></package></l>"));
-        const QByteArray aside =
-            "\xef\xbb\xbf<?xml version='1.0'?>\r\n<!DOCTYPE l [<!-- ]> ' --><!ELEMENT l ANY>]>\n<!-- <package> -->";
-        row("asides",
-            aside + "<l><?p <l?>\xc3\xa4\xf0\x9f\x98\x80<![CDATA[<package>]]><package url='http://h/a.zip'/></l>",
-            aside
-                + "<l serial=\"1\" expires=\"@E\"><?p <l?>\xc3\xa4\xf0\x9f\x98\x80<![CDATA[<package>]]><package "
-                  "url='http://h/a.zip' file-size=\"@S\" sha256=\"@H\"/></l>");
+        const auto rewritten = [](const char *name, const QByteArray &before, QByteArray after) {
+            after.replace("@ROOT", "serial=\"1\" expires=\"@EXPIRES\"")
+                .replace("@FILE", "file-size=\"3\" sha256=\"@HASH\"");
+            after.replace("@EXPIRES", expires).replace("@HASH", hashOfAbc);
+            row(name, before, after);
+        };
+        rewritten("attributes", "<l  a='1'\r\n><package url='http://h/a.zip' file-size=\"9 kB\"\r\n  sha256=''/></l>",
+                  "<l  a='1' @ROOT\r\n><package url='http://h/a.zip' file-size=\"3\"\r\n  sha256='@HASH'/></l>");
+        rewritten("renewed", "<l expires='x' serial = '41'><package><file url='http://h/d/a.zip'/></package></l>\n",
+                  "<l expires='@EXPIRES' serial = '42'><package><file url='http://h/d/a.zip' @FILE/></package></l>\n");
+        rewritten("children",
+                  "<l url='http://h/a.zip'><package><sha256 /><file-size><![CDATA[1]]><!-- > --></file-size>"
+                  "<file><sha256> <a/>x</sha256></file></package></l>",
+                  "<l url='http://h/a.zip' @ROOT><package><sha256 /><file-size>3</file-size>"
+                  "<file><sha256>@HASH</sha256></file></package></l>");
+        rewritten("an empty child, and a value of the set",
+                  "<l url='http://h/a.zip' file-size='1'><package name='&lt;&#10;>'><sha256/></package></l>",
+                  "<l url='http://h/a.zip' file-size='1' @ROOT><package name='&lt;&#10;>' file-size=\"3\">"
+                  "<sha256>@HASH</sha256></package></l>");
+        const QByteArray dtd = "\xef\xbb\xbf<?xml version='1.0'?>\r\n<!DOCTYPE l [<!-- ]> ' --><!ELEMENT l ANY>]>\n";
+        const QByteArray aside = "<!-- <package> --><?p <l?>\xc3\xa4\xf0\x9f\x98\x80<![CDATA[<package>]]>";
+        rewritten("asides", dtd + "<l>" + aside + "<package url='http://h/a.zip'/></l>",
+                  dtd + "<l @ROOT>" + aside + "<package url='http://h/a.zip' @FILE/></l>");
         const QByteArray latin = "<?xml version='1.0' encoding='ISO-8859-1'?><l \xe4='\xfc'";
-        row("Latin-1", latin + "><package url='http://h/a.zip'></package></l>",
-            latin
-                + " serial=\"1\" expires=\"@E\"><package url='http://h/a.zip' file-size=\"@S\" "
-                  "sha256=\"@H\"></package></l>");
-        row("nothing in it", QByteArray("<l/>"), QByteArray("<l serial=\"1\" expires=\"@E\"/>"));
+        rewritten("Latin-1", latin + "><package url='http://h/a.zip'></package></l>",
+                  latin + " @ROOT><package url='http://h/a.zip' @FILE></package></l>");
+        rewritten("nothing in it", "<l/>", "<l @ROOT/>");
     }
     void seal()
     {
         QFETCH(QByteArray, before);
         QFETCH(QByteArray, after);
-        const QByteArray expires = "2999-12-31T23:59:59Z";
         QVERIFY(write("a.zip", "other") && write("p/a.zip", "abc") && write("real.xml", before));
         const QString link = folder.filePath("link.xml");
         QFile::link("real.xml", link);
@@ -293,8 +277,6 @@ private slots:
         const auto permissions = QFileInfo(link).permissions();
         const Outcome outcome = run({ "seal", link, "--packages", folder.filePath("p"), "--expires", expires });
         QCOMPARE(outcome.err, QString());
-        after.replace("@S", "3").replace("@E", expires);
-        after.replace("@H", "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
         QCOMPARE(contentOf(link), after);
         QVERIFY(QFileInfo(link).isSymLink() && QFileInfo(link).permissions() == permissions);
         QVERIFY(outcome.out.endsWith("\nminisign -Sm " + link + '\n'));
@@ -302,34 +284,33 @@ private slots:
 
     void sealRefuses_data()
     {
-        columns<QByteArray, QString, QString>("catalogue", "expires", "reason");
-        const QByteArray good = "<l><package url='http://h/a.zip'/></l>";
-        row("files", QByteArray("<l><package url='http://h/x.zip'/><package/><package url='http://h/../a.zip'/></l>"),
-            "1d", "package 1: \"http://h/x.zip\" is not in|package 2: \"\" is not in|package 3");
-        row("empty file", QByteArray("<l><package url='http://h/empty.zip'/></l>"), "1d", "empty.zip\" is empty");
-        row("time", good, "1 day", "--expires wants");
-        row("local time", good, "2999-12-31T00:00:00", "--expires wants");
-        row("past", good, "2026-01-01T00:00:00Z", "past");
-        row("now", good, "0w", "past");
-        row("serial", QByteArray("<l serial='many'/>"), "1d", "serial \"many\"");
-        row("last serial", QByteArray("<l serial='9223372036854775807'/>"), "1d", "serial");
-        row("UTF-16", QByteArray("\xff\xfe<\0l\0/\0>\0", 10), "1d", "UTF-16");
-        row("what clients refuse", QByteArray("<l><package></l>"), "1d", "Inside <package> of line 1");
-        row("too many attributes", "<l serial='1'" + manyAttributes() + "/>", "1d", "too many attributes");
-        row("a default that comes first",
-            QByteArray("<!DOCTYPE l [<!ATTLIST file sha256 CDATA 'x'>]><l><package url='http://h/a.zip' "
-                       "sha256='y'><file/></package></l>"),
-            "1d", "nothing was");
+        columns<QByteArray, QString, QString>("catalogue", "expires", "reasons");
+        const auto refused = [](const char *name, const QByteArray &catalogue, const char *reasons) {
+            row(name, catalogue, "1d", reasons);
+        };
+        refused("files", "<l><package url='http://h/x.zip'/><package/><package url='http://h/../a.zip'/></l>",
+                "package 1: \"http://h/x.zip\" is not in|package 2: \"\" is not in|package 3");
+        refused("empty file", "<l><package url='http://h/empty.zip'/></l>", "empty.zip\" is empty");
+        refused("serial", "<l serial='many'/>", "serial \"many\"");
+        refused("last serial", "<l serial='9223372036854775807'/>", "serial");
+        refused("UTF-16", QByteArray("\xff\xfe<\0l\0/\0>\0", 10), "UTF-16");
+        refused("what clients refuse", "<l><package></l>", "Inside <package> of line 1");
+        refused("a default that comes first",
+                "<!DOCTYPE l [<!ATTLIST file sha256 CDATA 'x'>]><l><package url='http://h/a.zip' sha256='y'><file/>"
+                "</package></l>",
+                "nothing was");
+        for (const QString time : { "1 day", "2999-12-31T00:00:00", "2026-01-01T00:00:00Z", "0w" })
+            row(qPrintable(time), QByteArray("<l/>"), time, "--expires");
     }
     void sealRefuses()
     {
         QFETCH(QByteArray, catalogue);
         QFETCH(QString, expires);
-        QFETCH(QString, reason);
+        QFETCH(QString, reasons);
         QVERIFY(write("a.zip", "abc") && write("empty.zip", "") && write("catalogue.xml", catalogue));
         const Outcome outcome = run({ "seal", file(), "--packages", folder.path(), "--expires", expires });
         QCOMPARE(outcome.exitCode, 2);
-        for (const QString &part : reason.split('|'))
+        for (const QString &part : reasons.split('|'))
             QVERIFY2(outcome.err.contains(part), qPrintable(outcome.err));
         QCOMPARE(contentOf(file()), catalogue);
     }
@@ -338,32 +319,26 @@ private slots:
     {
         // The commands of the page, in their order, as an operator types them; but for the passwords.
         QByteArray commands = "set -eu\ncp -r " SITE " site\n";
-        const QList<QByteArray> parts = contentOf(PAGE).replace("```sh\n", "\1").split('\1').mid(1);
-        for (const QByteArray &part : parts)
+        for (const QByteArray &part : contentOf(PAGE).replace("```sh\n", "\1").split('\1').mid(1))
             commands += part.left(part.indexOf("```"));
         QVERIFY(commands.count("minisign -G") == 3 && commands.count("qv-catalogue verify") == 2);
+        qputenv("HOME", folder.path().toUtf8());
+        qputenv("PATH", QFileInfo(TOOL).path().toUtf8() + ':' + qgetenv("PATH"));
         QProcess shell;
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert("HOME", folder.path());
-        environment.insert("PATH", QFileInfo(TOOL).path() + ':' + environment.value("PATH"));
-        shell.setProcessEnvironment(environment);
         shell.setWorkingDirectory(folder.path());
         shell.start("sh", { "-c", commands.replace("minisign -G", "minisign -G -W") });
         QVERIFY(shell.waitForFinished(60'000));
         QVERIFY2(shell.exitCode() == 0, shell.readAllStandardError().constData());
-        const QByteArray out = shell.readAllStandardOutput();
-        QVERIFY2(out.contains("packages that can be offered: 24 of 24\n"), out.constData());
+        QVERIFY(shell.readAllStandardOutput().contains("packages that can be offered: 24 of 24\n"));
     }
 
     void verify_data()
     {
         columns<QString, int, QString>("arguments", "exitCode", "told");
-        row("accepted", "C --key next.pub", 0, "accepted: key ");
-        row("the key itself", "C --key spare.pub --key KEY", 0, ", serial 1, expires 2");
+        row("accepted", "C --key spare.pub --key KEY", 0, ", serial 1, expires 2");
         row("on a server", "URL --key KEY", 0, "accepted");
-        row("unsigned on a server", "URLx --key KEY", 1, "/c.xmlx.minisig is missing");
+        row("no signature", "URLx --key next.pub", 1, "/c.xmlx.minisig is missing");
         row("other key", "C --key camera-host.pub", 1, "none of those given");
-        row("no signature", "next.pub --key KEY", 1, "next.pub.minisig is missing");
         row("no signature at all", "C --key KEY --signature next.pub", 1, "next.pub is no signature");
         row("for another file", "next.pub --key KEY --signature C.minisig", 1, "for another catalogue");
         row("not sealed", "plain.xml --key KEY", 1, "has no serial");
@@ -401,10 +376,10 @@ private slots:
         server.route("/c.xml.minisig?a=b", HttpAnswer(contentOf(folder.filePath(catalogue + ".minisig"))));
         server.route("/c.xmlx", HttpAnswer(contentOf(folder.filePath(catalogue))));
         QDir::setCurrent(folder.path());
+        arguments.replace(QRegularExpression("\\bC\\b"), catalogue);
         arguments.replace("URLx", server.url("/c.xmlx").toString());
         arguments.replace("URL", server.url().resolved(QUrl("/c.xml?a=b")).toString());
         arguments.replace("KEY", contentOf("next.pub").split('\n').at(1));
-        arguments.replace(QRegularExpression("\\bC\\b"), catalogue);
         const Outcome outcome = run(QStringList { "verify" } + arguments.split(' '));
         QVERIFY2((outcome.out + outcome.err).contains(told), qPrintable(outcome.out + outcome.err));
         QCOMPARE(outcome.exitCode, exitCode);
