@@ -86,7 +86,7 @@ private slots:
             "<package-set><package file-size='2'/>\n<package file-size='3'/></package-set>" + package(),
             ":2: 2 packages (2-3): no platform;|[platform]");
         row("notes",
-            "<package-set release-notes='ftp://h/n'>" + package("readme='n.html'")
+            "<package-set release-notes='ftp://h/n'>" + package("readme='n.html'") + package("file-size='3'")
                 + "<release-notes language='de' url='/n'/></package-set>"
                 + package("release-notes='https://h/n' language='fr' file-size='2'"),
             ":2: readme is no whole address: \"n.html\";|[notes]\n"
@@ -257,8 +257,8 @@ private slots:
                   "<l url='http://h/a.zip' file-size='1'><package name='&lt;&#10;>'><sha256/></package></l>",
                   "<l url='http://h/a.zip' file-size='1' @ROOT><package name='&lt;&#10;>' file-size=\"3\">"
                   "<sha256>@HASH</sha256></package></l>");
-        const QByteArray dtd = "\xef\xbb\xbf<?xml version='1.0'?>\r\n<!DOCTYPE l [<!-- ]> ' --><!ELEMENT l ANY>]>\n";
-        const QByteArray aside = "<!-- <package> --><?p <l?>\xc3\xa4\xf0\x9f\x98\x80<![CDATA[<package>]]>";
+        const QByteArray dtd = "\xef\xbb\xbf<?xml version='1.0'?>\r\n<!DOCTYPE l SYSTEM '[>' [<!-- ]> ' -->]>\n";
+        const QByteArray aside = "<!-- <package> --><?p <l?>\xc3\xa4\xf0\x9f\x98\x80<![CDATA[<package>']]>";
         rewritten("asides", dtd + "<l>" + aside + "<package url='http://h/a.zip'/></l>",
                   dtd + "<l @ROOT>" + aside + "<package url='http://h/a.zip' @FILE/></l>");
         const QByteArray latin = "<?xml version='1.0' encoding='ISO-8859-1'?><l \xe4='\xfc'";
