@@ -54,15 +54,12 @@ void Report::tell(int package, const char *kind, const QString &what, const QStr
 
 void Report::tell(int package, const char *kind, const Written &value, const QString &what, const QString &why)
 {
-    const XmlElement element = catalogue.elements.at(package);
     const bool isMissing = value.level.isNull();
-    const XmlElement cause = isMissing ? element.parent() : value.level;
-    const bool isItsOwn = cause.index() == element.index() || cause.parent().index() == element.index();
+    const XmlElement cause = isMissing ? catalogue.elements.at(package).parent() : value.level;
     const QString key = QString::number(isMissing ? -cause.index() : cause.index()) + QLatin1String(kind) + why;
     const auto first = shared.constFind(key);
-    if (isItsOwn || first == shared.cend() || !isWanted(kind)) {
-        if (!isItsOwn)
-            shared.insert(key, int(findings.size()));
+    if (first == shared.cend() || !isWanted(kind)) {
+        shared.insert(key, int(findings.size()));
         tell(package, kind, what, why);
         return;
     }
