@@ -29,6 +29,8 @@ inline const QString fileSize = QStringLiteral("file-size");
 inline const QString sha256 = QStringLiteral("sha256");
 inline const QString platform = QStringLiteral("platform");
 inline const QString comment = QStringLiteral("comment");
+inline const QString serial = QStringLiteral("serial"); // attributes of the root
+inline const QString expires = QStringLiteral("expires");
 } // namespace Word
 
 /// What a package updates: the types that candidates get.
