@@ -27,12 +27,6 @@ ExitCode offer(const QString &source, const QCommandLineParser &options);
 ExitCode seal(const QString &source, const QCommandLineParser &options);
 ExitCode verify(const QString &source, const QCommandLineParser &options);
 
-/// The "serial" of a root; 0 where clients take it for none.
-qint64 readSerial(const QString &text);
-
-/// The "expires" of a root; invalid where clients take it for none.
-QDateTime readExpires(const QString &text);
-
 /// Whether it is 64 hexadecimal digits in lower case.
 bool isSha256(const QByteArray &text);
 

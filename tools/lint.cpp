@@ -7,6 +7,7 @@
 #include "Kinds.h"
 #include "PackageFiles.h"
 #include "Report.h"
+#include "Seal.h"
 #include "VersionNumber.h"
 
 #include <QRegularExpression>

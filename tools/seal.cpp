@@ -4,6 +4,7 @@
 
 #include "Kinds.h"
 #include "PackageFiles.h"
+#include "Seal.h"
 
 #include <QRegularExpression>
 #include <QSaveFile>
@@ -147,18 +148,6 @@ QString shellWord(QString text)
 }
 
 } // namespace
-
-qint64 readSerial(const QString &text)
-{
-    const qint64 serial = text.toLongLong();
-    return serial > 0 ? serial : 0;
-}
-
-QDateTime readExpires(const QString &text)
-{
-    const QDateTime expires = QDateTime::fromString(text, Qt::ISODate);
-    return expires.timeSpec() == Qt::UTC ? expires : QDateTime();
-}
 
 void addSealOptions(QCommandLineParser &parser)
 {

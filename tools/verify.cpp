@@ -45,12 +45,8 @@ QStringList keysOf(const QStringList &texts)
 /// Where clients look for the signature of a catalogue.
 QString signatureBeside(const QString &source)
 {
-    const QString suffix = QStringLiteral(".minisig");
-    if (!isAddress(source))
-        return source + suffix;
-    QUrl url(source);
-    url.setPath(url.path(QUrl::FullyEncoded) + suffix, QUrl::StrictMode);
-    return url.toString(QUrl::FullyEncoded);
+    return isAddress(source) ? signatureUrl(QUrl(source)).toString(QUrl::FullyEncoded)
+                             : source + QStringLiteral(".minisig");
 }
 
 QString reasonOf(const Seal &seal, const QString &signature)

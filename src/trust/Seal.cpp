@@ -1,10 +1,13 @@
 // Who accepts a catalogue, and why not. Called for every catalogue of a host that trusts keys; remembers nothing.
 #include "Seal.h"
 
+#include "Kinds.h"
 #include "Minisign.h"
 
 #include <QCryptographicHash>
 #include <QXmlStreamReader>
+
+#include <algorithm>
 
 namespace qv {
 
@@ -27,13 +30,30 @@ bool readRoot(const QByteArray &catalogue, qint64 &serial, QDateTime &expires)
     reader.setNamespaceProcessing(false);
     if (!reader.readNextStartElement())
         return false;
-    bool isNumber = false;
-    serial = reader.attributes().value(QLatin1String("serial")).toLongLong(&isNumber);
-    expires = QDateTime::fromString(reader.attributes().value(QLatin1String("expires")).toString(), Qt::ISODate);
-    return isNumber && serial > 0 && expires.isValid() && expires.timeSpec() == Qt::UTC;
+    serial = readSerial(reader.attributes().value(Word::serial).toString());
+    expires = readExpires(reader.attributes().value(Word::expires).toString());
+    return serial > 0 && expires.isValid();
 }
 
 } // namespace
+
+qint64 readSerial(const QString &text)
+{
+    return std::max<qint64>(text.toLongLong(), 0);
+}
+
+QDateTime readExpires(const QString &text)
+{
+    const QDateTime expires = QDateTime::fromString(text, Qt::ISODate);
+    return expires.timeSpec() == Qt::UTC ? expires : QDateTime();
+}
+
+QUrl signatureUrl(const QUrl &catalogue)
+{
+    QUrl url(catalogue);
+    url.setPath(url.path(QUrl::FullyEncoded) + QStringLiteral(".minisig"), QUrl::StrictMode);
+    return url;
+}
 
 Seal examineSeal(const QByteArray &catalogue, const QByteArray &signature, const QStringList &keys,
                  const SeenSeals &seen, const QDateTime &now)

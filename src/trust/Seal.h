@@ -5,6 +5,7 @@
 #include <QHash>
 #include <QString>
 #include <QStringList>
+#include <QUrl>
 
 namespace qv {
 
@@ -39,6 +40,15 @@ struct Seal
     SeenSeal seal;     ///< of this catalogue; from OlderThanSeen on and when accepted
     QDateTime expires; ///< likewise
 };
+
+/// The "serial" of a root; 0 where it is none.
+qint64 readSerial(const QString &text);
+
+/// The "expires" of a root, in UTC; invalid where it is none.
+QDateTime readExpires(const QString &text);
+
+/// Where the signature lies of a catalogue that came from @p catalogue: beside it, ".minisig" behind its name.
+QUrl signatureUrl(const QUrl &catalogue);
 
 /// Examines the seal of the @p catalogue, its bytes as they arrived: @p signature is the text of its ".minisig" file,
 /// empty where there is none; @p keys are the keys that are trusted, what is no key among them trusts nobody; @p seen

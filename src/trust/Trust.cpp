@@ -1,5 +1,5 @@
-// The seal of a catalogue, with keys, clock, log and store. Asked by client and manager when catalogue and signature are
-// there; leaves behind the serial that counts from then on.
+// The seal of a catalogue, with keys, clock, log and store. Asked by client and manager when catalogue and signature
+// are there; leaves behind the serial that counts from then on.
 #include "Trust.h"
 
 #include "LogQt.h"
@@ -35,7 +35,8 @@ QString logged(const Seal &seal)
     case Seal::NoSerial:
         return QStringLiteral("signed, but without a serial or an expiry that can be read") + key;
     case Seal::OlderThanSeen:
-        return QStringLiteral("serial %1 is older than what was seen, or was seen for other bytes").arg(seal.seal.serial)
+        return QStringLiteral("serial %1 is older than what was seen, or was seen for other bytes")
+                   .arg(seal.seal.serial)
             + key;
     case Seal::Expired:
         return QStringLiteral("expired at %1, and it is %2")
@@ -54,13 +55,6 @@ void Trust::setKeys(const QStringList &keys)
         if (!Minisign::keyFromText(key))
             LogQt::write(Log::Error, QStringLiteral("UpdatePolicy::trustedKeys -> no public key: ") + key);
     }
-}
-
-QUrl Trust::signatureUrl(const QUrl &catalogue)
-{
-    QUrl url(catalogue);
-    url.setPath(url.path(QUrl::FullyEncoded) + QStringLiteral(".minisig"), QUrl::StrictMode);
-    return url;
 }
 
 Seal Trust::examine(const QByteArray &catalogue, const QByteArray &signature)

@@ -4,7 +4,6 @@
 #include "Seal.h"
 
 #include <QSettings>
-#include <QUrl>
 
 namespace qv {
 
@@ -17,9 +16,6 @@ public:
 
     /// Whether catalogues have to be sealed: with any keys, even where none of them is one.
     bool isSet() const { return !keys.isEmpty(); }
-
-    /// Where the signature of the catalogue lies that came from @p catalogue: beside it, ".minisig" behind its name.
-    static QUrl signatureUrl(const QUrl &catalogue);
 
     /// Whether the @p catalogue is to be believed, by examineSeal() at the present time. Tells the log if not; if it
     /// is, remembers the seal for as long as this object lives.
