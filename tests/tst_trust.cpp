@@ -2,10 +2,8 @@
 #include "Minisign.h"
 #include "Row.h"
 #include "Seal.h"
+#include "Signer.h"
 
-#include <QFile>
-#include <QProcess>
-#include <QTemporaryDir>
 #include <QTest>
 
 using namespace qv;
@@ -27,79 +25,37 @@ class tst_Trust : public QObject
 {
     Q_OBJECT
 
-    QTemporaryDir dir;
-
-    /// A key pair's public half; the secret one is kept in the folder under @p name.
-    QString makeKey(const QString &name)
-    {
-        minisign({ "-G", "-f", "-W", "-p", name + ".pub", "-s", name });
-        return read(name + ".pub").split('\n').at(1);
-    }
-
-    QByteArray sign(const QByteArray &bytes, const QString &key = "key", const QStringList &options = {})
-    {
-        QFile file(dir.filePath("file"));
-        if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-            qFatal("no room for the file to sign");
-        file.close();
-        minisign(QStringList { "-S", "-s", key, "-m", "file", "-x", "signature" } + options);
-        return read("signature");
-    }
-
-    void minisign(const QStringList &arguments)
-    {
-        QProcess tool;
-        tool.setWorkingDirectory(dir.path());
-        tool.start("minisign", arguments);
-        if (!tool.waitForFinished() || tool.exitCode() != 0)
-            qFatal("minisign: %s", tool.readAllStandardError().constData());
-    }
-
-    QByteArray read(const QString &name)
-    {
-        QFile file(dir.filePath(name));
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
-
-    QString key;
-    QString other;
+    const Signer publisher, second, stranger;
 
 private slots:
-    void initTestCase()
-    {
-        key = makeKey("key");
-        other = makeKey("other");
-        makeKey("third");
-    }
-
     void seal_data()
     {
         columns<QByteArray, QByteArray, Seal::Verdict>("catalogue", "signature", "verdict");
-        const QByteArray signature = sign(good);
+        const QByteArray signature = publisher.sign(good);
         const auto line = [&signature](int number, const QByteArray &text) {
             QList<QByteArray> lines = signature.split('\n');
             lines[number] = text;
             return lines.join('\n');
         };
         const auto signedRow = [this](const char *name, const char *attributes, Seal::Verdict verdict) {
-            row(name, sealed(attributes), sign(sealed(attributes)), verdict);
+            row(name, sealed(attributes), publisher.sign(sealed(attributes)), verdict);
         };
         row("sealed", good, signature, Seal::Accepted);
         row("CR LF", good, QByteArray(signature).replace("\n", "\r\n"), Seal::Accepted);
-        row("two in one file", good, signature + sign("other"), Seal::Accepted);
-        row("two, the other first", good, sign("other") + signature, Seal::WrongSignature);
+        row("two in one file", good, signature + publisher.sign("other"), Seal::Accepted);
+        row("two, the other first", good, publisher.sign("other") + signature, Seal::WrongSignature);
         row("no newline at the end", good, signature.chopped(1), Seal::Accepted);
         row("none", good, QByteArray(), Seal::NoSignature);
         row("three lines", good, signature.left(signature.indexOf("\n", signature.indexOf("\ntrusted") + 1)),
             Seal::NotASignature);
         row("1 MiB", good, signature + QByteArray(1 << 20, '\n'), Seal::NotASignature);
         row("no padding", good, line(1, signature.split('\n').at(1).chopped(1)), Seal::NotASignature);
-        row("of the file, not of its hash", good, sign(good, "key", { "-l" }), Seal::NotASignature);
+        row("of the file, not of its hash", good, publisher.sign(good, { "-l" }), Seal::NotASignature);
         row("a page of HTML", good, QByteArray("<html>\n<body>\n</body>\n</html>\n"), Seal::NotASignature);
-        row("of another key", good, sign(good, "third"), Seal::UnknownKey);
-        row("of another file", good, sign("other"), Seal::WrongSignature);
+        row("of another key", good, stranger.sign(good), Seal::UnknownKey);
+        row("of another file", good, publisher.sign("other"), Seal::WrongSignature);
         row("of another comment", good, line(2, "trusted comment: another"), Seal::WrongSignature);
-        row("a second key", good, sign(good, "other"), Seal::Accepted);
+        row("a second key", good, second.sign(good), Seal::Accepted);
         signedRow("no serial", "expires='2030-07-01T00:00:00Z'", Seal::NoSerial);
         signedRow("serial 0", "serial='0' expires='2030-07-01T00:00:00Z'", Seal::NoSerial);
         signedRow("serial in words", "serial='7a' expires='2030-07-01T00:00:00Z'", Seal::NoSerial);
@@ -111,38 +67,42 @@ private slots:
         signedRow("serial below", "serial='4' expires='2030-07-01T00:00:00Z'", Seal::OlderThanSeen);
         signedRow("serial as seen, other bytes", "serial='5' expires='2030-07-01T00:00:00Z'", Seal::OlderThanSeen);
         signedRow("serial above", "serial='6' expires='2030-07-01T00:00:00Z'", Seal::Accepted);
-        row("not XML", QByteArray("7"), sign("7"), Seal::NoSerial);
+        row("not XML", QByteArray("7"), publisher.sign("7"), Seal::NoSerial);
     }
 
     void seal()
     {
         QFETCH(QByteArray, catalogue);
         QFETCH(QByteArray, signature);
-        const SeenSeals seen { { Minisign::keyName(Minisign::keyFromText(key)->id), { 5, "other bytes" } } };
-        QTEST(examineSeal(catalogue, signature, { "no key", other, key }, seen, now).verdict, "verdict");
+        const SeenSeals seen { { Minisign::keyName(Minisign::keyFromText(publisher.key())->id),
+                                 { 5, "other bytes" } } };
+        QTEST(examineSeal(catalogue, signature, { "no key", second.key(), publisher.key() }, seen, now).verdict,
+              "verdict");
     }
 
     void seenOnceMore()
     {
-        const QByteArray signature = sign(good);
-        const Seal first = examineSeal(good, signature, { key }, {}, now);
+        const QByteArray signature = publisher.sign(good);
+        const Seal first = examineSeal(good, signature, { publisher.key() }, {}, now);
         QCOMPARE(first.seal.serial, 7);
-        QCOMPARE(examineSeal(good, signature, { key }, { { first.key, first.seal } }, now).verdict, Seal::Accepted);
+        QCOMPARE(examineSeal(good, signature, { publisher.key() }, { { first.key, first.seal } }, now).verdict,
+                 Seal::Accepted);
         // Each key counts for itself: a new one forgives a serial that was too high.
         const SeenSeals high { { first.key, { 9, QByteArray() } } };
-        QCOMPARE(examineSeal(good, signature, { key }, high, now).verdict, Seal::OlderThanSeen);
-        QCOMPARE(examineSeal(good, sign(good, "other"), { key, other }, high, now).verdict, Seal::Accepted);
+        QCOMPARE(examineSeal(good, signature, { publisher.key() }, high, now).verdict, Seal::OlderThanSeen);
+        QCOMPARE(examineSeal(good, second.sign(good), { publisher.key(), second.key() }, high, now).verdict,
+                 Seal::Accepted);
     }
 
     /// But for the untrusted comment: of it only the prefix counts.
     void everyBit()
     {
-        const QByteArray signature = sign(good);
+        const QByteArray signature = publisher.sign(good);
         const int comment = signature.indexOf('\n');
         const auto verdict = [](const QByteArray &bytes, const QByteArray &text, const QByteArray &trusted) {
             return examineSeal(bytes, text, { QString::fromLatin1(trusted) }, {}, now).verdict;
         };
-        QByteArray parts[] = { good, signature, key.toLatin1() };
+        QByteArray parts[] = { good, signature, publisher.key().toLatin1() };
         QCOMPARE(verdict(parts[0], parts[1], parts[2]), Seal::Accepted);
         for (QByteArray &part : parts) {
             for (int bit = 0; bit < part.size() * 8; ++bit) {

@@ -2,6 +2,7 @@
 #include "Minisign.h"
 
 #include <QList>
+#include <QtEndian>
 
 #include <sodium.h>
 
@@ -23,6 +24,9 @@ constexpr char hashedMark[] = "ED";
 template<size_t Size>
 bool decode(const QByteArray &text, std::array<unsigned char, Size> &bytes)
 {
+    // libsodium takes some bytes beyond ASCII for those without their highest bit.
+    if (std::any_of(text.begin(), text.end(), [](char c) { return (c & 0x80) != 0; }))
+        return false;
     size_t size = 0;
     return sodium_base642bin(bytes.data(), Size, text.constData(), size_t(text.size()), nullptr, &size, nullptr,
                              sodium_base64_VARIANT_ORIGINAL)
@@ -47,9 +51,7 @@ bool isMarked(const unsigned char *bytes, const char *mark)
 
 QString keyName(const KeyId &id)
 {
-    QByteArray bytes(reinterpret_cast<const char *>(id.data()), int(id.size()));
-    std::reverse(bytes.begin(), bytes.end());
-    return QString::fromLatin1(bytes.toHex().toUpper());
+    return QString::number(qFromLittleEndian<quint64>(id.data()), 16).toUpper();
 }
 
 std::optional<Key> keyFromText(const QString &text)
