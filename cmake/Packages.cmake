@@ -57,10 +57,12 @@ Applications that update themselves bring a copy of it.")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME qv-catalogue)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_SUGGESTS minisign)
 set(CPACK_DEBIAN_TOOLS_DESCRIPTION "checks the catalogue of an update server
 For those who run an update server for SoftwareUpdateClient: finds faults in
 its catalogue, prints the packages in it as clients read them, and tells what
-an installation would be offered.")
+an installation would be offered. Writes sizes and hashes of the packages into
+the catalogue for minisign to sign, and verifies what it has signed.")
 
 set(CPACK_COMPONENTS_ALL runtime development)
 if(QT_VERSION_MAJOR EQUAL 6 AND TARGET UpdateInstaller)

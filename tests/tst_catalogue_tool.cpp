@@ -31,16 +31,19 @@ QByteArray contentOf(const QString &path)
 }
 
 /// A catalogue whose packages have no faults but for what they say themselves.
-QByteArray list(const QByteArray &packages)
+QByteArray list(const QByteArray &packages, const QByteArray &attributes = QByteArray())
 {
-    return "<list url='http://h/a.zip' file-size='1' release-date='2026-01-02' release='1.0' status='STABLE'>\n"
-        + packages + "</list>";
+    return "<list url='http://h/a.zip' file-size='1' release-date='2026-01-02' release='1.0' status='STABLE'"
+        + attributes + ">\n" + packages + "</list>";
 }
 
 QByteArray package(const QByteArray &attributes = QByteArray())
 {
     return "<package " + attributes + (attributes.contains("platform=") ? "/>" : " platform='p'/>");
 }
+
+constexpr char expires[] = "2999-12-31T23:59:59Z";
+constexpr char hashOfAbc[] = "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad";
 
 } // namespace
 
@@ -54,7 +57,7 @@ private slots:
         // findings: one a line, part and end of it
         columns<QByteArray, QString>("packages", "findings");
         row("nothing", package(), "");
-        row("broken", QByteArray("<package>"), "(line 2); clients|[xml]");
+        row("broken", QByteArray("<package>"), ":2: |Inside <package> of line 2; clients find no update in it [xml]");
         row("too long a value", "<base-url>" + QByteArray(1 << 20, 'x') + "</base-url>" + package().repeated(17),
             "refused: a value is too long; clients|[xml]");
         row("empty", QByteArray("<package-set/>"), "no package|[empty]");
@@ -71,18 +74,58 @@ private slots:
         row("control characters", package("name='a&#x9b;b' url=''"), "1 a?b 1.0: no url;|[url]");
         row("duplicate in a set", "<package-set>" + package("url='http://h/b.zip'") + "</package-set>\n" + package(),
             "2 1.0: date and size are those of package 1;|[duplicate]");
+        row("once for a set",
+            "<package-set status=' STABLE ' base-url='http://h' url='a.zip' file-size='x'>" + package() + '\n'
+                + package("status='BETA'") + package() + package("release-date=''") + "</package-set>",
+            ":2: 4 packages (1-4): base-url does not end with \"/\", which gives \"http://ha.zip\"|[url]\n"
+            ":2: 4 packages (1-4): file-size is unreadable: \"x\"|[size]\n"
+            ":2: 3 packages (1, 3-4): status is neither STABLE nor BETA: \" STABLE \";|[status]\n"
+            ":3: package 4 1.0: no release-date;|[date]\n"
+            ":2: 2 packages (2-3): date and size are those of package 1;|[duplicate]");
+        row("lacking in a set",
+            "<package-set><package file-size='2'/>\n<package file-size='3'/></package-set>" + package(),
+            ":2: 2 packages (2-3): no platform;|[platform]");
+        row("notes",
+            "<package-set release-notes='ftp://h/n'>" + package("readme='n.html'") + package("file-size='3'")
+                + "<release-notes language='de' url='/n'/></package-set>"
+                + package("release-notes='https://h/n' language='fr' file-size='2'"),
+            ":2: readme is no whole address: \"n.html\";|[notes]\n"
+            ":2: release-notes is no whole address: \"/n\";|[notes]\n"
+            "1 1.0: release-notes only in other languages than en: fr;|[notes]");
+        row("words",
+            package("release='1.2 final'") + package("release='1.2 RC 1' file-size='2'")
+                + package("release='1.0.2a' file-size='3'") + package("release='v1.2' name='x' file-size='4'"),
+            "1 1.2 final: release with words in it|[release]\n4 x v1.2: release with words in it|[release]");
+        row("names",
+            "<package-set releasenotes='x'><Package/></package-set>" + package("platforms='p'")
+                + package("platforms='q' serial='1' file-size='2' xmlns:x='y'") + "<about><package b='c'/></about>",
+            "2: nobody reads the attribute \"releasenotes\" of \"package-set\"; did|\"release-notes\"? [name]\n"
+            "the element \"Package\" of \"package-set\"; did you mean \"package\"?|[name]\n"
+            "\"platforms\" of \"package\", which stands there 2 times; did you mean \"platform\"?|[name]\n"
+            "\"serial\" of \"package\"; its value|[name]\n\"about\" of \"list\"; its|[name]");
+        const QByteArray hash(64, 'A');
+        row("hashes", package("sha256='" + hash + '\'') + package("sha256='abc' file-size='2'"),
+            "2 1.0: sha256 is unreadable: \"abc\";|[sha256]");
+        row("hash of a set", "<sha256>" + hash + "</sha256>" + package(),
+            "the element \"sha256\" of \"list\"; the hash of a file stands|[sha256]");
+        row("sealed", list(package(), " serial='7' expires='2999-01-01T00:00:00Z'"), "1 1.0: no sha256 in|[sha256]");
+        row("sealed badly", list(package("sha256='" + hash + '\''), " serial='0' expires='2999-01-01T00:00:00'"),
+            ":1: serial is no number above 0: \"0\";|[seal]\n:1: expires is no time in UTC|[seal]");
+        row("expired", list(package("sha256='" + hash + '\''), " expires='2026-01-01T00:00:00Z'"),
+            ":1: expires without serial;|[seal]\n:1: expires is past|[seal]");
         row("order", package("release='2.10'") + '\n' + package("release='2.9' file-size='2'"),
             "1 2.10: as text \"2.10\" comes before \"2.9\" of package 2;|[order]");
         row("two products", package("release='2.10' name='a'") + package("release='2.9' name='b' file-size='2'"), "");
         row("spelling", package("release='2.1'") + '\n' + package("release='2.1.0' file-size='2'"),
             ":3: package 2 2.1.0: \"2.1.0\" is the same version as \"2.1\" of package 1;|[spelling]");
         const QByteArray firmware = "<type>Camera Firmware</type>";
+        row("languages of a release", firmware + package("language='de en'") + package("language='fr' file-size='2'"),
+            "");
         row("languages",
-            firmware + package("language='de en'") + package("language='en' file-size='2'")
-                + package("language='fr' file-size='3'"),
-            "1 1.0: hidden from users of fr; its languages are \"de,en\"|[languages]\n"
-            "2 1.0: hidden from users of en, de, fr; its languages are \"en\", and English|[languages]\n"
-            "3 1.0: hidden from users of en, de; its languages are \"fr\"|[languages]");
+            firmware + package("language='de en'") + package("release='1.1' language='en' file-size='2'")
+                + package("release='1.2' status='BETA' language='fr' file-size='3'"),
+            "2 1.1: nothing of this release is shown to users of de, en, fr; its|de and en together [languages]\n"
+            "3 1.2: nothing of this release is shown to users of de, en; its languages are|\"fr\" [languages]");
         row("languages of nobody", firmware + package("language='ja'"), "");
     }
     void lint()
@@ -100,6 +143,18 @@ private slots:
         }
         QCOMPARE(outcome.exitCode, expected.isEmpty() ? 0 : 1);
         QCOMPARE(outcome.err, QString());
+    }
+
+    void lintLooksAtFiles()
+    {
+        QVERIFY(write("a.zip", "abc"));
+        const QByteArray hash = "sha256='" + QByteArray(64, 'a') + "' file-size='3'";
+        const QString path = written(package(hash) + package("file-size='2'") + package("url='http://h/x/c.zip'"));
+        const QString out = run({ "lint", path, "--packages", folder.path() }).out;
+        for (const char *finding : { "1 1.0: sha256 is not that of", "2 1.0: file-size is 2, but", "a.zip has 3 bytes",
+                                     "3 1.0: no file for \"http://h/x/c.zip\"" })
+            QVERIFY2(out.contains(finding), qPrintable(out));
+        QCOMPARE(out.count('\n'), 3);
     }
 
     void lintIgnores()
@@ -170,13 +225,164 @@ private slots:
     void cannotWork()
     {
         for (const QString words :
-             { "", "check SITE", "lint", "lint SITE SITE", "lint SITE/none", "show /", "lint --json SITE",
-               "offer SITE --name a", "offer SITE --name a --version 1 --camera m", "show MAIN" }) {
+             { "", "check SITE", "lint", "lint SITE SITE", "lint SITE/none", "lint SITE --packages SITE", "show /",
+               "lint --json SITE", "offer SITE --name a", "offer SITE --name a --version 1 --camera m", "show MAIN",
+               "seal http://h/c.xml --packages / --expires 1d", "seal SITE --expires 1d" }) {
             QStringList arguments = words.split(' ', Qt::SkipEmptyParts);
             arguments.replaceInStrings("SITE", SITE "/catalogue.xml").replaceInStrings("MAIN", SITE "/../main.cpp");
             const Outcome outcome = run(arguments);
             QVERIFY2(outcome.exitCode == 2 && outcome.out.isEmpty() && !outcome.err.isEmpty(), qPrintable(words));
         }
+    }
+
+    void seal_data()
+    {
+        columns<QByteArray, QByteArray>("before", "after");
+        const auto rewritten = [](const char *name, const QByteArray &before, QByteArray after) {
+            after.replace("@ROOT", "serial=\"1\" expires=\"@EXPIRES\"")
+                .replace("@FILE", "file-size=\"3\" sha256=\"@HASH\"");
+            after.replace("@EXPIRES", expires).replace("@HASH", hashOfAbc);
+            row(name, before, after);
+        };
+        rewritten("attributes", "<l  a='1'\r\n><package url='http://h/a.zip' file-size=\"9 kB\"\r\n  sha256=''/></l>",
+                  "<l  a='1' @ROOT\r\n><package url='http://h/a.zip' file-size=\"3\"\r\n  sha256='@HASH'/></l>");
+        rewritten("renewed", "<l expires='x' serial = '41'><package><file url='http://h/d/a.zip'/></package></l>\n",
+                  "<l expires='@EXPIRES' serial = '42'><package><file url='http://h/d/a.zip' @FILE/></package></l>\n");
+        rewritten("children",
+                  "<l url='http://h/a.zip'><package><sha256 /><file-size><![CDATA[1]]><!-- > --></file-size>"
+                  "<file><sha256> <a/>x</sha256></file></package></l>",
+                  "<l url='http://h/a.zip' @ROOT><package><sha256 /><file-size>3</file-size>"
+                  "<file><sha256>@HASH</sha256></file></package></l>");
+        rewritten("an empty child, and a value of the set",
+                  "<l url='http://h/a.zip' file-size='1'><package name='&lt;&#10;>'><sha256/></package></l>",
+                  "<l url='http://h/a.zip' file-size='1' @ROOT><package name='&lt;&#10;>' file-size=\"3\">"
+                  "<sha256>@HASH</sha256></package></l>");
+        const QByteArray dtd = "\xef\xbb\xbf<?xml version='1.0'?>\r\n<!DOCTYPE l SYSTEM '[>' [<!-- ]> ' -->]>\n";
+        const QByteArray aside = "<!-- <package> --><?p <l?>\xc3\xa4\xf0\x9f\x98\x80<![CDATA[<package>']]>";
+        rewritten("asides", dtd + "<l>" + aside + "<package url='http://h/a.zip'/></l>",
+                  dtd + "<l @ROOT>" + aside + "<package url='http://h/a.zip' @FILE/></l>");
+        const QByteArray latin = "<?xml version='1.0' encoding='ISO-8859-1'?><l \xe4='\xfc'";
+        rewritten("Latin-1", latin + "><package url='http://h/a.zip'></package></l>",
+                  latin + " @ROOT><package url='http://h/a.zip' @FILE></package></l>");
+        rewritten("nothing in it", "<l/>", "<l @ROOT/>");
+    }
+    void seal()
+    {
+        QFETCH(QByteArray, before);
+        QFETCH(QByteArray, after);
+        QVERIFY(write("a.zip", "other") && write("p/a.zip", "abc") && write("real.xml", before));
+        const QString link = folder.filePath("link.xml");
+        QFile::link("real.xml", link);
+        QVERIFY(QFile::setPermissions(link, QFile::ReadOwner | QFile::WriteOwner | QFile::ReadOther));
+        const auto permissions = QFileInfo(link).permissions();
+        const Outcome outcome = run({ "seal", link, "--packages", folder.filePath("p"), "--expires", expires });
+        QCOMPARE(outcome.err, QString());
+        QCOMPARE(contentOf(link), after);
+        QVERIFY(QFileInfo(link).isSymLink() && QFileInfo(link).permissions() == permissions);
+        QVERIFY(outcome.out.endsWith("\nminisign -Sm " + link + '\n'));
+    }
+
+    void sealRefuses_data()
+    {
+        columns<QByteArray, QString, QString>("catalogue", "expires", "reasons");
+        const auto refused = [](const char *name, const QByteArray &catalogue, const char *reasons) {
+            row(name, catalogue, "1d", reasons);
+        };
+        refused("files", "<l><package url='http://h/x.zip'/><package/><package url='http://h/../a.zip'/></l>",
+                "package 1: \"http://h/x.zip\" is not in|package 2: \"\" is not in|package 3");
+        refused("empty file", "<l><package url='http://h/empty.zip'/></l>", "empty.zip\" is empty");
+        refused("serial", "<l serial='many'/>", "serial \"many\"");
+        refused("last serial", "<l serial='9223372036854775807'/>", "serial");
+        refused("UTF-16", QByteArray("\xff\xfe<\0l\0/\0>\0", 10), "UTF-16");
+        refused("what clients refuse", "<l><package></l>", "Inside <package> of line 1");
+        refused("a default that comes first",
+                "<!DOCTYPE l [<!ATTLIST file sha256 CDATA 'x'>]><l><package url='http://h/a.zip' sha256='y'><file/>"
+                "</package></l>",
+                "nothing was");
+        for (const QString time : { "1 day", "2999-12-31T00:00:00", "2026-01-01T00:00:00Z", "0w" })
+            row(qPrintable(time), QByteArray("<l/>"), time, "--expires");
+    }
+    void sealRefuses()
+    {
+        QFETCH(QByteArray, catalogue);
+        QFETCH(QString, expires);
+        QFETCH(QString, reasons);
+        QVERIFY(write("a.zip", "abc") && write("empty.zip", "") && write("catalogue.xml", catalogue));
+        const Outcome outcome = run({ "seal", file(), "--packages", folder.path(), "--expires", expires });
+        QCOMPARE(outcome.exitCode, 2);
+        for (const QString &part : reasons.split('|'))
+            QVERIFY2(outcome.err.contains(part), qPrintable(outcome.err));
+        QCOMPARE(contentOf(file()), catalogue);
+    }
+
+    void walkThrough()
+    {
+        // The commands of the page, in their order, as an operator types them; but for the passwords.
+        QByteArray commands = "set -eu\ncp -r " SITE " site\n";
+        for (const QByteArray &part : contentOf(PAGE).replace("```sh\n", "\1").split('\1').mid(1))
+            commands += part.left(part.indexOf("```"));
+        QVERIFY(commands.count("minisign -G") == 3 && commands.count("qv-catalogue verify") == 2);
+        qputenv("HOME", folder.path().toUtf8());
+        qputenv("PATH", QFileInfo(TOOL).path().toUtf8() + ':' + qgetenv("PATH"));
+        QProcess shell;
+        shell.setWorkingDirectory(folder.path());
+        shell.start("sh", { "-c", commands.replace("minisign -G", "minisign -G -W") });
+        QVERIFY(shell.waitForFinished(60'000));
+        QVERIFY2(shell.exitCode() == 0, shell.readAllStandardError().constData());
+        QVERIFY(shell.readAllStandardOutput().contains("packages that can be offered: 24 of 24\n"));
+    }
+
+    void verify_data()
+    {
+        columns<QString, int, QString>("arguments", "exitCode", "told");
+        row("accepted", "C --key spare.pub --key KEY", 0, ", serial 1, expires 2");
+        row("on a server", "URL --key KEY", 0, "accepted");
+        row("no signature", "URLx --key next.pub", 1, "/c.xmlx.minisig is missing");
+        row("other key", "C --key camera-host.pub", 1, "none of those given");
+        row("no signature at all", "C --key KEY --signature next.pub", 1, "next.pub is no signature");
+        row("for another file", "next.pub --key KEY --signature C.minisig", 1, "for another catalogue");
+        row("not sealed", "plain.xml --key KEY", 1, "has no serial");
+        row("expired", "old.xml --key KEY", 1, "it expired at 2026-01-01T00:00:00Z");
+        row("not to be read", "broken.xml --key KEY", 1, "broken.xml:1: ");
+        row("not offered", "some.xml --key KEY", 0,
+            "offered: 0 of 2\nnot offered: package 1 a: no sha256\nnot offered: package 2: no file-size");
+        row("no key", "C --key C", 2, "neither a public key");
+        row("no keys", "C", 2, "--key");
+        row("no catalogue", "none --key KEY", 2, "none: not there");
+        row("no such signature", "C --key KEY --signature none", 2, "none: not there");
+    }
+    void verify() // what the walk-through has left
+    {
+        QFETCH(QString, arguments);
+        QFETCH(int, exitCode);
+        QFETCH(QString, told);
+        const QByteArray seal = "serial='1' expires='2999-01-01T00:00:00Z'", hash(64, 'a');
+        const QMap<QString, QByteArray> others {
+            { "plain.xml", "<l/>" },
+            { "old.xml", "<l serial='1' expires='2026-01-01T00:00:00Z'/>" },
+            { "broken.xml", "<l " + seal + "><package></l>" },
+            { "some.xml", "<l " + seal + "><package name='a' file-size='1'/><package sha256='" + hash + "'/></l>" },
+        };
+        for (auto other = others.cbegin(); other != others.cend(); ++other) {
+            if (!arguments.contains(other.key()))
+                continue;
+            QVERIFY(write(other.key(), *other));
+            const QStringList sign { "-Ss", folder.filePath("next.key"), "-m", folder.filePath(other.key()) };
+            QCOMPARE(QProcess::execute("minisign", sign), 0);
+        }
+        const QString catalogue = "site/catalogue.xml";
+        HttpServer server;
+        server.route("/c.xml?a=b", HttpAnswer(contentOf(folder.filePath(catalogue))));
+        server.route("/c.xml.minisig?a=b", HttpAnswer(contentOf(folder.filePath(catalogue + ".minisig"))));
+        server.route("/c.xmlx", HttpAnswer(contentOf(folder.filePath(catalogue))));
+        QDir::setCurrent(folder.path());
+        arguments.replace(QRegularExpression("\\bC\\b"), catalogue);
+        arguments.replace("URLx", server.url("/c.xmlx").toString());
+        arguments.replace("URL", server.url().resolved(QUrl("/c.xml?a=b")).toString());
+        arguments.replace("KEY", contentOf("next.pub").split('\n').at(1));
+        const Outcome outcome = run(QStringList { "verify" } + arguments.split(' '));
+        QVERIFY2((outcome.out + outcome.err).contains(told), qPrintable(outcome.out + outcome.err));
+        QCOMPARE(outcome.exitCode, exitCode);
     }
 
     void documentationShowsTheDemosCatalogue()
@@ -191,12 +397,20 @@ private slots:
 private:
     QString file() const { return folder.filePath("catalogue.xml"); }
 
-    QString written(const QByteArray &packages) const
+    /// Packages, or a whole catalogue.
+    QString written(const QByteArray &text) const
     {
-        QFile catalogue(file());
-        if (!catalogue.open(QIODevice::WriteOnly) || catalogue.write(list(packages)) < 0)
+        if (!write("catalogue.xml", text.startsWith("<list ") ? text : list(text)))
             qFatal("cannot write %s", qPrintable(file()));
         return file();
+    }
+
+    bool write(const QString &name, const QByteArray &bytes) const
+    {
+        const QString path = folder.filePath(name);
+        QFile file(path);
+        return QFileInfo(path).dir().mkpath(".") && file.open(QIODevice::WriteOnly)
+            && file.write(bytes) == bytes.size();
     }
 
     QTemporaryDir folder;

@@ -131,6 +131,30 @@ private slots:
         QCOMPARE(proxy->targets().first(), PackageTarget);
     }
 
+    void hashes_data()
+    {
+        columns<QByteArray, qint64, QString, bool>("of", "announced", "seen", "isKept");
+        row("right", Ten.body, qint64(10), QString("BSs"), true);
+        row("wrong", QByteArray("012345678x"), qint64(10), QString("BFf"), false);
+        row("of the announced bytes, more came", Ten.body.left(9), qint64(9), QString("BFf"), false);
+        row("right, less than announced", Ten.body, qint64(11), QString("BFf"), true);
+        row("wrong, no size", QByteArray(), qint64(0), QString(), false);
+    }
+    void hashes()
+    {
+        QFETCH(QByteArray, of);
+        QFETCH(qint64, announced);
+        QFETCH(QString, seen);
+        proxy->route(PackageTarget, Ten);
+        Witness witness(manager.get());
+        PackageInfo asked = package(announced);
+        asked.sha256 = QCryptographicHash::hash(of, QCryptographicHash::Sha256).toHex();
+        manager->startDownload(asked, path);
+        QVERIFY(QTest::qWaitFor([&] { return !manager->isQueryBusy(); }));
+        QCOMPARE(witness.order, seen);
+        QTEST(QFileInfo::exists(path), "isKept");
+    }
+
     void packageWithoutSizeStaysSilent()
     {
         proxy->route(PackageTarget, HttpAnswer().generate(3 * MiB));

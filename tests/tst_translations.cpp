@@ -10,15 +10,15 @@
 
 namespace {
 
-QString compiled(const QString &language)
+QString compiled(const QString &language, const QString &texts)
 {
-    return QString(":/translations/SoftwareUpdateClient_%1.qm").arg(language);
+    return QString(":/translations/SoftwareUpdate%1_%2.qm").arg(texts, language);
 }
 
-std::unique_ptr<QTranslator> translatorFor(const QString &language)
+std::unique_ptr<QTranslator> translatorFor(const QString &language, const QString &texts = "Client")
 {
     auto translator = std::make_unique<QTranslator>();
-    return translator->load(compiled(language)) ? std::move(translator) : nullptr;
+    return translator->load(compiled(language, texts)) ? std::move(translator) : nullptr;
 }
 
 } // namespace
@@ -31,12 +31,13 @@ private slots:
     // What the library carries is what the catalogues say; scripts/check-translations.cmake looks after these.
     void languages()
     {
-        for (const QString language : { "de_DE", "fr_FR" }) {
-            const auto translator = translatorFor(language);
+        for (const QString catalogue : { "Client_de_DE", "Client_fr_FR", "Policy_de_DE", "Policy_fr_FR" }) {
+            const QString language = catalogue.mid(7);
+            const auto translator = translatorFor(language, catalogue.left(6));
             QVERIFY(translator);
-            QCOMPARE(QResource(compiled(language)).compressionAlgorithm(), QResource::NoCompression);
+            QCOMPARE(QResource(compiled(language, catalogue.left(6))).compressionAlgorithm(), QResource::NoCompression);
 
-            QFile file(QString(CATALOGUES "/SoftwareUpdateClient_%1.ts").arg(language));
+            QFile file(QString(CATALOGUES "/SoftwareUpdate%1.ts").arg(catalogue));
             QDomDocument document;
             QVERIFY(file.open(QIODevice::ReadOnly) && document.setContent(&file));
             const QDomNodeList messages = document.elementsByTagName("message");

@@ -1,11 +1,12 @@
 #pragma once
 
+#include "Markup.h"
 #include "PackageInfo.h"
+#include "XmlTree.h"
 
-#include <QDomDocument>
-#include <QDomElement>
 #include <QList>
 
+#include <memory>
 #include <stdexcept>
 
 namespace qv {
@@ -17,7 +18,8 @@ public:
     explicit Failure(const QString &message) : std::runtime_error(message.toStdString()) { }
 };
 
-/// The catalogue is there and no client would read it. A failure for all commands but "lint", to which it is a finding.
+/// The catalogue is there and no client would read it. A failure for all commands but "lint" and "verify", to which it
+/// is a finding.
 class Refused : public Failure
 {
 public:
@@ -28,13 +30,41 @@ public:
 struct Catalogue
 {
     QString source; ///< file name or URL
+    QByteArray bytes;
     PackageInfoList packages;
-    QDomDocument document;
-    QList<QDomElement> elements; ///< of the document, one for each of the packages
+    std::unique_ptr<const XmlTree> tree;
+    QList<XmlElement> elements; ///< of the tree, one for each of the packages
+
+    QByteArray text;                   ///< the bytes, or UTF-8 where these are UTF-16
+    std::vector<MarkupElement> markup; ///< of the text, one for each element of the tree, by its index
+
+    const MarkupElement &markupOf(const XmlElement &element) const { return markup.at(size_t(element.index())); }
+
+    /// "package 3 Camera Host 1.2": the number as "show" counts, and what it is called.
+    QString title(int index) const;
 };
 
-/// Reads the catalogue from a file or, where @p source begins with http:// or https://, from a server; redirects are
-/// followed. Throws Failure and Refused.
+/// Where the value stands that counts for a package, and what it is: no level and no text where there is none.
+struct Written
+{
+    XmlElement level;
+    QString text;
+};
+Written written(const XmlElement &package, const QString &word);
+
+/// What the level itself says.
+std::optional<QString> ownValue(const XmlElement &level, const QString &word);
+
+bool isAddress(const QString &source);
+
+/// The bytes of a file or, where isAddress(), of a server's answer with the status 200; redirects are followed. Null
+/// where there is no such file or the server says 404. Throws Failure.
+QByteArray readSource(const QString &source);
+
+/// Throws Failure and Refused.
 Catalogue loadCatalogue(const QString &source);
+
+/// The same for bytes that have been read from @p source. Throws Refused.
+Catalogue parseCatalogue(const QString &source, const QByteArray &bytes);
 
 } // namespace qv

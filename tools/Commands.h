@@ -5,6 +5,7 @@
 #include "VersionNumber.h"
 
 #include <QCommandLineParser>
+#include <QDateTime>
 
 #include <cstdio>
 
@@ -17,10 +18,17 @@ enum ExitCode { Done = 0, Findings = 1, Error = 2 };
 void addLintOptions(QCommandLineParser &parser);
 void addShowOptions(QCommandLineParser &parser);
 void addOfferOptions(QCommandLineParser &parser);
+void addSealOptions(QCommandLineParser &parser);
+void addVerifyOptions(QCommandLineParser &parser);
 
 ExitCode lint(const QString &source, const QCommandLineParser &options);
 ExitCode show(const QString &source, const QCommandLineParser &options);
 ExitCode offer(const QString &source, const QCommandLineParser &options);
+ExitCode seal(const QString &source, const QCommandLineParser &options);
+ExitCode verify(const QString &source, const QCommandLineParser &options);
+
+/// Whether it is 64 hexadecimal digits in lower case.
+bool isSha256(const QByteArray &text);
 
 /// Prints one line as UTF-8. Control characters become "?": a catalogue must not steer the terminal.
 void printLine(const QString &line, std::FILE *file = stdout);

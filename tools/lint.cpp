@@ -1,100 +1,84 @@
 // "lint": what an operator would want to know before a catalogue goes on line, one line for each finding. Asks the
-// library what becomes of a value and looks the text up only where nothing became of it.
+// library what became of a value and looks at the text only where nothing, or nothing good, did. What names and
+// packages do among each other is looked at in lintNames.cpp and lintReleases.cpp.
 #include "Commands.h"
 
-#include "CatalogueReader.h"
 #include "CatalogueValues.h"
 #include "Kinds.h"
-#include "Offer.h"
+#include "PackageFiles.h"
+#include "Report.h"
+#include "Seal.h"
 #include "VersionNumber.h"
 
-#include <QHash>
-#include <QMap>
+#include <QRegularExpression>
 
-#include <algorithm>
-#include <array>
+#include <optional>
 
 namespace qv {
 
 namespace {
 
 constexpr QLatin1String ignoreOption("ignore");
-constexpr std::array kinds = { "url",     "port",   "suffix", "size",     "date",      "platform",
-                               "release", "status", "order",  "spelling", "duplicate", "languages" };
-
-/// Prints findings, but for the kinds that are not wanted, and remembers whether there were any.
-class Report
-{
-public:
-    Report(const Catalogue &catalogue, const QStringList &ignored) : catalogue(catalogue), ignored(ignored)
-    {
-        for (const QString &kind : ignored) {
-            if (std::find(kinds.begin(), kinds.end(), kind) == kinds.end())
-                throw Failure(QStringLiteral("there is no kind \"%1\" to ignore").arg(kind));
-        }
-    }
-
-    void tell(int index, const char *kind, const QString &what, const QString &why)
-    {
-        if (ignored.contains(QLatin1String(kind)))
-            return;
-        found = true;
-        const PackageInfo &package = catalogue.packages.at(index);
-        const QStringList where { QString::number(index + 1), package.name, package.release };
-        printLine(catalogue.source + QStringLiteral(":%1: package ").arg(catalogue.elements.at(index).lineNumber())
-                  + where.join(QLatin1Char(' ')).simplified() + QStringLiteral(": ") + what + QStringLiteral("; ") + why
-                  + QStringLiteral(" [%1]").arg(QLatin1String(kind)));
-    }
-
-    /// What the catalogue says of a value, short enough for a line.
-    QString written(int index, const QString &tag) const { return findString(catalogue.elements.at(index), tag); }
-
-    const Catalogue &catalogue;
-    bool found = false;
-
-private:
-    QStringList ignored;
-};
-
-QString quoted(const QString &text)
-{
-    constexpr int longest = 80;
-    return QLatin1Char('"') + (text.size() > longest ? text.left(longest) + QStringLiteral("...") : text)
-        + QLatin1Char('"');
-}
+constexpr QLatin1String packagesOption("packages");
 
 /// A value of which nothing became.
 void tellUnread(Report &report, int index, const char *kind, const QString &tag, const QString &why)
 {
-    const QString text = report.written(index, tag);
-    report.tell(index, kind,
-                text.isEmpty() ? QStringLiteral("no ") + tag : tag + QStringLiteral(" is unreadable: ") + quoted(text),
+    const Written value = written(report.catalogue.elements.at(index), tag);
+    report.tell(index, kind, value,
+                value.text.isEmpty() ? QStringLiteral("no ") + tag
+                                     : tag + QStringLiteral(" is unreadable: ") + quoted(value.text),
                 why);
 }
 
 void checkUrl(Report &report, int index, const PackageInfo &package)
 {
-    if (report.written(index, Word::url).isEmpty()) {
-        report.tell(index, "url", QStringLiteral("no url"), QStringLiteral("there is nothing to download"));
+    const XmlElement &element = report.catalogue.elements.at(index);
+    const Written url = written(element, Word::url);
+    const Written base = written(element, Word::baseUrl);
+    if (url.text.isEmpty()) {
+        report.tell(index, "url", url, QStringLiteral("no url"), QStringLiteral("there is nothing to download"));
         return;
     }
+    const Written &start = base.text.isEmpty() ? url : base;
     if (package.url.host().isEmpty()) {
-        report.tell(index, "url",
-                    QStringLiteral("url names no server: ")
-                        + quoted(report.written(index, Word::baseUrl) + report.written(index, Word::url)),
+        report.tell(index, "url", start, QStringLiteral("url names no server: ") + quoted(base.text + url.text),
                     QStringLiteral("base-url and url are joined as they stand and must make a whole address"));
         return;
     }
+    if (!base.text.isEmpty() && !base.text.endsWith(QLatin1Char('/')) && !base.text.contains(QLatin1Char('?'))
+        && !url.text.startsWith(QLatin1Char('/')))
+        report.tell(index, "url", base,
+                    QStringLiteral("base-url does not end with \"/\", which gives ") + quoted(base.text + url.text),
+                    QStringLiteral("url is put behind it as it stands"));
     constexpr int downloadPort = 80;
-    if (package.url.scheme() != QLatin1String("http") || package.url.port(downloadPort) != downloadPort) {
-        report.tell(index, "port",
-                    QStringLiteral("url is not plain HTTP on port 80: ") + quoted(package.url.toString()),
+    if (package.url.scheme() != QLatin1String("http") || package.url.port(downloadPort) != downloadPort)
+        report.tell(index, "port", start,
+                    (base.text.isEmpty() ? Word::url : Word::baseUrl)
+                        + QStringLiteral(" is not plain HTTP on port 80: ") + quoted(start.text),
                     QStringLiteral("Install fetches it from there whatever the url says; browsers follow the url"));
-    }
-    if (isSuspiciousSuffix(package.suffix)) {
-        report.tell(index, "suffix", QStringLiteral("suspicious suffix ") + quoted(package.suffix),
+    if (isSuspiciousSuffix(package.suffix))
+        report.tell(index, "suffix", url, QStringLiteral("suspicious suffix ") + quoted(package.suffix),
                     QStringLiteral("the suffix decides who is offered a package and how it is installed"));
-    }
+}
+
+/// Words that make a release newer than its numbers, as "final" does, and words where a number should stand.
+void checkRelease(Report &report, int index, const QString &release)
+{
+    static const QRegularExpression numbersInFront(QStringLiteral("^\\s*[0-9]+(\\.[0-9]+)*"));
+    static const QRegularExpression word(QStringLiteral("[^\\W\\d_]{2}"),
+                                         QRegularExpression::UseUnicodePropertiesOption);
+    const auto numbers = numbersInFront.match(release);
+    QString why;
+    if (!numbers.hasMatch())
+        why = QStringLiteral("it does not begin with a number, and counts as older than any that does");
+    else if (word.match(release).hasMatch()
+             && VersionNumber::fromText(release) > VersionNumber::fromText(numbers.captured()))
+        why = QStringLiteral("it counts as newer than ") + quoted(numbers.captured().trimmed())
+            + QStringLiteral("; words that announce a release are alpha, beta, dev, pre, rc and snapshot");
+    if (!why.isEmpty())
+        report.tell(index, "release", written(report.catalogue.elements.at(index), Word::release),
+                    QStringLiteral("release with words in it: ") + quoted(release), why);
 }
 
 void checkValues(Report &report, int index, const PackageInfo &package)
@@ -110,83 +94,80 @@ void checkValues(Report &report, int index, const PackageInfo &package)
                    QStringLiteral("no camera is offered it, nor is a host that names its platforms"));
     if (package.release.isEmpty())
         tellUnread(report, index, "release", Word::release, QStringLiteral("it counts as 0 and is never offered"));
+    else
+        checkRelease(report, index, package.release);
+    const QString onlyBeta = QStringLiteral("it is offered only to those who ask for beta versions");
     if (package.status.isEmpty())
-        tellUnread(report, index, "status", Word::status,
-                   QStringLiteral("it is offered only to those who ask for beta versions"));
+        tellUnread(report, index, "status", Word::status, onlyBeta);
+    else if (package.status != Status::stable && package.status != Status::beta)
+        report.tell(index, "status", written(report.catalogue.elements.at(index), Word::status),
+                    QStringLiteral("status is neither STABLE nor BETA: ") + quoted(package.status), onlyBeta);
+    if (!package.releaseNotes.isEmpty() && !package.releaseNotes.contains(defaultLanguage))
+        report.tell(index, "notes", written(report.catalogue.elements.at(index), Word::releaseNotes),
+                    QStringLiteral("release-notes only in other languages than en: ")
+                        + package.releaseNotes.uniqueKeys().join(QStringLiteral(", ")),
+                    QStringLiteral("the button Release Notes stays grey, whatever the user speaks"));
 }
 
-void checkDuplicates(Report &report)
+void checkHash(Report &report, int index, const PackageInfo &package, bool isSealed)
 {
-    QHash<QString, int> firstOf;
-    for (int i = 0; i < report.catalogue.packages.size(); ++i) {
-        const QString identity = report.catalogue.packages.at(i).stringID();
-        const auto first = firstOf.constFind(identity);
-        if (first == firstOf.cend())
-            firstOf.insert(identity, i);
-        else
-            report.tell(i, "duplicate", QStringLiteral("date and size are those of package %1").arg(*first + 1),
-                        QStringLiteral("clients take the two for one: of firmware only the first is shown, and who has "
-                                       "seen the first is not told of the second"));
-    }
+    const QString why = QStringLiteral("hosts that trust keys do not offer it");
+    if (package.sha256.isEmpty() && isSealed)
+        report.tell(index, "sha256", Written(), QStringLiteral("no sha256 in a sealed catalogue"), why);
+    else if (!package.sha256.isEmpty() && !isSha256(package.sha256))
+        report.tell(index, "sha256",
+                    QStringLiteral("sha256 is unreadable: ") + quoted(QString::fromUtf8(package.sha256)), why);
 }
 
-/// A release with the first package that has it.
-struct Release
+void checkFile(Report &report, int index, const PackageInfo &package, PackageFiles &files)
 {
-    QString text;
-    VersionNumber version;
-    int index;
-};
-
-void compareNeighbours(Report &report, const Release &older, const Release &newer)
-{
-    const QString other = QStringLiteral("%1 of package %2").arg(quoted(older.text)).arg(older.index + 1);
-    if (newer.version == older.version)
-        report.tell(newer.index, "spelling", quoted(newer.text) + QStringLiteral(" is the same version as ") + other,
-                    QStringLiteral("only the spelling that stands first is offered"));
-    else if (PackageInfo::compareVersion(newer.text, older.text) < 0)
-        report.tell(newer.index, "order",
-                    QStringLiteral("as text ") + quoted(newer.text) + QStringLiteral(" comes before ") + other,
-                    QStringLiteral("update checks go by numbers, but hosts that pick best matches go by text and "
-                                   "prefer the older one"));
+    const XmlElement &element = report.catalogue.elements.at(index);
+    const Written url = written(element, Word::url);
+    if (url.text.isEmpty()) // which has been told
+        return;
+    const QString path = files.find(package.url);
+    if (path.isEmpty()) {
+        report.tell(index, "file", url, QStringLiteral("no file for ") + quoted(package.url.toString()),
+                    QStringLiteral("there is nothing to upload"));
+        return;
+    }
+    const PackageFiles::Facts facts = files.factsOf(path);
+    if (package.fileSize != 0 && package.fileSize != facts.size)
+        report.tell(
+            index, "size", written(element, Word::fileSize),
+            QStringLiteral("file-size is %1, but %2 has %3 bytes").arg(package.fileSize).arg(path).arg(facts.size),
+            QStringLiteral("less than file-size counts as broken off, and much more is cut"));
+    if (isSha256(package.sha256) && package.sha256 != facts.sha256)
+        report.tell(index, "sha256", QStringLiteral("sha256 is not that of ") + path,
+                    QStringLiteral("what is downloaded is thrown away"));
 }
 
-/// Releases compete within a product: packages of one name, or of one set of platforms where they have no name.
-void checkReleases(Report &report)
+void tellSeal(Report &report, const QString &what)
 {
-    QMap<QString, QMap<QString, int>> firstOf; // by product and release
-    for (int i = 0; i < report.catalogue.packages.size(); ++i) {
-        const PackageInfo &package = report.catalogue.packages.at(i);
-        auto &releases = firstOf[package.name.isEmpty() ? joined(package.platforms) : package.name];
-        if (!package.release.isEmpty() && !releases.contains(package.release))
-            releases.insert(package.release, i);
-    }
-    for (const auto &releases : std::as_const(firstOf)) {
-        QList<Release> ordered;
-        for (auto release = releases.cbegin(); release != releases.cend(); ++release)
-            ordered.append({ release.key(), VersionNumber::fromText(release.key()), release.value() });
-        std::stable_sort(ordered.begin(), ordered.end(),
-                         [](const Release &a, const Release &b) { return a.version < b.version; });
-        for (int i = 1; i < ordered.size(); ++i)
-            compareNeighbours(report, ordered.at(i - 1), ordered.at(i));
-    }
+    report.tell(report.catalogue.markupOf(report.catalogue.tree->documentElement()), "seal", what,
+                QStringLiteral("hosts that trust keys refuse the catalogue"));
 }
 
-void checkLanguages(Report &report)
+/// Whether the root has a serial or an expiry, and whether these are any good.
+bool checkSeal(Report &report)
 {
-    QMap<int, QStringList> usersOf; // by package: whose dialogs hide it
-    for (const QString &language : { QStringLiteral("en"), QStringLiteral("de"), QStringLiteral("fr") }) {
-        for (const int row : foreignLanguageRows(report.catalogue.packages, language))
-            usersOf[row].append(language);
-    }
-    for (auto users = usersOf.cbegin(); users != usersOf.cend(); ++users) {
-        const QStringSet languages = report.catalogue.packages.at(users.key()).languages;
-        const bool isSurprise = users->contains(QLatin1String("en")) && languages.contains(QLatin1String("en"));
-        report.tell(users.key(), "languages",
-                    QStringLiteral("hidden from users of ") + users->join(QStringLiteral(", ")),
-                    QStringLiteral("its languages are \"%1\"").arg(joined(languages))
-                        + (isSurprise ? QStringLiteral(", and English users want de and en together") : QString()));
-    }
+    const XmlElement root = report.catalogue.tree->documentElement();
+    const auto serial = root.attribute(Word::serial);
+    const auto expires = root.attribute(Word::expires);
+    if (!serial && !expires)
+        return false;
+    if (!serial)
+        tellSeal(report, QStringLiteral("expires without serial"));
+    else if (readSerial(*serial) == 0)
+        tellSeal(report, QStringLiteral("serial is no number above 0: ") + quoted(*serial));
+    const QDateTime time = readExpires(expires.value_or(QString()));
+    if (!expires)
+        tellSeal(report, QStringLiteral("serial without expires"));
+    else if (!time.isValid())
+        tellSeal(report, QStringLiteral("expires is no time in UTC, as 2026-12-31T00:00:00Z is: ") + quoted(*expires));
+    else if (time <= QDateTime::currentDateTimeUtc())
+        tellSeal(report, QStringLiteral("expires is past: ") + quoted(*expires));
+    return true;
 }
 
 } // namespace
@@ -194,6 +175,7 @@ void checkLanguages(Report &report)
 void addLintOptions(QCommandLineParser &parser)
 {
     parser.addOption(QCommandLineOption(ignoreOption, QString(), QStringLiteral("kinds")));
+    parser.addOption(QCommandLineOption(packagesOption, QString(), QStringLiteral("folder")));
 }
 
 ExitCode lint(const QString &source, const QCommandLineParser &options)
@@ -205,19 +187,26 @@ ExitCode lint(const QString &source, const QCommandLineParser &options)
         printLine(QString::fromUtf8(refusal.what()) + QStringLiteral("; clients find no update in it [xml]"));
         return Findings;
     }
+    std::optional<PackageFiles> files;
+    if (options.isSet(packagesOption))
+        files.emplace(options.value(packagesOption));
     Report report(catalogue, listOf(options.value(ignoreOption)));
-    if (catalogue.packages.isEmpty()) {
-        printLine(source + QStringLiteral(": no package in it; clients find no update in it [empty]"));
-        return Findings;
-    }
+    checkNames(report);
+    const bool isSealed = checkSeal(report);
     for (int i = 0; i < catalogue.packages.size(); ++i) {
-        checkUrl(report, i, catalogue.packages.at(i));
-        checkValues(report, i, catalogue.packages.at(i));
+        const PackageInfo &package = catalogue.packages.at(i);
+        checkUrl(report, i, package);
+        checkValues(report, i, package);
+        checkHash(report, i, package, isSealed);
+        if (files)
+            checkFile(report, i, package, *files);
     }
-    checkDuplicates(report);
     checkReleases(report);
-    checkLanguages(report);
-    return report.found ? Findings : Done;
+    const bool found = report.print();
+    if (!catalogue.packages.isEmpty())
+        return found ? Findings : Done;
+    printLine(source + QStringLiteral(": no package in it; clients find no update in it [empty]"));
+    return Findings;
 }
 
 } // namespace qv

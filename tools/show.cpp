@@ -35,6 +35,7 @@ QJsonObject toJson(const PackageInfo &package)
         { Word::status, package.status },
         { Word::releaseDate, package.releaseDate.toString(Qt::ISODate) },
         { Word::fileSize, double(quint64(package.fileSize)) },
+        { Word::sha256, QString::fromUtf8(package.sha256) },
         { Word::language, QJsonArray::fromStringList(sorted(package.languages)) },
         { Word::releaseNotes, linksFound(package.releaseNotes) },
         { Word::readme, linksFound(package.readme) },

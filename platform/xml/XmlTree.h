@@ -28,6 +28,9 @@ public:
 
     XmlElement documentElement() const;
 
+    /// How many elements there are, and the document around them.
+    int size() const { return int(nodes.size()); }
+
     /// How many elements of that name there are, wherever they stand.
     int count(const QString &name) const;
 
@@ -82,6 +85,9 @@ public:
     XmlElement() = default;
 
     bool isNull() const { return !tree; }
+
+    /// Its place in the order in which the elements begin; the root has 1, the document 0.
+    int index() const { return node; }
 
     /// The element around; for the root the document, for the document null.
     XmlElement parent() const;

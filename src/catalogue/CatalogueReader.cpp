@@ -310,7 +310,16 @@ PackageInfo packageOver(const Level &around, const Element &package, Allowance &
     const Element file = package.firstChild(Word::file);
     if (!file.isNull())
         level.add(file, level, allowance);
-    return std::move(level).finished(allowance);
+    PackageInfo whole = std::move(level).finished(allowance);
+    // Not from the sets around: it is that of one file.
+    auto hash = file.isNull() ? std::nullopt : ownValue(file, Word::sha256);
+    if (!hash)
+        hash = ownValue(package, Word::sha256);
+    if (hash) {
+        allowance.checkLength(*hash, longestText);
+        whole.sha256 = hash->toLower().toUtf8();
+    }
+    return whole;
 }
 
 /// Appends the packages of @p set, then those of the sets in it. A list instead of recursion: sets nest as deep as the

@@ -26,8 +26,11 @@ inline const QString releaseDate = QStringLiteral("release-date");
 inline const QString url = QStringLiteral("url");
 inline const QString baseUrl = QStringLiteral("base-url");
 inline const QString fileSize = QStringLiteral("file-size");
+inline const QString sha256 = QStringLiteral("sha256");
 inline const QString platform = QStringLiteral("platform");
 inline const QString comment = QStringLiteral("comment");
+inline const QString serial = QStringLiteral("serial"); // attributes of the root
+inline const QString expires = QStringLiteral("expires");
 } // namespace Word
 
 /// What a package updates: the types that candidates get.

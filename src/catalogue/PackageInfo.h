@@ -114,6 +114,7 @@ public:
     bool spareFlag = false; ///< asks for a confirmation before a package set aside is installed
     QString suffix; ///< file type told by the URL: "zip", "tar.gz", "mpkg", ...; chooses the installation routine
     QString comment;
+    QByteArray sha256; ///< of the file: 64 hexadecimal digits in lower case, if it is a hash at all; empty when unknown
 };
 
 } // namespace qv

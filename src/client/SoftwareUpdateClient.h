@@ -2,6 +2,7 @@
 
 #include "PackageInfo.h"
 #include "SoftwareUpdateTypes.h"
+#include "UpdatePolicy.h"
 
 #include <QNetworkProxy>
 #include <QObject>
@@ -60,6 +61,10 @@ public:
     /// Writes @p settings. Deliberate: no key is ever removed; an empty list, a null text or date and the version 0
     /// leave in the store what was there. A store that cannot be used is left alone.
     void setCurrentSettings(const SoftwareUpdateSettings *settings);
+
+    /// What this client does beyond the defaults, from now on; see UpdatePolicy. With trusted keys the serials of the
+    /// catalogues that were seen are kept in the settings, below "seals".
+    void setPolicy(const UpdatePolicy &policy);
 
     /// The proxy for all requests: the host's NodeDB::globalProxy(), or none. The system's is never asked.
     QNetworkProxy networkProxy() const;

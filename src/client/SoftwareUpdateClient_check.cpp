@@ -11,6 +11,7 @@
 #include "SoftwareUpdateDialog.h"
 #include "StringUtils.h"
 
+#include <QBuffer>
 #include <QCoreApplication>
 #include <QLocale>
 #include <QNetworkReply>
@@ -32,6 +33,11 @@ const char *const proxyAsks = "Proxy requires authentication";
 bool isRedirect(int status)
 {
     return status == 302 || status == 301 || status == 303 || status == 307;
+}
+
+bool isMissing(const QNetworkReply &reply)
+{
+    return reply.error() == QNetworkReply::ContentNotFoundError || reply.error() == QNetworkReply::ContentGoneError;
 }
 
 bool isWebAddress(const QUrl &url)
@@ -120,20 +126,51 @@ void SoftwareUpdateClient::evaluateServerResponse(QNetworkReply *reply)
     }
     if (d->settingsDialog)
         d->settingsDialog->disbaleProgress();
-    if (reply->error() != QNetworkReply::NoError) {
+    const bool isSignatureMissing = !d->unsealed.isEmpty() && isMissing(*reply);
+    if (reply->error() != QNetworkReply::NoError && !isSignatureMissing)
         d->failCheck(errorTextOf(*reply));
+    else if (d->trust.isSet())
+        d->takeSealed(reply);
+    else
+        d->takeCatalogue(reply);
+}
+
+/// First comes the catalogue, and then, from where that came from, its signature.
+void SoftwareUpdateClientPrivate::takeSealed(QNetworkReply *reply)
+{
+    if (unsealed.isEmpty()) {
+        unsealed = reply->readAll();
+        if (!unsealed.isEmpty()) {
+            performUpdateCheck(signatureUrl(reply->url()));
+            return;
+        }
+    }
+    QByteArray catalogue = std::exchange(unsealed, QByteArray());
+    const Seal seal = trust.examine(catalogue, isMissing(*reply) ? QByteArray() : reply->readAll());
+    if (seal.verdict != Seal::Accepted) {
+        packages.clear();
+        showNotification(Trust::refusal(seal));
+        offerNothing();
         return;
     }
-    if (d->parseServerResponse(reply) == 1)
+    storeSeals();
+    QBuffer device(&catalogue);
+    device.open(QIODevice::ReadOnly);
+    takeCatalogue(&device);
+}
+
+void SoftwareUpdateClientPrivate::takeCatalogue(QIODevice *catalogue)
+{
+    if (parseServerResponse(catalogue) == 1)
         return;
-    if (d->packages.isEmpty()) {
+    if (packages.isEmpty()) {
         LogQt::write(Log::Progress,
                      QStringLiteral("SoftwareUpdateClient::evaluateServerResponse() -> product is up-to-date "));
-        d->productUpToDate();
+        productUpToDate();
     } else {
         LogQt::write(Log::Progress,
                      QStringLiteral("SoftwareUpdateClient::evaluateServerResponse() -> update available"));
-        updateAvailable();
+        q->updateAvailable();
     }
 }
 
@@ -162,9 +199,11 @@ void SoftwareUpdateClientPrivate::failCheck(const QString &errorText)
                      + errorText);
 }
 
-int SoftwareUpdateClientPrivate::parseServerResponse(QNetworkReply *reply)
+int SoftwareUpdateClientPrivate::parseServerResponse(QIODevice *catalogue)
 {
-    packages = readCatalogue(reply);
+    packages = readCatalogue(catalogue);
+    if (trust.isSet())
+        Trust::keepVouched(packages);
     if (packages.isEmpty()) {
         LogQt::write(Log::Error, QStringLiteral("SoftwareUpdateClient::parseServerResponse() -> no update available"));
         showNotification(QCoreApplication::translate("SoftwareUpdateClient", "No update available!"));

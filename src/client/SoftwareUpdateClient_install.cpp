@@ -86,6 +86,7 @@ void SoftwareUpdateClient::installPackage(int row)
     const HttpHost host(HttpAccess(), HttpAccess(proxy.hostName(), proxy.port(), QString(), QString()), QString());
     // Deliberate: nobody keeps or frees the manager.
     auto *manager = new DownloadManager(host, QString());
+    manager->setPolicy(d->policy);
 
     const QString link = StringUtils::withoutPassword(package.url);
     const QString folder = FileUtils::createTempDir();

@@ -4,6 +4,7 @@
 
 #include "HttpThreads.h"
 #include "SoftwareUpdateClient.h"
+#include "Trust.h"
 
 #include <QHash>
 #include <QNetworkAccessManager>
@@ -51,6 +52,7 @@ public:
     explicit SoftwareUpdateClientPrivate(SoftwareUpdateClient *client);
 
     SoftwareUpdateSettings currentSettings() const;
+    void storeSeals();
 
     static QString lastCheckText(const QDateTime &lastCheck);
     void passTableOn();
@@ -63,7 +65,9 @@ public:
     void announceCheck(const QUrl &url);
     void followRedirect(const QUrl &target);
     void failCheck(const QString &errorText);
-    int parseServerResponse(QNetworkReply *reply);
+    void takeSealed(QNetworkReply *reply);
+    void takeCatalogue(QIODevice *catalogue);
+    int parseServerResponse(QIODevice *catalogue);
     void productUpToDate();
     void showNotification(const QString &text);
     void offerNothing();
@@ -85,8 +89,11 @@ public:
     SoftwareUpdateClient *const q;
     QPointer<QWidget> parentWidget;
     QScopedPointer<QNetworkAccessManager, HttpThreads::Release> networkManager; // exists while a check waits
-    QList<QNetworkRequest> unsent;                                              // until HttpThreads are free
-    QTimer *requestTimer = nullptr;                                             // made by the first check
+    UpdatePolicy policy;
+    Trust trust;
+    QByteArray unsealed;            // the catalogue whose signature is awaited
+    QList<QNetworkRequest> unsent;  // until HttpThreads are free
+    QTimer *requestTimer = nullptr; // made by the first check
     QTimer *const checkTimer;
     PackageInfoList packages;                       // what the last check found; row i of the table is package i
     SoftUpIndexList selectedRows;                   // the row that is being installed

@@ -6,6 +6,8 @@
 #include "LogQt.h"
 #include "SoftwareUpdateDialog.h"
 
+#include <utility>
+
 namespace qv {
 
 bool SoftwareUpdateClient::isCheckDue(int interval, const QDateTime &lastCheck, const QDateTime &now)
@@ -64,6 +66,8 @@ void SoftwareUpdateClient::checkForUpdate()
 void SoftwareUpdateClientPrivate::check(SoftwareUpdateSettings settings)
 {
     settings.lastCheck = QDateTime::currentDateTime();
+    if (!std::exchange(unsealed, QByteArray()).isEmpty())
+        q->deleteNetworkmanager(); // on which the check before this one still waits for a signature
     if (settingsDialog)
         performUpdateCheck(QUrl(settingsDialog->getDialogSettings().serverURL));
     else if (settings.doUpdateCheck)

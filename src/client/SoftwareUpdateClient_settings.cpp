@@ -127,4 +127,20 @@ void SoftwareUpdateClient::setCurrentCameraVersions(const SoftUpCurrentCameraVer
     setCurrentSettings(&settings);
 }
 
+void SoftwareUpdateClient::setPolicy(const UpdatePolicy &policy)
+{
+    d->policy = policy;
+    d->trust.setKeys(policy.trustedKeys);
+    QSettings stored = store();
+    if (d->trust.isSet() && Preferences::mend(stored))
+        d->trust.load(stored);
+}
+
+void SoftwareUpdateClientPrivate::storeSeals()
+{
+    QSettings stored = store();
+    if (Preferences::mend(stored))
+        trust.save(stored);
+}
+
 } // namespace qv

@@ -80,6 +80,14 @@ void DownloadManager::connectRelays()
     qv::connect(&d->httpClient, SIGNAL(downloadProgress(int, int)), this, SIGNAL(downloadProgress(int, int)));
 }
 
+void DownloadManager::setPolicy(const UpdatePolicy &policy)
+{
+    d->policy = policy;
+    d->trust.setKeys(policy.trustedKeys);
+    if (d->trust.isSet())
+        d->lastAnswer.clear();
+}
+
 HttpHost &DownloadManager::server()
 {
     return d->host;

@@ -3,6 +3,7 @@
 #include "HttpHost.h"
 #include "PackageInfo.h"
 #include "RequestData.h"
+#include "UpdatePolicy.h"
 
 #include <QDir>
 #include <QDomElement>
@@ -57,6 +58,11 @@ public:
     DownloadManager();
 
     ~DownloadManager() override;
+
+    /// What this manager does beyond the defaults, from now on; see UpdatePolicy. With trusted keys storeHistory() also
+    /// keeps the serials of the catalogues that were seen, and the catalogue of an earlier run does not count: nobody
+    /// knows whether it was sealed.
+    void setPolicy(const UpdatePolicy &policy);
 
     HttpHost &server();
     const HttpHost &server() const;
@@ -197,12 +203,12 @@ public slots:
 
     /// Fetches @p package into the file @p path, which is overwritten. Emits downloadStarted(), then downloadSuccess()
     /// or downloadFailure(), two of each; a package that announces no size stays silent throughout. The file is never
-    /// removed here.
+    /// removed here, but for one that has not the hash that the package announces (PackageInfo::sha256).
     ///
-    /// Success is a file at least as long as announced, whatever the server's status. A body that is maxSurplusBytes
-    /// longer still is cut there, and a failure; so is a download that takes longer than its size at 1 KiB a second, or
-    /// an hour, and one that would leave less than 64 MiB of the disk free. Deliberate: it leaves for port 80 over
-    /// plain HTTP whatever the URL says.
+    /// Success is a file at least as long as announced, with that hash if there is one, whatever the server's status. A
+    /// body that is maxSurplusBytes longer still is cut there, and a failure; so is a download that takes longer than
+    /// its size at 1 KiB a second, or an hour, and one that would leave less than 64 MiB of the disk free. Deliberate:
+    /// it leaves for port 80 over plain HTTP whatever the URL says.
     void startDownload(const PackageInfo &package, const QString &path);
 
     /// Drops whatever runs, a query too, and the downloads that wait behind it: they emit nothing any more. Emits

@@ -2,7 +2,7 @@
 // what arrived of it.
 #include "DownloadManager_p.h"
 
-#include <QFile>
+#include "HashedFile.h"
 
 #include <algorithm>
 #include <limits>
@@ -11,6 +11,13 @@
 namespace qv {
 
 namespace {
+
+/// Whether @p file holds what @p package announces by its hash, if it announces one.
+bool hasRightHash(const PackageInfo &package, QFile &file)
+{
+    auto *hashed = dynamic_cast<HashedFile *>(&file);
+    return !hashed || hashed->takeHash() == package.sha256;
+}
 
 /// What its size needs at 1 KiB a second, at least an hour.
 int msForPackage(quint64 bytes)
@@ -23,7 +30,7 @@ int msForPackage(quint64 bytes)
 
 void DownloadManager::startDownload(const PackageInfo &package, const QString &path)
 {
-    const auto file = std::make_shared<QFile>(path);
+    const qvb::smart<QFile> file(package.sha256.isEmpty() ? new QFile(path) : new HashedFile(path));
     file->open(QIODevice::WriteOnly); // a failure shows in downloadResult(): no file, no bytes
     const RequestPtr request = d->prepareGet(package.url, this, SLOT(downloadResult(RequestPtr)), file);
     if (package.fileSize != 0) {
@@ -65,20 +72,25 @@ void DownloadManager::downloadResult(const RequestPtr &request)
     d->downloads.removeAll(request);
     auto *package = std::any_cast<PackageInfo>(&request->userData);
     auto *file = qobject_cast<QFile *>(request->outputDevice());
-    // Deliberate: a package without a size has no outcome.
-    if (!package || !file || package->fileSize == 0)
+    if (!package || !file)
         return;
     const QString fileName = file->fileName();
     const bool isOpen = file->isOpen();
     file->close();
+    const bool isRight = isOpen && hasRightHash(*package, *file);
+    if (isOpen && !isRight)
+        file->remove();
+    // Deliberate: a package without a size has no outcome.
+    if (package->fileSize == 0)
+        return;
     const qint64 size = isOpen ? file->size() : 0; // where nothing was written, an older file may lie
     const QPointer<DownloadManager> self(this);
-    if (quint64(size) < quint64(package->fileSize) || request->isCut()) {
+    if (!isRight || quint64(size) < quint64(package->fileSize) || request->isCut()) {
         emit downloadFailure(*package, fileName);
         if (self)
             emit downloadFailure(request->statusCode());
     } else {
-        // Deliberate: the length alone decides, an error page that is long enough is a success.
+        // Deliberate: without a hash the length alone decides, an error page that is long enough is a success.
         package->localFile = fileName;
         emit downloadSuccess(*package, fileName);
         if (self)

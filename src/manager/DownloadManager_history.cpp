@@ -66,6 +66,7 @@ void DownloadManagerPrivate::loadHistory(QSettings &settings, const QString &cac
         return;
     }
     settings.beginGroup(groupName);
+    trust.load(settings);
     lastCheck = Preferences::dateTimeValue(settings, lastCheckKey, QDateTime());
     regularCheck = Preferences::boolValue(settings, regularCheckKey, false);
     host.load(settings);
@@ -115,6 +116,7 @@ void DownloadManager::storeHistory(QSettings &settings, const QString &cacheFile
     settings.remove(oldRegularCheckKey);
     settings.setValue(versionKey, currentVersion);
     d->host.store(settings, false);
+    d->trust.save(settings);
 
     settings.remove(historyKey); // a longer one before leaves nothing behind
     settings.beginWriteArray(historyKey, int(d->history.size()));
@@ -134,7 +136,7 @@ PackageInfoList DownloadManager::recentPackages(const PackageInfo &)
         return PackageInfoList();
     QBuffer input(&d->lastAnswer);
     input.open(QIODevice::ReadOnly);
-    PackageInfoList packages = readCatalogue(&input);
+    PackageInfoList packages = d->read(&input);
     for (PackageInfo &package : packages)
         package.flags |= PackageInfo::PackageKnown;
     return packages;

@@ -4,6 +4,7 @@
 
 #include "DownloadManager.h"
 #include "HttpClient.h"
+#include "Trust.h"
 
 #include <QHash>
 #include <QPointer>
@@ -25,9 +26,13 @@ public:
     void setServer(const QUrl &url);
     void noteProxyInUse();
     RequestPtr prepareGet(const QUrl &url, QObject *receiver, const char *slot, const qvb::smart<QIODevice> &output);
+    PackageInfoList read(QIODevice *catalogue) const;
+    void askForSignature(DownloadManager *manager, const RequestPtr &answered);
     void forgetOldest();
     void loadHistory(QSettings &settings, const QString &cacheFile);
 
+    UpdatePolicy policy;
+    Trust trust;
     HttpClient httpClient;
     HttpHost host;
     QDateTime lastCheck; // when the last answer was handled, local time

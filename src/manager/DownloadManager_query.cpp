@@ -4,12 +4,22 @@
 
 #include "CatalogueReader.h"
 #include "ConnectHelpers.h"
+#include "Minisign.h"
 
 namespace qv {
 
 namespace {
 
 constexpr QLatin1String setCookie("set-cookie");
+constexpr int statusOk = 200;
+constexpr int msSignatureLimit = 15000;
+
+/// A query whose catalogue is there, while its signature is fetched.
+struct Unsealed
+{
+    DownloadManager::RequestData query;
+    QByteArray catalogue;
+};
 
 } // namespace
 
@@ -48,22 +58,61 @@ void DownloadManager::queryResult(const RequestPtr &resp)
 {
     if (!resp)
         return;
+    auto *unsealed = std::any_cast<Unsealed>(&resp->userData);
     const HttpHeader &header = resp->responseHeader();
-    if (header.hasKey(setCookie))
+    if (!unsealed && header.hasKey(setCookie))
         d->cookie = header.value(setCookie);
-    QBuffer *answer = resp->getResponseBuffer();
+    if (!unsealed && d->trust.isSet()) {
+        d->askForSignature(this, resp);
+        return;
+    }
+    QByteArray answer = unsealed ? unsealed->catalogue : resp->getResponseBuffer()->data();
+    if (unsealed) {
+        const QByteArray signature = resp->statusCode() == statusOk ? resp->getResponseBuffer()->data() : QByteArray();
+        if (d->trust.examine(answer, signature).verdict != Seal::Accepted)
+            answer.clear();
+    }
+    QBuffer device(&answer);
+    device.open(QIODevice::ReadOnly);
     const QPointer<DownloadManager> self(this);
-    queryResult(answer, std::any_cast<RequestData>(&resp->userData));
+    queryResult(&device, unsealed ? &unsealed->query : std::any_cast<RequestData>(&resp->userData));
     if (!self)
         return;
-    d->lastAnswer = answer->data();
+    d->lastAnswer = answer;
     resp->userData.reset();
     emit queryFinished();
 }
 
+/// From where the catalogue finally came from, over the same route.
+void DownloadManagerPrivate::askForSignature(DownloadManager *manager, const RequestPtr &answered)
+{
+    QUrl url = signatureUrl(answered->urls().constLast());
+    if (answered->urls().size() == 1) { // not redirected: the server that the credentials are for
+        url.setUserName(host.server.user(), QUrl::DecodedMode);
+        url.setPassword(host.server.password(), QUrl::DecodedMode);
+    }
+    const RequestPtr request = httpClient.prepareGet(url, manager, SLOT(queryResult(RequestPtr)), nullptr, nullptr);
+    request->setMaxBodySize(Minisign::longestSignature + 1);
+    request->setTimeLimit(msSignatureLimit);
+    request->userData = Unsealed { *std::any_cast<DownloadManager::RequestData>(&answered->userData),
+                                   answered->getResponseBuffer()->data() };
+    answered->userData.reset();
+    httpClient.execute(request);
+}
+
+PackageInfoList DownloadManagerPrivate::read(QIODevice *catalogue) const
+{
+    if (trust.isSet() && catalogue->size() == 0) // refused, and that has been told
+        return PackageInfoList();
+    PackageInfoList packages = readCatalogue(catalogue);
+    if (trust.isSet())
+        Trust::keepVouched(packages);
+    return packages;
+}
+
 void DownloadManager::queryResult(QIODevice *input, RequestData *data)
 {
-    PackageInfoList packages = readCatalogue(input);
+    PackageInfoList packages = d->read(input);
     d->lastCheck = QDateTime::currentDateTime();
     const QDateTime now = d->lastCheck.toUTC();
     for (PackageInfo &package : packages) {

@@ -1,0 +1,23 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="fr_FR" sourcelanguage="en_US">
+<context>
+    <name>SoftwareUpdatePolicy</name>
+    <message>
+        <source>The list of updates is not signed. No update can be offered!</source>
+        <translation>La liste des mises à jour n&apos;est pas signée. Aucune mise à jour ne peut être proposée !</translation>
+    </message>
+    <message>
+        <source>The list of updates is not what the publisher signed. No update can be offered!</source>
+        <translation>La liste des mises à jour n&apos;est pas celle que l&apos;éditeur a signée. Aucune mise à jour ne peut être proposée !</translation>
+    </message>
+    <message>
+        <source>The list of updates is older than one that was seen before. No update can be offered!</source>
+        <translation>La liste des mises à jour est plus ancienne qu&apos;une autre déjà reçue. Aucune mise à jour ne peut être proposée !</translation>
+    </message>
+    <message>
+        <source>The list of updates was valid until %1, and your clock says %2. No update can be offered!</source>
+        <translation>La liste des mises à jour était valable jusqu&apos;au %1, et votre horloge indique %2. Aucune mise à jour ne peut être proposée !</translation>
+    </message>
+</context>
+</TS>

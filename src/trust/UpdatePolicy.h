@@ -1,0 +1,24 @@
+#pragma once
+
+#include <QStringList>
+
+namespace qv {
+
+/// What a host wants beyond the defaults, for SoftwareUpdateClient::setPolicy() and DownloadManager::setPolicy(): a
+/// plain value. One as it is made changes nothing.
+/// @code
+/// qv::UpdatePolicy policy;
+/// policy.trustedKeys << "RWQf6LRCGA9i53mlYecO4IzT51TGPpvWucNSCh1CBM0QTaLn73Y7GFO3";
+/// updates.setPolicy(policy);
+/// @endcode
+///
+/// Members are added at the end, and the libraries' major version grows with them.
+struct UpdatePolicy
+{
+    /// Public keys of the minisign tool, the second line of its ".pub" files. With one or more, only catalogues count
+    /// that are sealed with one of them (docs/catalogue.md), and only packages that have a hash and a size. A key that
+    /// is none is told to the log and trusts nobody: with such keys alone nothing is offered.
+    QStringList trustedKeys;
+};
+
+} // namespace qv
