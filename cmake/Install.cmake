@@ -15,6 +15,7 @@ set(QV_PUBLIC_HEADERS
     src/dialogs/SoftwareUpdateAvailableDialog.h
     src/dialogs/SoftwareUpdateDialog.h
     src/manager/DownloadManager.h
+    src/trust/UpdatePolicy.h
     platform/base/ExceptionQt.h
     platform/base/IOException.h
     platform/base/ParseException.h
