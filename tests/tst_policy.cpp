@@ -6,6 +6,7 @@
 #include "Signer.h"
 #include "TestHost.h"
 
+#include <QtNetwork>
 #include <QtWidgets>
 
 using namespace qv;
@@ -25,6 +26,57 @@ QByteArray catalogue(int serial, const QByteArray &packages = application, const
 {
     return "<softwareList serial='" + QByteArray::number(serial) + "' expires='" + expires + "'>" + packages
         + "</softwareList>";
+}
+
+/// The same server over TLS, with a certificate that nobody has signed.
+class TlsServer : public HttpServer
+{
+public:
+    TlsServer()
+    {
+        QProcess::execute("openssl",
+                          { "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-subj", "/CN=127.0.0.1", "-addext",
+                            "subjectAltName=IP:127.0.0.1", "-keyout", folder.filePath("key"), "-out",
+                            folder.filePath("certificate") });
+    }
+
+    QList<QSslCertificate> certificates() const { return QSslCertificate::fromPath(folder.filePath("certificate")); }
+
+private:
+    void incomingConnection(qintptr descriptor) override
+    {
+        auto *socket = new QSslSocket(this);
+        socket->setSocketDescriptor(descriptor);
+        QFile key(folder.filePath("key"));
+        if (key.open(QIODevice::ReadOnly))
+            socket->setPrivateKey(QSslKey(&key, QSsl::Rsa));
+        socket->setLocalCertificate(certificates().value(0));
+        socket->startServerEncryption();
+        addPendingConnection(socket);
+    }
+
+    QTemporaryDir folder;
+};
+
+/// How a download over its own address ended: "success", or "failure" with its reason.
+QString download(const QUrl &url, qint64 size, const QByteArray &body)
+{
+    const QTemporaryDir folder;
+    DownloadManager manager(QUrl("http://127.0.0.1:1/c"));
+    UpdatePolicy policy;
+    policy.followAddresses = true;
+    manager.setPolicy(policy);
+    PackageInfo package;
+    package.url = url;
+    package.fileSize = size;
+    package.sha256 = QCryptographicHash::hash(body, QCryptographicHash::Sha256).toHex();
+    QEventLoop end;
+    QString outcome;
+    QObject::connect(&manager, qOverload<>(&DownloadManager::downloadSuccess), &end, [&] { outcome = "success"; });
+    QObject::connect(&manager, qOverload<int>(&DownloadManager::downloadFailure), &end,
+                     [&](int status) { outcome = QString("failure %1 ").arg(status) + manager.errorText(); });
+    manager.startDownload(package, folder.filePath("p"));
+    return QTest::qWaitFor([&outcome] { return !outcome.isEmpty(); }, 30'000) ? outcome : "no end";
 }
 
 } // namespace
@@ -174,6 +226,56 @@ private slots:
         QCOMPARE(f.check(), QString());
         QCOMPARE(f.server.targets(), QList<QByteArray>({ "/c" }));
         QVERIFY(!TestHost::store().childGroups().contains("seals"));
+    }
+
+    void addresses_data()
+    {
+        columns<HttpAnswer, qint64, QString>("answer", "size", "outcome");
+        const HttpAnswer ten("0123456789");
+        row("exact", ten, qint64(10), QString("success"));
+        row("no size", ten, qint64(0), QString("success"));
+        row("no size, to the end of the connection", HttpAnswer(ten).unannounced(), qint64(0), QString("success"));
+        row("created", HttpAnswer(ten.body, 201), qint64(10), QString("success"));
+        row("error page of the same length", HttpAnswer(ten.body, 404), qint64(10), QString("failure 404"));
+        row("short", ten, qint64(11), QString("failure 200"));
+        row("long", ten, qint64(9), QString("failure 200"));
+        row("dropped, no size", HttpAnswer(ten).dropAfter(5), qint64(0), QString("failure 200"));
+        row("other bytes", HttpAnswer("012345678x"), qint64(10), QString("failure 200"));
+        row("redirect", HttpAnswer::redirect("/there"), qint64(10), QString("success"));
+    }
+    void addresses()
+    {
+        QFETCH(HttpAnswer, answer);
+        QFETCH(qint64, size);
+        QFETCH(QString, outcome);
+        HttpServer server;
+        server.route("/p.zip", answer);
+        server.route("/there", HttpAnswer("0123456789"));
+        const QString seen = download(server.url("/p.zip"), size, "0123456789");
+        QVERIFY2(seen.startsWith(outcome), qPrintable(seen));
+    }
+
+    void certificates()
+    {
+        TlsServer server;
+        server.route("/p.zip", HttpAnswer("0123456789"));
+        HttpServer plain;
+        plain.route("/p.zip", HttpAnswer("0123456789"));
+        server.route("/down", HttpAnswer::redirect(plain.url("/p.zip").toString().toUtf8()));
+        const auto url = [&server](const QString &path) {
+            QUrl url = server.url(path);
+            url.setScheme("https");
+            return url;
+        };
+        QVERIFY(download(url("/p.zip"), 10, "0123456789").contains("certificate"));
+        const QSslConfiguration before = QSslConfiguration::defaultConfiguration();
+        QSslConfiguration trusting = before;
+        trusting.setCaCertificates(server.certificates());
+        QSslConfiguration::setDefaultConfiguration(trusting);
+        QCOMPARE(download(url("/p.zip"), 10, "0123456789"), QString("success"));
+        QVERIFY(download(url("/down"), 10, "0123456789").startsWith("failure"));
+        QVERIFY(plain.requests.isEmpty());
+        QSslConfiguration::setDefaultConfiguration(before);
     }
 };
 

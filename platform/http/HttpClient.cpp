@@ -270,6 +270,9 @@ void HttpClient::readBody()
         const int refused = refusedChallenge(*reply);
         if (refused != 0 || isLeftOver(current->status, reply->error()))
             current->status = refused;
+        current->whole = reply->error() == QNetworkReply::NoError;
+        if (!current->whole)
+            current->error = reply->errorString();
         endRequest();
     }
 }

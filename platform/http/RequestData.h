@@ -52,6 +52,12 @@ public:
     /// The body was longer than the request takes: what is there is its beginning.
     bool isCut() const { return cut; }
 
+    /// The answer came to its end as HTTP tells it, with a status that is no error.
+    bool isWhole() const { return whole; }
+
+    /// Why it did not, in Qt's words, those of TLS among them; empty where nobody had to tell Qt.
+    QString errorText() const { return error; }
+
     /// How long the request may take in all, however busy its server is; then it ends as one whose server fell silent.
     /// 0: as long as it likes. Unless set: msKeptLimit for a body that stays in the request, no limit with an output
     /// device.
@@ -86,6 +92,8 @@ private:
     qint64 nextLookAtDisk = 0;
     qint64 announced = -1;
     bool cut = false;
+    bool whole = false;
+    QString error;
 };
 
 /// The shared handle of one request.

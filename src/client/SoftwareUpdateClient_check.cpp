@@ -7,6 +7,7 @@
 #include "HttpLogin.h"
 #include "LogQt.h"
 #include "Offer.h"
+#include "PolicyTexts.h"
 #include "SoftwareUpdateAvailableDialog.h"
 #include "SoftwareUpdateDialog.h"
 #include "StringUtils.h"
@@ -149,7 +150,7 @@ void SoftwareUpdateClientPrivate::takeSealed(QNetworkReply *reply)
     const Seal seal = trust.examine(catalogue, isMissing(*reply) ? QByteArray() : reply->readAll());
     if (seal.verdict != Seal::Accepted) {
         packages.clear();
-        showNotification(Trust::refusal(seal));
+        showNotification(refusalText(seal));
         offerNothing();
         return;
     }

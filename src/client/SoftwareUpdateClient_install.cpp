@@ -8,6 +8,7 @@
 #include "FileUtils.h"
 #include "Kinds.h"
 #include "LogQt.h"
+#include "PolicyTexts.h"
 #include "SoftwareUpdateAvailableDialog.h"
 #include "StringUtils.h"
 
@@ -83,7 +84,11 @@ void SoftwareUpdateClient::installPackage(int row)
     }
 
     const QNetworkProxy proxy = networkProxy();
-    const HttpHost host(HttpAccess(), HttpAccess(proxy.hostName(), proxy.port(), QString(), QString()), QString());
+    // Deliberate: by default without the proxy's credentials.
+    const HttpAccess route = d->policy.followAddresses
+        ? HttpAccess(proxy.hostName(), proxy.port(), proxy.user(), proxy.password())
+        : HttpAccess(proxy.hostName(), proxy.port(), QString(), QString());
+    const HttpHost host(HttpAccess(), route, QString());
     // Deliberate: nobody keeps or frees the manager.
     auto *manager = new DownloadManager(host, QString());
     manager->setPolicy(d->policy);
@@ -175,9 +180,13 @@ void SoftwareUpdateClient::downloadFinished()
 
 void SoftwareUpdateClient::downloadError(int httpStatusCode)
 {
+    const auto *manager = qobject_cast<DownloadManager *>(sender());
+    const QString reason = manager && d->policy.followAddresses ? manager->errorText() : QString();
     d->failDownload(d->takeDownload(sender()),
-                    QCoreApplication::translate("SoftwareUpdateClient", "Error downloading! Http status code %1")
-                        .arg(httpStatusCode));
+                    reason.isEmpty()
+                        ? QCoreApplication::translate("SoftwareUpdateClient", "Error downloading! Http status code %1")
+                              .arg(httpStatusCode)
+                        : downloadFailureText(reason));
 }
 
 void SoftwareUpdateClientPrivate::failDownload(const Download &download, const QString &text)

@@ -129,6 +129,11 @@ bool DownloadManager::isQueryBusy() const
     return d->httpClient.isExecutingRequest();
 }
 
+QString DownloadManager::errorText() const
+{
+    return d->errorText;
+}
+
 bool DownloadManager::isRegularCheck() const
 {
     return d->regularCheck;

@@ -208,8 +208,12 @@ public slots:
     /// Success is a file at least as long as announced, with that hash if there is one, whatever the server's status. A
     /// body that is maxSurplusBytes longer still is cut there, and a failure; so is a download that takes longer than
     /// its size at 1 KiB a second, or an hour, and one that would leave less than 64 MiB of the disk free. Deliberate:
-    /// it leaves for port 80 over plain HTTP whatever the URL says.
+    /// it leaves for port 80 over plain HTTP whatever the URL says. A policy may say otherwise
+    /// (UpdatePolicy::followAddresses).
     void startDownload(const PackageInfo &package, const QString &path);
+
+    /// What kept the last download from coming to its end, in Qt's words; empty where the transfer itself did not fail.
+    QString errorText() const;
 
     /// Drops whatever runs, a query too, and the downloads that wait behind it: they emit nothing any more. Emits
     /// downloadAborted() in any case. What came of a file stays on the disk.

@@ -3,6 +3,8 @@
 #include "DownloadManager_p.h"
 
 #include "HashedFile.h"
+#include "LogQt.h"
+#include "StringUtils.h"
 
 #include <algorithm>
 #include <limits>
@@ -33,7 +35,9 @@ void DownloadManager::startDownload(const PackageInfo &package, const QString &p
     const qvb::smart<QFile> file(package.sha256.isEmpty() ? new QFile(path) : new HashedFile(path));
     file->open(QIODevice::WriteOnly); // a failure shows in downloadResult(): no file, no bytes
     const RequestPtr request = d->prepareGet(package.url, this, SLOT(downloadResult(RequestPtr)), file);
-    if (package.fileSize != 0) {
+    if (d->policy.followAddresses && package.fileSize > 0) {
+        request->setMaxBodySize(package.fileSize);
+    } else if (package.fileSize != 0) {
         constexpr quint64 most = std::numeric_limits<qint64>::max() - maxSurplusBytes;
         request->setMaxBodySize(qint64(std::min(quint64(package.fileSize), most)) + maxSurplusBytes);
     }
@@ -46,13 +50,30 @@ void DownloadManager::startDownload(const PackageInfo &package, const QString &p
 RequestPtr DownloadManagerPrivate::prepareGet(const QUrl &url, QObject *receiver, const char *slot,
                                               const qvb::smart<QIODevice> &output)
 {
+    httpClient.setHost(host);
+    if (policy.followAddresses)
+        return httpClient.prepareGet(url, receiver, slot, output.get(), output);
     // Deliberate: port 80 and plain HTTP whatever the URL says.
     QUrl target = url;
     target.setScheme(QStringLiteral("http"));
     target.setPort(-1);
     target.setUserInfo(QString());
-    httpClient.setHost(host);
     return httpClient.prepareGet(target, receiver, slot, output.get(), output);
+}
+
+/// Deliberate: a package without a size has no outcome.
+bool DownloadManagerPrivate::isTold(const PackageInfo &package) const
+{
+    return package.fileSize != 0 || policy.followAddresses;
+}
+
+bool DownloadManagerPrivate::isComplete(const PackageInfo &package, const qv::RequestData &request, qint64 size) const
+{
+    constexpr int success = 2; // hundred
+    if (policy.followAddresses)
+        return request.statusCode() / 100 == success && request.isWhole()
+            && (package.fileSize == 0 || size == package.fileSize);
+    return quint64(size) >= quint64(package.fileSize) && !request.isCut();
 }
 
 void DownloadManager::downloadStarting(const RequestPtr &request)
@@ -61,7 +82,7 @@ void DownloadManager::downloadStarting(const RequestPtr &request)
         return;
     const auto *package = std::any_cast<PackageInfo>(&request->userData);
     const auto *file = qobject_cast<QFile *>(request->outputDevice());
-    if (package && file && package->fileSize != 0)
+    if (package && file && d->isTold(*package))
         emit downloadStarted(*package, file->fileName());
 }
 
@@ -80,12 +101,16 @@ void DownloadManager::downloadResult(const RequestPtr &request)
     const bool isRight = isOpen && hasRightHash(*package, *file);
     if (isOpen && !isRight)
         file->remove();
-    // Deliberate: a package without a size has no outcome.
-    if (package->fileSize == 0)
+    if (!d->isTold(*package))
         return;
     const qint64 size = isOpen ? file->size() : 0; // where nothing was written, an older file may lie
     const QPointer<DownloadManager> self(this);
-    if (!isRight || quint64(size) < quint64(package->fileSize) || request->isCut()) {
+    d->errorText = request->errorText();
+    if (!d->errorText.isEmpty() && d->policy.followAddresses)
+        LogQt::write(Log::Error,
+                     QStringLiteral("DownloadManager::downloadResult() -> %1: %2")
+                         .arg(StringUtils::withoutPassword(package->url), d->errorText));
+    if (!isRight || !d->isComplete(*package, *request, size)) {
         emit downloadFailure(*package, fileName);
         if (self)
             emit downloadFailure(request->statusCode());

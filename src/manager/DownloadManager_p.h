@@ -28,6 +28,8 @@ public:
     RequestPtr prepareGet(const QUrl &url, QObject *receiver, const char *slot, const qvb::smart<QIODevice> &output);
     PackageInfoList read(QIODevice *catalogue) const;
     void askForSignature(DownloadManager *manager, const RequestPtr &answered);
+    bool isTold(const PackageInfo &package) const;
+    bool isComplete(const PackageInfo &package, const qv::RequestData &request, qint64 size) const;
     void forgetOldest();
     void loadHistory(QSettings &settings, const QString &cacheFile);
 
@@ -40,6 +42,7 @@ public:
     QByteArray lastAnswer;
     QHash<QString, QDateTime> history; // by PackageInfo::stringID(): when first seen, UTC
     QString cookie;                    // kept, read by nothing
+    QString errorText;                 // of the last download that ended
     QList<RequestPtr> downloads;       // from startDownload() to their end, waiting or running
     Unzipper *unzipper = nullptr;      // from the first unzipPackage() on; a child of the manager
     PackageInfo installPackageInfo;

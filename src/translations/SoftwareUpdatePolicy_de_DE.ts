@@ -19,5 +19,9 @@
         <source>The list of updates was valid until %1, and your clock says %2. No update can be offered!</source>
         <translation>Die Liste der Updates galt bis %1, und Ihre Uhr zeigt %2. Es kann kein Update angeboten werden!</translation>
     </message>
+    <message>
+        <source>Error downloading! %1</source>
+        <translation>Fehler beim Herunterladen! %1</translation>
+    </message>
 </context>
 </TS>

@@ -19,5 +19,9 @@
         <source>The list of updates was valid until %1, and your clock says %2. No update can be offered!</source>
         <translation>La liste des mises à jour était valable jusqu&apos;au %1, et votre horloge indique %2. Aucune mise à jour ne peut être proposée !</translation>
     </message>
+    <message>
+        <source>Error downloading! %1</source>
+        <translation>Erreur de téléchargement ! %1</translation>
+    </message>
 </context>
 </TS>

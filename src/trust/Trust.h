@@ -21,9 +21,6 @@ public:
     /// is, remembers the seal for as long as this object lives.
     Seal examine(const QByteArray &catalogue, const QByteArray &signature);
 
-    /// What users read of one that is not.
-    static QString refusal(const Seal &seal);
-
     /// Leaves those that have all that the seal vouches for: a hash and a size.
     static void keepVouched(PackageInfoList &packages);
 

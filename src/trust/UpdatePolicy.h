@@ -19,6 +19,12 @@ struct UpdatePolicy
     /// that are sealed with one of them (docs/catalogue.md), and only packages that have a hash and a size. A key that
     /// is none is told to the log and trusts nobody: with such keys alone nothing is offered.
     QStringList trustedKeys;
+
+    /// Packages and release notes come from their URLs as these stand, scheme, port and credentials too, and not from
+    /// port 80: over up to ten redirects, never from https to http, through the proxy with its credentials. A package
+    /// is there when the status is 2xx and the size exactly the announced one; without one, when the answer came to its
+    /// end as HTTP tells it, and then its outcome is told, too. Certificates are checked always.
+    bool followAddresses = false;
 };
 
 } // namespace qv
