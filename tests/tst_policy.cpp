@@ -58,25 +58,68 @@ private:
     QTemporaryDir folder;
 };
 
-/// How a download over its own address ended: "success", or "failure" with its reason.
+/// A download over its own address, with what the policy gives.
+struct Download
+{
+    explicit Download(const QByteArray &body, int attempts = 4) : body(body), manager(QUrl("http://127.0.0.1:1/c"))
+    {
+        UpdatePolicy policy;
+        policy.followAddresses = true;
+        policy.downloadAttempts = attempts;
+        manager.setPolicy(policy);
+        package.fileSize = body.size();
+        package.sha256 = QCryptographicHash::hash(body, QCryptographicHash::Sha256).toHex();
+        QObject::connect(&manager, qOverload<>(&DownloadManager::downloadSuccess), &manager,
+                         [this] { outcome = "success"; });
+        QObject::connect(&manager, qOverload<int>(&DownloadManager::downloadFailure), &manager,
+                         [this](int status) { outcome = QString("failure %1 ").arg(status) + manager.errorText(); });
+        QObject::connect(&manager, &DownloadManager::downloadProgress, &manager, [](int bytes, int total) {
+            if (total >= 0 && bytes > total)
+                qFatal("more than all");
+        });
+    }
+
+    /// From the server, which gives one answer after the other.
+    void start()
+    {
+        const auto next = [this] { server.route("/p", answers.isEmpty() ? last : answers.takeFirst()); };
+        next();
+        QObject::connect(&server, &HttpServer::answered, &manager, next);
+        package.url = server.url("/p");
+        manager.startDownload(package, path());
+    }
+
+    /// How it ended: "success", or "failure" with its reason.
+    QString from(const QUrl &url)
+    {
+        package.url = url;
+        manager.startDownload(package, path());
+        return QTest::qWaitFor([this] { return !outcome.isEmpty(); }, 30'000) ? outcome : "no end";
+    }
+
+    QString path() const { return folder.filePath("p"); }
+    bool isRight() const
+    {
+        QFile file(path());
+        return file.open(QIODevice::ReadOnly) && file.readAll() == body;
+    }
+
+    const QByteArray body;
+    QTemporaryDir folder;
+    HttpServer server;
+    QList<HttpAnswer> answers;
+    HttpAnswer last;
+    DownloadManager manager;
+    PackageInfo package;
+    QString outcome;
+    int expectedRequests = 0;
+};
+
 QString download(const QUrl &url, qint64 size, const QByteArray &body)
 {
-    const QTemporaryDir folder;
-    DownloadManager manager(QUrl("http://127.0.0.1:1/c"));
-    UpdatePolicy policy;
-    policy.followAddresses = true;
-    manager.setPolicy(policy);
-    PackageInfo package;
-    package.url = url;
-    package.fileSize = size;
-    package.sha256 = QCryptographicHash::hash(body, QCryptographicHash::Sha256).toHex();
-    QEventLoop end;
-    QString outcome;
-    QObject::connect(&manager, qOverload<>(&DownloadManager::downloadSuccess), &end, [&] { outcome = "success"; });
-    QObject::connect(&manager, qOverload<int>(&DownloadManager::downloadFailure), &end,
-                     [&](int status) { outcome = QString("failure %1 ").arg(status) + manager.errorText(); });
-    manager.startDownload(package, folder.filePath("p"));
-    return QTest::qWaitFor([&outcome] { return !outcome.isEmpty(); }, 30'000) ? outcome : "no end";
+    Download one(body, 1);
+    one.package.fileSize = size;
+    return one.from(url);
 }
 
 } // namespace
@@ -276,6 +319,59 @@ private slots:
         QVERIFY(download(url("/down"), 10, "0123456789").startsWith("failure"));
         QVERIFY(plain.requests.isEmpty());
         QSslConfiguration::setDefaultConfiguration(before);
+    }
+
+    // All at once, as each waits for a second: cut at any place, gone on with or begun anew, and never with other
+    // bytes.
+    void brokenDownloads()
+    {
+        QRandomGenerator random(7);
+        QByteArray body(1'000'000, Qt::Uninitialized);
+        random.generate(body.begin(), body.end());
+        enum Kind { Whole, Cut, CutTwice, NoTag, Changed, Refused, Unavailable, kinds };
+        std::vector<std::unique_ptr<Download>> downloads;
+        for (int i = 0; i < 10 * kinds; ++i) {
+            auto one = std::make_unique<Download>(body);
+            const Kind kind = Kind(i % kinds);
+            const HttpAnswer whole = HttpAnswer(body).ranges("\"a\"");
+            const qint64 place = 1 + random.bounded(body.size() - 2);
+            HttpAnswer first = HttpAnswer(whole).dropAfter(place);
+            if (kind == NoTag)
+                first = HttpAnswer(body).dropAfter(place);
+            if (kind == Unavailable)
+                first = HttpAnswer("later", 503);
+            if (kind == Whole)
+                first = whole;
+            HttpAnswer second = kind == CutTwice ? HttpAnswer(whole).dropAfter((body.size() - place) / 2) : whole;
+            if (kind == Changed)
+                second = HttpAnswer(body).ranges("\"b\"");
+            if (kind == Refused)
+                second = HttpAnswer("no such range", 416);
+            one->answers = { first, second };
+            one->last = whole;
+            one->expectedRequests = kind == Whole ? 1 : kind == CutTwice || kind == Refused ? 3 : 2;
+            one->start();
+            downloads.push_back(std::move(one));
+        }
+        for (const auto &one : downloads) {
+            QVERIFY(QTest::qWaitFor([&one] { return !one->outcome.isEmpty(); }, 60'000));
+            QCOMPARE(one->outcome, QString("success"));
+            QCOMPARE(one->server.requests.size(), one->expectedRequests);
+            QVERIFY(one->isRight());
+        }
+    }
+
+    void cancelledInThePause()
+    {
+        Download one("0123456789");
+        one.answers = { HttpAnswer("0123456789").ranges("\"a\"").dropAfter(5) };
+        one.start();
+        QTRY_VERIFY(QFileInfo(one.path()).size() == 5);
+        QSignalSpy aborted(&one.manager, &DownloadManager::downloadAborted);
+        QTRY_VERIFY(one.manager.isQueryBusy() && one.manager.findChild<QTimer *>());
+        one.manager.abortDownload();
+        QCOMPARE(aborted.size(), 1);
+        QVERIFY(!one.manager.isQueryBusy() && one.outcome.isEmpty());
     }
 };
 

@@ -64,6 +64,16 @@ bool isLeftOver(int status, QNetworkReply::NetworkError error)
         && error != QNetworkReply::TooManyRedirectsError && error != QNetworkReply::InsecureRedirectError;
 }
 
+/// Whether the same request may end better another time.
+bool mightPass(QNetworkReply::NetworkError error)
+{
+    const bool isOfTheWay = error != QNetworkReply::NoError && error <= QNetworkReply::UnknownProxyError
+        && error != QNetworkReply::ProxyAuthenticationRequiredError;
+    const bool isDecided = error == QNetworkReply::SslHandshakeFailedError
+        || error == QNetworkReply::TooManyRedirectsError || error == QNetworkReply::InsecureRedirectError;
+    return (isOfTheWay && !isDecided) || error >= QNetworkReply::InternalServerError;
+}
+
 HttpHeader headerOf(const QNetworkReply &reply)
 {
     HttpHeader header;
@@ -223,7 +233,12 @@ void HttpClient::ask()
         return;
     if (!network)
         network = new QNetworkAccessManager(this);
-    reply = getWithLogin(*network, networkRequest(current->address), routeOf(current->host));
+    QNetworkRequest request = networkRequest(current->address);
+    if (current->resumedAt > 0) {
+        request.setRawHeader("Range", "bytes=" + QByteArray::number(current->resumedAt) + '-');
+        request.setRawHeader("If-Range", current->ifRange);
+    }
+    reply = getWithLogin(*network, request, routeOf(current->host));
     reply->setReadBufferSize(readBufferBytes);
     connect(reply, &QNetworkReply::redirected, this, [this](const QUrl &to) {
         if (!to.userInfo().isEmpty()) { // which Qt would use there
@@ -249,6 +264,8 @@ void HttpClient::readHead()
 
 void HttpClient::readBody()
 {
+    if (current->resumedAt > 0 && reply->bytesAvailable() > 0)
+        current->begin(headerOf(*reply));
     std::array<char, pieceBytes> piece;
     qint64 bytes = 0;
     while (reply && reply->isOpen() && bytes < roundBytes) {
@@ -271,6 +288,7 @@ void HttpClient::readBody()
         if (refused != 0 || isLeftOver(current->status, reply->error()))
             current->status = refused;
         current->whole = reply->error() == QNetworkReply::NoError;
+        current->broken = mightPass(reply->error());
         if (!current->whole)
             current->error = reply->errorString();
         endRequest();

@@ -6,6 +6,7 @@
 #include <QStringList>
 
 #include <algorithm>
+#include <utility>
 
 #include <sys/statvfs.h>
 
@@ -38,6 +39,7 @@ bool isLatin1(const QString &charset)
     return names.contains(charset);
 }
 
+constexpr qint64 mostUnwanted = 1024LL * 1024;
 constexpr qint64 bytesBetweenLooks = 4LL * 1024 * 1024;
 constexpr quint64 diskReserve = 64ULL * 1024 * 1024; // left to everybody else
 
@@ -62,12 +64,45 @@ QString RequestData::getResponseText() const
     return isLatin1(charset) ? QString::fromLatin1(buffer.data()) : QString::fromUtf8(buffer.data());
 }
 
+void RequestData::resumeAt(qint64 bytes, const QByteArray &validator)
+{
+    resumedAt = bytes;
+    ifRange = validator;
+}
+
+QByteArray RequestData::validator() const
+{
+    const QString tag = header.value(QStringLiteral("ETag"));
+    return (tag.startsWith(QLatin1Char('"')) ? tag : header.value(QStringLiteral("Last-Modified"))).toLatin1();
+}
+
+// Says where a resumed body belongs: behind what is there, in its place, or nowhere.
+void RequestData::begin(const HttpHeader &head)
+{
+    constexpr int ok = 200, partialContent = 206;
+    if (std::exchange(isBegun, true) || resumedAt == 0)
+        return;
+    auto *file = qobject_cast<QFileDevice *>(output.data());
+    const QString range = QStringLiteral("bytes %1-").arg(resumedAt);
+    if (status == partialContent
+        && head.value(QStringLiteral("Content-Range")).startsWith(range, Qt::CaseInsensitive)) {
+        received = resumedAt;
+        announced += announced < 0 ? 0 : resumedAt;
+    } else if (status == ok && file && file->seek(0) && file->resize(0)) {
+        resumedAt = 0;
+    } else {
+        isUnwanted = true;
+    }
+}
+
 // False when the request is to end here: the target takes no more, or the body has got too long, for its disk too.
 bool RequestData::append(const char *bytes, qint64 size)
 {
     QIODevice *target = isKept ? &buffer : output.data();
     if (!target || !target->isWritable())
         return false;
+    if (isUnwanted)
+        return (unwantedBytes += size) < mostUnwanted;
     if (received >= nextLookAtDisk) {
         nextLookAtDisk += bytesBetweenLooks;
         if (isDiskFull(qobject_cast<QFileDevice *>(target)))

@@ -33,6 +33,9 @@ public:
     /// Where the body goes: null while it stays in the request, and when the device was deleted.
     QIODevice *outputDevice() const { return output; }
 
+    /// What keeps that alive with the request; may be null.
+    qvb::smart<QIODevice> deviceHandle() const { return outputHandle; }
+
     /// The body, or what arrived of it, where there is no output device. Owned by the request, open for reading.
     QBuffer *getResponseBuffer() { return &buffer; }
 
@@ -52,8 +55,24 @@ public:
     /// The body was longer than the request takes: what is there is its beginning.
     bool isCut() const { return cut; }
 
+    /// For an output device that holds the first @p bytes of the body already: asks for what is behind them, if the
+    /// body is still the one that @p validator stands for (RFC 9110, Range and If-Range: a strong ETag or a
+    /// Last-Modified). Where the server sends the whole body, that takes the place of what is there; any other answer
+    /// ends the request and leaves it alone.
+    void resumeAt(qint64 bytes, const QByteArray &validator);
+
+    /// After resumeAt(): those first bytes are still there.
+    bool isResumed() const { return resumedAt > 0; }
+
+    /// What resumeAt() takes, from the head of the answer; empty where the server gives nothing to go by.
+    QByteArray validator() const;
+
     /// The answer came to its end as HTTP tells it, with a status that is no error.
     bool isWhole() const { return whole; }
+
+    /// It did not, and might another time: the way there broke, or the server fell silent or has no answer for now
+    /// (5xx).
+    bool isBroken() const { return broken; }
 
     /// Why it did not, in Qt's words, those of TLS among them; empty where nobody had to tell Qt.
     QString errorText() const { return error; }
@@ -69,6 +88,7 @@ public:
 
 private:
     friend class HttpClient;
+    void begin(const HttpHeader &head);
     bool append(const char *bytes, qint64 size);
     void flush();
 
@@ -85,6 +105,12 @@ private:
     bool isKept = true; // the body stays here
     QBuffer buffer;
 
+    qint64 resumedAt = 0;
+    QByteArray ifRange;
+    bool isBegun = false;    // the body
+    bool isUnwanted = false; // that of an error, or another part
+    qint64 unwantedBytes = 0;
+
     int status = 0;
     HttpHeader header;
     QList<QUrl> visited;
@@ -93,6 +119,7 @@ private:
     qint64 announced = -1;
     bool cut = false;
     bool whole = false;
+    bool broken = true;
     QString error;
 };
 

@@ -126,7 +126,7 @@ void DownloadManagerPrivate::noteProxyInUse()
 
 bool DownloadManager::isQueryBusy() const
 {
-    return d->httpClient.isExecutingRequest();
+    return d->httpClient.isExecutingRequest() || !d->pauses.isEmpty();
 }
 
 QString DownloadManager::errorText() const

@@ -7,6 +7,7 @@
 #include "StringUtils.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 #include <utility>
 
@@ -34,17 +35,63 @@ void DownloadManager::startDownload(const PackageInfo &package, const QString &p
 {
     const qvb::smart<QFile> file(package.sha256.isEmpty() ? new QFile(path) : new HashedFile(path));
     file->open(QIODevice::WriteOnly); // a failure shows in downloadResult(): no file, no bytes
-    const RequestPtr request = d->prepareGet(package.url, this, SLOT(downloadResult(RequestPtr)), file);
-    if (d->policy.followAddresses && package.fileSize > 0) {
+    d->fetch(this, { package, 1, QByteArray() }, file);
+}
+
+/// Goes on behind what is in the @p file, if there is a validator.
+void DownloadManagerPrivate::fetch(DownloadManager *manager, const PackageDownload &download,
+                                   const qvb::smart<QFile> &file)
+{
+    const PackageInfo &package = download.package;
+    const RequestPtr request = prepareGet(package.url, manager, SLOT(downloadResult(RequestPtr)), file);
+    if (!download.validator.isEmpty())
+        request->resumeAt(file->size(), download.validator);
+    if (policy.followAddresses && package.fileSize > 0) {
         request->setMaxBodySize(package.fileSize);
     } else if (package.fileSize != 0) {
-        constexpr quint64 most = std::numeric_limits<qint64>::max() - maxSurplusBytes;
-        request->setMaxBodySize(qint64(std::min(quint64(package.fileSize), most)) + maxSurplusBytes);
+        constexpr quint64 most = std::numeric_limits<qint64>::max() - DownloadManager::maxSurplusBytes;
+        request->setMaxBodySize(qint64(std::min(quint64(package.fileSize), most)) + DownloadManager::maxSurplusBytes);
     }
     request->setTimeLimit(msForPackage(quint64(package.fileSize)));
-    request->userData = package;
-    d->downloads.append(request);
-    d->httpClient.execute(request);
+    request->userData = download;
+    downloads.append(request);
+    httpClient.execute(request);
+}
+
+/// False where the policy has no further attempt at it, or a further one would end alike.
+bool DownloadManagerPrivate::fetchLater(DownloadManager *manager, const RequestPtr &broken)
+{
+    constexpr int serverError = 5, partialContent = 206, rangeNotSatisfiable = 416, factor = 3;
+    auto download = std::any_cast<PackageDownload>(broken->userData);
+    const auto file = std::dynamic_pointer_cast<QFile>(broken->deviceHandle());
+    const int status = broken->statusCode();
+    const bool isMisfit =
+        broken->isResumed() && broken->bodySize() == 0 && (status == partialContent || status == rangeNotSatisfiable);
+    const bool isBroken = broken->isBroken() && !broken->isCut();
+    if (!file->isOpen() || (!isMisfit && (!isBroken || download.attempt >= policy.downloadAttempts)))
+        return false;
+
+    int msPause = 0;
+    if (isMisfit) {
+        download.validator.clear();
+    } else {
+        if (!broken->isResumed())
+            download.validator = status / 100 == serverError ? QByteArray() : broken->validator();
+        msPause = int(1000 * std::pow(factor, download.attempt - 1));
+        ++download.attempt;
+    }
+    if (download.validator.isEmpty() && (!file->seek(0) || !file->resize(0)))
+        return false;
+    auto *pause = new QTimer(manager);
+    pauses.append(pause);
+    pause->setSingleShot(true);
+    QObject::connect(pause, &QTimer::timeout, manager, [=] {
+        pauses.removeAll(pause);
+        pause->deleteLater();
+        fetch(manager, download, file);
+    });
+    pause->start(msPause);
+    return true;
 }
 
 RequestPtr DownloadManagerPrivate::prepareGet(const QUrl &url, QObject *receiver, const char *slot,
@@ -80,10 +127,10 @@ void DownloadManager::downloadStarting(const RequestPtr &request)
 {
     if (!request)
         return;
-    const auto *package = std::any_cast<PackageInfo>(&request->userData);
+    const auto *download = std::any_cast<PackageDownload>(&request->userData);
     const auto *file = qobject_cast<QFile *>(request->outputDevice());
-    if (package && file && d->isTold(*package))
-        emit downloadStarted(*package, file->fileName());
+    if (download && file && download->attempt == 1 && d->isTold(download->package))
+        emit downloadStarted(download->package, file->fileName());
 }
 
 void DownloadManager::downloadResult(const RequestPtr &request)
@@ -91,9 +138,12 @@ void DownloadManager::downloadResult(const RequestPtr &request)
     if (!request)
         return;
     d->downloads.removeAll(request);
-    auto *package = std::any_cast<PackageInfo>(&request->userData);
+    auto *download = std::any_cast<PackageDownload>(&request->userData);
     auto *file = qobject_cast<QFile *>(request->outputDevice());
-    if (!package || !file)
+    if (!download || !file)
+        return;
+    auto *package = &download->package;
+    if (!d->isComplete(*package, *request, file->size()) && d->fetchLater(this, request))
         return;
     const QString fileName = file->fileName();
     const bool isOpen = file->isOpen();
@@ -126,6 +176,7 @@ void DownloadManager::downloadResult(const RequestPtr &request)
 
 void DownloadManager::abortDownload()
 {
+    qDeleteAll(std::exchange(d->pauses, {}));
     d->httpClient.reset(); // first: later it would meet what waited behind the download
     for (const RequestPtr &request : std::exchange(d->downloads, {}))
         d->httpClient.drop(request);

@@ -6,8 +6,10 @@
 #include "HttpClient.h"
 #include "Trust.h"
 
+#include <QFile>
 #include <QHash>
 #include <QPointer>
+#include <QTimer>
 
 namespace qv {
 
@@ -20,6 +22,14 @@ struct Q_DECL_HIDDEN DownloadManager::RequestData
     QByteArray callbackSlot; // null: nobody is called
 };
 
+/// What the request of a package carries.
+struct PackageDownload
+{
+    PackageInfo package;
+    int attempt = 1;
+    QByteArray validator; // of what is there
+};
+
 class DownloadManagerPrivate
 {
 public:
@@ -28,6 +38,8 @@ public:
     RequestPtr prepareGet(const QUrl &url, QObject *receiver, const char *slot, const qvb::smart<QIODevice> &output);
     PackageInfoList read(QIODevice *catalogue) const;
     void askForSignature(DownloadManager *manager, const RequestPtr &answered);
+    void fetch(DownloadManager *manager, const PackageDownload &download, const qvb::smart<QFile> &file);
+    bool fetchLater(DownloadManager *manager, const RequestPtr &broken);
     bool isTold(const PackageInfo &package) const;
     bool isComplete(const PackageInfo &package, const qv::RequestData &request, qint64 size) const;
     void forgetOldest();
@@ -44,6 +56,7 @@ public:
     QString cookie;                    // kept, read by nothing
     QString errorText;                 // of the last download that ended
     QList<RequestPtr> downloads;       // from startDownload() to their end, waiting or running
+    QList<QTimer *> pauses;            // before the next attempts; children of the manager
     Unzipper *unzipper = nullptr;      // from the first unzipPackage() on; a child of the manager
     PackageInfo installPackageInfo;
     struct

@@ -17,6 +17,13 @@ QByteArray HashedFile::takeHash()
     return QByteArray(reinterpret_cast<const char *>(hash.data()), int(hash.size())).toHex();
 }
 
+bool HashedFile::seek(qint64 position)
+{
+    if (position == 0)
+        crypto_hash_sha256_init(&state);
+    return QFile::seek(position);
+}
+
 qint64 HashedFile::writeData(const char *bytes, qint64 size)
 {
     const qint64 written = QFile::writeData(bytes, size);

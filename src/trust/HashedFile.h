@@ -7,7 +7,7 @@
 namespace qv {
 
 /// A file that computes the SHA-256 (FIPS 180-4) of what is written to it, as it is written: from its first byte to its
-/// last, without a seek between. Reading is not for it.
+/// last; a seek to the first begins anew, no other is for it, nor is reading.
 class HashedFile : public QFile
 {
 public:
@@ -15,6 +15,8 @@ public:
 
     /// Of all that was written, as 64 hexadecimal digits in lower case. To be called once, when the file is closed.
     QByteArray takeHash();
+
+    bool seek(qint64 position) override;
 
 protected:
     qint64 writeData(const char *bytes, qint64 size) override;

@@ -25,6 +25,11 @@ struct UpdatePolicy
     /// is there when the status is 2xx and the size exactly the announced one; without one, when the answer came to its
     /// end as HTTP tells it, and then its outcome is told, too. Certificates are checked always.
     bool followAddresses = false;
+
+    /// How often a package is asked for: where a connection breaks off, a server falls silent or cannot answer (5xx),
+    /// the download goes on where it stopped after 1 second, the next time after 3, 9, 27... It begins anew where the
+    /// server does not say that the file is the same (a strong ETag or Last-Modified) or sends all of it.
+    int downloadAttempts = 1;
 };
 
 } // namespace qv

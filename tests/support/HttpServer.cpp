@@ -35,6 +35,7 @@ private:
         isHoldTold = false;
         sent = -1;
         server->requests.append(request);
+        emit server->answered();
         write();
     }
 
@@ -141,5 +142,14 @@ HttpAnswer HttpServer::answerTo(const HttpTestRequest &request) const
     if (!proxyLogin.isEmpty() && request.headers.value("proxy-authorization") != proxyLogin)
         return HttpAnswer("Who are you?", 407).header("Proxy-Authenticate", "Basic realm=\"tests\"");
     const QByteArray path = QUrl(QString::fromLatin1(request.target)).path().toLatin1();
-    return routes.value(request.target, routes.value(path, HttpAnswer("No such page.", 404)));
+    HttpAnswer answer = routes.value(request.target, routes.value(path, HttpAnswer("No such page.", 404)));
+    QByteArray from = request.headers.value("range").mid(6); // of "bytes=7-"
+    from.chop(1);
+    if (answer.hasRanges && !from.isEmpty() && answer.headers.first().second == request.headers.value("if-range")) {
+        const QByteArray size = QByteArray::number(answer.body.size());
+        answer.header("Content-Range", "bytes " + from + '-' + QByteArray::number(answer.body.size() - 1) + '/' + size);
+        answer.status = 206;
+        answer.body.remove(0, from.toInt());
+    }
+    return answer;
 }

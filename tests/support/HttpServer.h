@@ -30,6 +30,8 @@ struct HttpAnswer
     HttpAnswer &generate(qint64 bytes) { return set(&HttpAnswer::generated, bytes); }
     /// A Content-Length that is not the body's.
     HttpAnswer &announce(qint64 bytes) { return set(&HttpAnswer::announced, bytes); }
+    /// Takes ranges of the body, and has this ETag.
+    HttpAnswer &ranges(const QByteArray &tag) { return header("ETag", tag).set(&HttpAnswer::hasRanges, true); }
     /// No Content-Length: the end of the connection ends the body.
     HttpAnswer &unannounced() { return set(&HttpAnswer::framing, UntilClose); }
     HttpAnswer &chunked() { return set(&HttpAnswer::framing, Chunked); }
@@ -49,6 +51,7 @@ struct HttpAnswer
     QList<std::pair<QByteArray, QByteArray>> headers;
     Framing framing = Counted;
     qint64 generated = 0;
+    bool hasRanges = false;
     qint64 announced = -1; // the body's own length
     qint64 heldAt = -2;    // never; -1: before the head
     qint64 droppedAt = -1; // never
@@ -102,7 +105,8 @@ public:
     QList<QByteArray> targets() const; ///< of these
 
 signals:
-    void held(); ///< an answer got to the point where it is held
+    void answered(); ///< a request has its answer, which is yet to leave
+    void held();     ///< an answer got to the point where it is held
     void released();
     void stopped();
 
