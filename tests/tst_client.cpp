@@ -1,6 +1,5 @@
 // The client as an object: its settings in the host's store, key by key, the schedule, and the slots that hosts call.
 #include "LogCapture.h"
-#include "Memory.h"
 #include "NodeDB.h"
 #include "Row.h"
 #include "TestHost.h"
@@ -103,35 +102,6 @@ private slots:
                                           QString::number(s.updateInterval), s.supportedPlatforms.join(' '),
                                           s.installablePackageTypes.join(' '), cameras.join(' '));
             QCOMPARE(read, words.section(" -> ", 1));
-        }
-    }
-
-    /// What cannot be read, or makes no sense, gets its default or does nothing; all else counts. Lists that claim more
-    /// than they hold are what Qt dies of.
-    void damagedStores()
-    {
-        for (const QByteArray line :
-             { "lastCheck=\"@Variant(\\0\\0\\0\\x9 \\0\\0\\0)\"",
-               "lastCheck=@Variant(\\0\\0\\0\\xb\\xff\\xff\\xff\\xf0)",
-               "geometry=a, \"@Variant(\\0\\0\\0\\x1c\\0\\0\\0\\x1\\0\\0\\0\\0\\0\\0\\0\\x9\\xf0\\0\\0\\0\\0)\"",
-               "lastCheck=\"@DateTime(\\0\\0\\0\\0\\0\\0\\0\\0\\xff\\xff\\xff\\xfe\\x3\\x7f\\xff\\xff\\xf0)\"",
-               "supportedPlatforms=@ByteArray(\nupdateInterval=@Variant(", "lastCheck=@DateTime()\nupdateInterval=-1",
-               "updateInterval=1000000000\nlastCheck=1905-01-01" }) {
-            TestHost host;
-            QFile file(TestHost::store().fileName());
-            QVERIFY(QDir().mkpath(QFileInfo(file).path()) && file.open(QIODevice::WriteOnly));
-            file.write("[General]\nserverURL=http://stored/\n" + line + "\nproduct=P\n");
-            file.close();
-            const qint64 before = memoryKiB("VmPeak:");
-            SoftwareUpdateClient client("P", VersionNumber("1"), "http://server/", &host.window);
-            client.setVersionNumber(VersionNumber("2"));
-            SoftwareUpdateSettings settings;
-            client.getCurrentSettings(&settings);
-            QCOMPARE(settings.serverURL + settings.versionNumber.toString(), QString("http://stored/2"));
-            QVERIFY2(settings.lastCheck.isNull() || line.endsWith("1905-01-01"), line);
-            client.queryForUpdate();
-            QVERIFY(QMetaObject::invokeMethod(&client, "queryLastUpdate"));
-            QVERIFY2(memoryKiB("VmPeak:") - before < 256 * 1024, line);
         }
     }
 
