@@ -303,8 +303,8 @@ private slots:
 
     void duringTheDownload()
     {
-        enum What { Cancelled, DialogClosed, ClientAndWindowDestroyed };
-        for (const What what : { Cancelled, DialogClosed, ClientAndWindowDestroyed }) {
+        enum What { Cancelled, DialogClosed, TypeTakenAway, ClientAndWindowDestroyed };
+        for (const What what : { Cancelled, DialogClosed, TypeTakenAway, ClientAndWindowDestroyed }) {
             init();
             LogCapture log;
             BoxClicker clicker({ "Proceed" });
@@ -324,6 +324,12 @@ private slots:
                 QVERIFY(!host->availableDialog());
                 server->release();
                 QTRY_VERIFY(log.lines().last().endsWith("trying to run " + downloaded("p.deb")));
+            } else if (what == TypeTakenAway) {
+                host->set("installablePackageTypes", "zip");
+                server->release();
+                QTRY_COMPARE(clicker.boxes.size(), 2);
+                QVERIFY(clicker.boxes.takeLast().contains("Unknown package type!"));
+                QTRY_COMPARE(temporary(), QStringList());
             } else { // and so does the manager, which nobody owns
                 host.reset();
                 server->release();
@@ -341,19 +347,6 @@ private slots:
         QTRY_COMPARE(clicker.boxes.size(), 2);
         host.reset();
         QTRY_VERIFY(!QDirIterator(at("tmp"), { "p.zip" }, QDir::Files, QDirIterator::Subdirectories).hasNext());
-    }
-
-    void typeIsAskedForAgain()
-    {
-        BoxClicker clicker({ "Proceed" });
-        QSignalSpy held(server.get(), &HttpServer::held);
-        InstallingHost host(serve("p.deb", HttpAnswer("content").holdAfter(3)));
-        QVERIFY(!held.isEmpty() || held.wait());
-        host.set("installablePackageTypes", "zip");
-        server->release();
-        QTRY_COMPARE(clicker.boxes.size(), 2);
-        QVERIFY(clicker.boxes.last().contains("Unknown package type!"));
-        QTRY_COMPARE(temporary(), QStringList());
     }
 
     void secondInstallBesideTheFirst()
