@@ -1,4 +1,5 @@
-// Archives: what unpacking keeps, what it refuses, and that a refusal or a cancellation leaves nothing behind.
+// Archives: what unpacking keeps, what it refuses, and that a refusal or a cancellation leaves nothing behind. Single
+// files and folders: what removing spares and reaches, replacing in one step.
 #include "FileUtils.h"
 #include "IOException.h"
 #include "Row.h"
@@ -15,8 +16,10 @@
 #include <filesystem>
 #include <random>
 
+#include <fcntl.h>
 #include <pthread.h>
 #include <sys/resource.h>
+#include <unistd.h>
 
 using namespace qv;
 
@@ -43,7 +46,7 @@ QByteArray noise(int size)
 
 } // namespace
 
-class TestArchives : public QObject
+class TestFiles : public QObject
 {
     Q_OBJECT
 
@@ -256,6 +259,47 @@ private slots:
         QVERIFY(unzipper.removeZipFile() && !unzipper.removeZipFile() && !QFile::exists(package()));
     }
 
+    void erasingFollowsNoLinksAndReachesAnyDepth()
+    {
+        const mode_t before = umask(0);
+        const QString tree = FileUtils::createTempDir();
+        umask(before);
+        int inner = open(qPrintable(tree), O_RDONLY);
+        struct stat status;
+        QVERIFY(fstat(inner, &status) == 0 && (status.st_mode & 07777) == 0700);
+        QVERIFY(QDir().mkpath(out("kept/content")) && QFile::link(out("kept"), out("link")));
+        const char *const name = ".not UTF-8: \xff";
+        for (int level = 0; level < 300; ++level) {
+            QVERIFY(symlinkat(qPrintable(out("kept")), inner, "link") == 0 && mknodat(inner, "1", S_IFIFO, 0) == 0);
+            QVERIFY(mkdirat(inner, "2", 0700) == 0 && mkdirat(inner, name, 0700) == 0);
+            close(std::exchange(inner, openat(inner, name, O_RDONLY)));
+        }
+        close(inner);
+        QVERIFY(!FileUtils::eraseFolder(out("link/")) && !FileUtils::eraseFolder(out("missing")));
+        QVERIFY(!FileUtils::erase(out("link")) && !FileUtils::erase(out("kept")));
+        QVERIFY(FileUtils::eraseFolder(tree) && !QFileInfo::exists(tree));
+
+        QVERIFY(QDir().mkdir(out("locked")) && QFile::link(out("kept"), out("locked/link")));
+        for (const char *shared : { "..", "", "kept" })
+            QCOMPARE(chmod(qPrintable(out(shared)), 0777), 0);
+        QCOMPARE(chmod(qPrintable(out("locked")), 0555), 0);
+        const uid_t user = geteuid();
+        (void)!seteuid(user == 0 ? 65534 : user); // root may remove anything
+        QVERIFY(!FileUtils::eraseFolder(out("locked")));
+        QVERIFY(seteuid(user) == 0 && chmod(qPrintable(out("locked")), 0755) == 0);
+        QVERIFY(QFileInfo(out("link")).isSymLink() && QFileInfo::exists(out("kept/content")));
+    }
+
+    void bytesAreReplacedInOneStep()
+    {
+        const QByteArray old("old\0content", 11);
+        QFile reader(out("bytes"));
+        QVERIFY(FileUtils::writeBytes(old, out("bytes")) && reader.open(QIODevice::ReadOnly));
+        QVERIFY(FileUtils::writeBytes("new", out("bytes")) && !FileUtils::writeBytes("x", scratch));
+        QCOMPARE(reader.readAll(), old);
+        QCOMPARE(FileUtils::readBytes(out("bytes")), QByteArray("new"));
+    }
+
 private:
     QString package() const { return scratch + "/package.zip"; }
     QString out(const QByteArray &name) const
@@ -306,5 +350,5 @@ private:
     QString scratch;
 };
 
-QTEST_MAIN(TestArchives)
-#include "tst_archives.moc"
+QTEST_MAIN(TestFiles)
+#include "tst_files.moc"
