@@ -1,15 +1,19 @@
-// Catalogue queries against a server on loopback, and what a manager remembers between runs.
+// The download manager: catalogue queries against a server on loopback, what is remembered between runs, and downloads
+// of packages and release notes, mostly over a proxy: there the requests tell which port they are meant for.
 #include "DownloadManager.h"
 #include "FileUtils.h"
 #include "HttpAccessHistory.h"
 #include "HttpServer.h"
 #include "NodeDB.h"
+#include "SmallDisk.h"
 
 #include <QtTest>
 
 using namespace qv;
 
 namespace {
+
+constexpr qint64 MiB = 1024 * 1024;
 
 QByteArray package(const QByteArray &date, const QByteArray &more = QByteArray())
 {
@@ -49,9 +53,72 @@ int newIn(DownloadManager &manager)
     return query.wait() ? DownloadManager::countNew(query.packages()) : -1;
 }
 
+PackageInfo announced(qint64 fileSize, const QString &url = "http://packages.example:8099/dir/p 1.zip?v=2")
+{
+    PackageInfo info("t", "p", "1", "s", QDateTime(), {}, {}, "zip", "");
+    info.url = QUrl(url);
+    info.fileSize = fileSize;
+    return info;
+}
+
+const QByteArray PackageTarget = "http://packages.example/dir/p%201.zip?v=2";
+const HttpAnswer Ten("0123456789");
+
+/// Notes the signals of a manager in their order: S and s for success with and without package, F and f for failure,
+/// B for the start, A for an abort. At the one named @p deleteAt it deletes the manager.
+struct Witness : QObject
+{
+    explicit Witness(DownloadManager *manager, const QString &deleteAt = QString())
+    {
+        using Manager = DownloadManager;
+        const auto note = [=](char letter) {
+            order += QLatin1Char(letter);
+            isDone = deleteAt == QLatin1Char(letter) || letter == 's' || letter == 'f';
+            if (deleteAt == QLatin1Char(letter))
+                delete manager;
+            if (isDone)
+                end.quit();
+        };
+        const auto noteOf = [=](char letter) {
+            return [=](const PackageInfo &p, const QString &f) {
+                pack = p;
+                fileName = f;
+                note(letter);
+            };
+        };
+        connect(manager, &Manager::downloadStarted, this, noteOf('B'));
+        connect(manager, qOverload<PackageInfo, QString>(&Manager::downloadSuccess), this, noteOf('S'));
+        connect(manager, qOverload<PackageInfo, QString>(&Manager::downloadFailure), this, noteOf('F'));
+        connect(manager, qOverload<>(&Manager::downloadSuccess), this, [=] { note('s'); });
+        connect(manager, &Manager::downloadAborted, this, [=] { note('A'); });
+        connect(manager, qOverload<int>(&Manager::downloadFailure), this, [=](int httpStatusCode) {
+            status = httpStatusCode;
+            note('f');
+        });
+    }
+
+    /// True when that came to an end, with these signals.
+    bool saw(const QString &signalsSeen)
+    {
+        QTimer::singleShot(60'000, &end, &QEventLoop::quit);
+        if (!isDone)
+            end.exec();
+        if (order != signalsSeen)
+            qWarning("signals: %s", qPrintable(order));
+        return order == signalsSeen;
+    }
+
+    QString order;
+    PackageInfo pack;
+    QString fileName;
+    int status = -1;
+    bool isDone = false;
+    QEventLoop end;
+};
+
 } // namespace
 
-class tst_query : public QObject
+class tst_manager : public QObject
 {
     Q_OBJECT
 
@@ -63,6 +130,9 @@ private slots:
         cacheFile = folder->filePath("last.xml");
         server = std::make_unique<HttpServer>();
         server->route("/c", HttpAnswer(TwoPackages));
+        path = folder->filePath("p.zip");
+        proxied = std::make_unique<DownloadManager>(
+            HttpHost(HttpAccess(), HttpAccess("127.0.0.1", server->serverPort()), QString()), QString());
     }
     void cleanup() { NodeDB::getDB().setGlobalProxy(NetworkProxy()); }
 
@@ -109,7 +179,7 @@ private slots:
     {
         for (QByteArray slot : { QByteArray("take"), QByteArray(SLOT(take(qv::PackageInfoList))) }) {
             DownloadManager manager(server->url("/c"));
-            QSignalSpy taken(this, &tst_query::taken);
+            QSignalSpy taken(this, &tst_manager::taken);
             manager.queryUpdate("x", "x", "9", "A", QDateTime::currentDateTime(), { "x" }, { "de" }, this, slot);
             slot.fill('x');
             QVERIFY(taken.wait());
@@ -121,7 +191,7 @@ private slots:
     {
         DownloadManager manager(server->url("/c"));
         Query query(manager);
-        auto receiver = std::make_unique<tst_query>();
+        auto receiver = std::make_unique<tst_manager>();
         manager.queryUpdate(PackageInfo(), receiver.get(), "take");
         receiver.reset();
         QVERIFY(query.wait());
@@ -276,6 +346,166 @@ private slots:
             QVERIFY(DownloadManager(*settings, endless).recentPackages(PackageInfo()).isEmpty());
     }
 
+    void downloads()
+    {
+        // what the catalogue announces; status of a failure, or -1 for success; the size of the file
+        using Case = std::tuple<HttpAnswer, qint64, int, int>;
+        const HttpAnswer endless = HttpAnswer().generate(HttpAnswer::Endless);
+        for (const auto &[answer, most, status, size] :
+             { Case(Ten, 10, -1, 10), Case(Ten, 11, 200, 10), Case(Ten, 9, -1, 10),
+               Case(HttpAnswer("gone", 404), 10, 404, 4),
+               Case(HttpAnswer(Ten.body, 404), 10, -1, 10), // an error page as long as the package
+               Case(HttpAnswer(Ten).dropAfter(5), 10, 200, 5),
+               Case(HttpAnswer(Ten).announce(20).dropAfter(10), 10, -1, 10),
+               Case(endless, 10, 200, int(10 + DownloadManager::maxSurplusBytes)), Case(Ten, -1, 200, 10),
+               Case(Ten, std::numeric_limits<qint64>::min(), 200, 10) }) { // beyond 2^63
+            server->route(PackageTarget, answer);
+            Witness witness(proxied.get());
+            const PackageInfo asked = announced(most);
+            proxied->startDownload(asked, path);
+            QVERIFY(witness.saw(status < 0 ? "BSs" : "BFf"));
+            QCOMPARE(witness.status, status);
+            QCOMPARE(witness.fileName, path);
+            QCOMPARE(witness.pack.name, asked.name);
+            QCOMPARE(witness.pack.localFile, status < 0 ? path : QString());
+            QCOMPARE(QFileInfo(path).size(), qint64(size));
+            QCOMPARE(server->targets().last(), PackageTarget);
+        }
+    }
+
+    void packageWithoutSizeStaysSilent()
+    {
+        server->route(PackageTarget, HttpAnswer().generate(3 * MiB));
+        Witness witness(proxied.get());
+        proxied->startDownload(announced(0), path);
+        QVERIFY(QTest::qWaitFor([&] { return !proxied->isQueryBusy(); }, 30'000));
+        QCOMPARE(witness.order, QString());
+        QCOMPARE(QFileInfo(path).size(), 3 * MiB);
+    }
+
+    void badTargets()
+    {
+        server->route(PackageTarget, HttpAnswer().generate(HttpAnswer::Endless));
+        for (const char *target : { "/nowhere/p.zip", "/dev/full", "/usr/bin" }) { // which has a size
+            Witness witness(proxied.get());
+            proxied->startDownload(announced(10), target);
+            QVERIFY2(witness.saw("BFf") && witness.status == 200, target);
+        }
+    }
+
+    void leavesRoomOnTheDisk()
+    {
+        const SmallDisk disk(folder->path().toLocal8Bit(), 70);
+        if (!disk.isMounted())
+            QSKIP("This user may not mount a small disk.");
+        server->route(PackageTarget, HttpAnswer().generate(HttpAnswer::Endless));
+        for (const qint64 size : { 0 * MiB, 40 * MiB }) {
+            Witness witness(proxied.get());
+            proxied->startDownload(announced(size), path);
+            QVERIFY(QTest::qWaitFor([&] { return !proxied->isQueryBusy(); }, 60'000));
+            QCOMPARE(witness.order, QString(size == 0 ? "" : "BFf"));
+            QVERIFY(QFileInfo(path).size() <= 12 * MiB);
+        }
+    }
+
+    void managerWithoutServerRelaysNothing()
+    {
+        DownloadManager bare;
+        bare.server() = proxied->server();
+        server->route(PackageTarget, Ten);
+        QSignalSpy progress(&bare, &DownloadManager::downloadProgress);
+        Witness witness(&bare);
+        bare.startDownload(announced(10), path);
+        QVERIFY(witness.saw("Ss") && progress.isEmpty());
+    }
+
+    void abortLeavesWhatCameAndWhatElseWaits()
+    {
+        server->route(PackageTarget, HttpAnswer(Ten).holdAfter(4));
+        server->route("/c", HttpAnswer("<softwareList/>"));
+        Witness witness(proxied.get());
+        QSignalSpy finished(proxied.get(), &DownloadManager::queryFinished);
+        proxied->abortDownload();
+        proxied->startDownload(announced(10), path);
+        QSignalSpy progress(proxied.get(), &DownloadManager::downloadProgress);
+        QVERIFY(progress.wait());
+        proxied->server().server.setUrl(QUrl("http://s.example:81"));
+        proxied->server().path = "/c";
+        proxied->queryUpdate();
+        proxied->abortDownload();
+        QCOMPARE(QFileInfo(path).size(), qint64(4));
+        QVERIFY(finished.wait());
+        QCOMPARE(witness.order, QString("ABA"));
+        QCOMPARE(server->targets().last(), QByteArray("http://s.example:81/c"));
+    }
+
+    // In flight is a download from startDownload() on, whatever it waits for.
+    void abortDropsWhatWaits()
+    {
+        server->route("http://s.example/c", QByteArray("<softwareList><package/></softwareList>"));
+        server->route(PackageTarget, Ten);
+        for (const bool inSlot : { false, true }) {
+            proxied->setServer(QUrl("http://s.example/c"));
+            Witness witness(proxied.get());
+            QSignalSpy finished(proxied.get(), &DownloadManager::queryFinished);
+            const auto startAndAbort = [&] {
+                proxied->startDownload(announced(10), path);
+                proxied->abortDownload();
+            };
+            proxied->queryUpdate();
+            if (inSlot)
+                connect(proxied.get(), &DownloadManager::packageFound, this, startAndAbort);
+            else
+                startAndAbort();
+            QVERIFY(QTest::qWaitFor([&] { return !proxied->isQueryBusy(); }));
+            QCOMPARE(finished.count(), inSlot ? 1 : 0);
+            QCOMPARE(witness.order, QString("A"));
+        }
+    }
+
+    void downloadingManagerMayBeDeletedInItsSignals()
+    {
+        server->route(PackageTarget, Ten);
+        for (const auto &[order, size] :
+             { std::pair("B", 10), { "BS", 10 }, { "BSs", 10 }, { "BF", 11 }, { "BFf", 11 } }) {
+            auto doomed = new DownloadManager(proxied->server(), QString());
+            Witness witness(doomed, QString(order).right(1));
+            doomed->startDownload(announced(size), path);
+            QVERIFY2(witness.saw(order), order);
+        }
+    }
+
+    void releaseNotes()
+    {
+        const QUrl asked("https://notes.example:8443/n.html#new");
+        server->route("http://notes.example/elsewhere", HttpAnswer("elsewhere"));
+        QSignalSpy notes(proxied.get(), &DownloadManager::releaseNotesDownloaded);
+        proxied->downloadReleaseNotes(QUrl());
+        QCOMPARE(notes.takeFirst(), QVariantList({ QUrl(), QString() })); // at once
+        for (const auto &[answer, text] : { std::pair(HttpAnswer("Grüße"), "Grüße"),
+                                            { HttpAnswer::redirect("/elsewhere"), "elsewhere" },
+                                            { HttpAnswer("made", 201), "" },
+                                            { HttpAnswer("gone", 404), "" },
+                                            { HttpAnswer::raw(""), "" } }) {
+            server->route("http://notes.example/n.html", answer);
+            proxied->downloadReleaseNotes(asked);
+            QVERIFY(notes.wait());
+            QCOMPARE(notes.takeFirst(), QVariantList({ asked, QString(text) }));
+        }
+    }
+
+    void directDownloadLeavesForPort80()
+    {
+        HttpServer direct(QHostAddress("127.0.0.31"), 80);
+        if (!direct.isListening())
+            QSKIP("This user may not listen on port 80 of 127.0.0.31.");
+        direct.route("/p.zip", Ten);
+        DownloadManager manager(QUrl("http://127.0.0.1:1/c"));
+        Witness witness(&manager);
+        manager.startDownload(announced(10, "https://127.0.0.31:8443/p.zip"), path);
+        QVERIFY(witness.saw("BSs"));
+    }
+
 signals:
     void taken(const qv::PackageInfoList &packages);
 
@@ -299,8 +529,9 @@ private:
     std::unique_ptr<QTemporaryDir> folder;
     std::unique_ptr<QSettings> settings;
     std::unique_ptr<HttpServer> server;
-    QString cacheFile;
+    std::unique_ptr<DownloadManager> proxied;
+    QString cacheFile, path;
 };
 
-QTEST_GUILESS_MAIN(tst_query)
-#include "tst_query.moc"
+QTEST_GUILESS_MAIN(tst_manager)
+#include "tst_manager.moc"
