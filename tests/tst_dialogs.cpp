@@ -80,18 +80,6 @@ private slots:
         QApplication::setFont(font);
     }
 
-    void expertsHoldAModifier()
-    {
-        for (const auto modifier : { Qt::NoModifier, Qt::ShiftModifier, Qt::KeypadModifier }) {
-            QWidget window;
-            QTest::keyPress(&window, Qt::Key_A, modifier);
-            const SoftwareUpdateDialog dialog(nullptr, {});
-            QTest::keyRelease(&window, Qt::Key_A, Qt::NoModifier);
-            for (const char *name : { "checkForBetaCheckBox", "updateServerLabel", "updateServerLineEdit" })
-                QCOMPARE(child<QWidget>(dialog, name).isHidden(), modifier == Qt::NoModifier);
-        }
-    }
-
     void settingsPassThrough()
     {
         SoftwareUpdateDialog dialog(nullptr, {});

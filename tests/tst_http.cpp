@@ -257,39 +257,37 @@ private slots:
         QTRY_VERIFY(threads() <= few);
     }
 
-    void endlessHeads_data()
-    {
-        columns<QByteArray, qint64>("start", "filling");
-        row("header line", QByteArray("HTTP/1.1 200 OK\r\nX: "), HttpAnswer::Endless);
-        row("1xx", QByteArray("HTTP/1.1 100 Continue\r\n\r\n").repeated(int(2 * MiB)), qint64(0));
-        row("chunk size", QByteArray("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n"), HttpAnswer::Endless);
-    }
     // Qt's thread reads on, deaf and blind, and to wait for it takes 5 s: it stays alone, and others fail at once.
     void endlessHeads()
     {
-        QFETCH(QByteArray, start);
-        QFETCH(qint64, filling);
-        HttpServer good;
-        good.route("/y", HttpAnswer("y"));
-        server->route("/x", HttpAnswer::raw(start).generate(filling));
-        client->setStallLimit(300);
-        do // until the thread reads
-            QCOMPARE(fetch(server->url("/x"))->statusCode(), 0);
-        while (QTest::qWaitFor([] { return HttpThreads::instance().areFree(); }, 500));
-        QTRY_VERIFY(HttpThreads::instance().areStuck());
-        const auto asked = server->requests.size();
-        const auto few = threads();
-        for (int i = 0; i < 3; ++i) {
-            client = std::make_unique<HttpClient>(); // with its minute for silence
-            QCOMPARE(fetch(server->url("/x"))->statusCode(), 0);
-            QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        const QByteArray head = "HTTP/1.1 200 OK\r\n", early = "HTTP/1.1 100 Continue\r\n\r\n";
+        for (const auto &answer :
+             { HttpAnswer::raw(head + "X: ").generate(HttpAnswer::Endless),
+               HttpAnswer::raw(early.repeated(int(2 * MiB))),
+               HttpAnswer::raw(head + "Transfer-Encoding: chunked\r\n\r\n").generate(HttpAnswer::Endless) }) {
+            init();
+            HttpServer good;
+            good.route("/y", HttpAnswer("y"));
+            server->route("/x", answer);
+            client->setStallLimit(300);
+            do // until the thread reads
+                QCOMPARE(fetch(server->url("/x"))->statusCode(), 0);
+            while (QTest::qWaitFor([] { return HttpThreads::instance().areFree(); }, 500));
+            QTRY_VERIFY(HttpThreads::instance().areStuck());
+            const auto asked = server->requests.size();
+            const auto few = threads();
+            for (int i = 0; i < 3; ++i) {
+                client = std::make_unique<HttpClient>(); // with its minute for silence
+                QCOMPARE(fetch(server->url("/x"))->statusCode(), 0);
+                QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+            }
+            QVERIFY(threads() <= few);
+            QCOMPARE(server->requests.size(), asked);
+            server->stop();
+            QTRY_VERIFY(HttpThreads::instance().areFree());
+            QCOMPARE(fetch(good.url("/y"))->getResponseText(), QString("y"));
+            QTRY_VERIFY(threads() < few);
         }
-        QVERIFY(threads() <= few);
-        QCOMPARE(server->requests.size(), asked);
-        server->stop();
-        QTRY_VERIFY(HttpThreads::instance().areFree());
-        QCOMPARE(fetch(good.url("/y"))->getResponseText(), QString("y"));
-        QTRY_VERIFY(threads() < few);
     }
 
     void texts()

@@ -215,10 +215,8 @@ private slots:
         QCOMPARE(child({ "update", at("missing"), "", "", "" }), QStringList { "" });
     }
 
-    void zipInstaller_data()
+    void zipInstaller()
     {
-        // output: %1: the scratch folder, %2: the temporary one
-        columns<QByteArray, QStringList>("archive", "output");
         const QByteArray package = ZipBuilder::archive({ { "readme", "text" }, { "bin/tool", "#!/bin/sh", Program } });
         const QString chooser = "Select Installation Path for 'p.zip'|" + QCoreApplication::applicationDirPath();
         // Of the folder's 16-bit characters only the first is seen.
@@ -226,27 +224,26 @@ private slots:
         const QString broken = "p.zip: this is no ZIP archive, or its end is missing";
         const QString box = "Critical|Unpacking failed|" + broken + "|OK:Accept";
         const QStringList self { QCoreApplication::applicationFilePath() };
-        row("shell", package, words + QStringList("%1/chosen/bin/tool"));
-        row("shell, no program", zip, words + self);
-        row("no shell", package, QStringList { chooser, "waiting" });
-        row("cancelled", package, QStringList { chooser, "not waiting" });
-        row("cancelled while it unpacks", largeZip, QStringList { chooser, "cancelled", "waiting" });
-        row("broken", package.left(99), QStringList { chooser, box, "thrown: " + broken, "not waiting" });
-    }
-    void zipInstaller()
-    {
-        QFETCH(QByteArray, archive);
-        QFETCH(QStringList, output);
-        const QString what = QTest::currentDataTag();
-        FileUtils::writeBytes(archive, at("p.zip"));
-        QVERIFY(QDir().mkpath(at("chosen")));
-        if (what != "no shell")
-            writeProgram(at("sh"), showArguments);
-        const QStringList seen = child({ "unpack", at("p.zip"), what == "cancelled" ? "" : at("chosen"), what });
-        QCOMPARE(temporary().size(), output[0] == "PID" || output.contains("cancelled") ? 1 : 0);
-        output.replaceInStrings("%1", scratch->path());
-        output.replaceInStrings("%2", at("tmp/") + temporary().value(0).toUtf8());
-        QCOMPARE(seen, output);
+        // what is told by the program; %1: the scratch folder, %2: the temporary one
+        using Case = std::tuple<QString, QByteArray, QStringList>;
+        for (const auto &[what, archive, output] :
+             { Case("shell", package, words + QStringList("%1/chosen/bin/tool")),
+               Case("shell, no program", zip, words + self), Case("no shell", package, { chooser, "waiting" }),
+               Case("cancelled", package, { chooser, "not waiting" }),
+               Case("cancelled while it unpacks", largeZip, { chooser, "cancelled", "waiting" }),
+               Case("broken", package.left(99), { chooser, box, "thrown: " + broken, "not waiting" }) }) {
+            init();
+            FileUtils::writeBytes(archive, at("p.zip"));
+            QVERIFY(QDir().mkpath(at("chosen")));
+            if (what != "no shell")
+                writeProgram(at("sh"), showArguments);
+            const QStringList seen = child({ "unpack", at("p.zip"), what == "cancelled" ? "" : at("chosen"), what });
+            QCOMPARE(temporary().size(), output[0] == "PID" || output.contains("cancelled") ? 1 : 0);
+            QStringList expected = output;
+            expected.replaceInStrings("%1", scratch->path());
+            expected.replaceInStrings("%2", at("tmp/") + temporary().value(0).toUtf8());
+            QCOMPARE(seen, expected);
+        }
     }
 
     void outcomes_data()
@@ -394,35 +391,30 @@ private slots:
         QCOMPARE(opened, (QStringList { "a.mpkg", "b.mpkg" }));
     }
 
-    void restartNow_data()
+    void restartNow()
     {
-        // updater: beside the application
-        // present: one folder above: a program, or a link to nowhere
-        // output: %1: the scratch folder
-        columns<QByteArray, QByteArray, QStringList>("updater", "present", "output");
         const QStringList handOver { "-oldDir", "%1/app", "-newDir", "", "-exe", "tst_install" };
         const QStringList failure { question, restart, installationFailed };
         const QByteArray old = QByteArray(showArguments).replace("$$", "$$ old");
-        row("copied", showArguments, QByteArray(), QStringList { "PID", "%1/UpdateInstaller" } + handOver);
-        row("present", showArguments, old, QStringList { "PID", "old", "%1/UpdateInstaller" } + handOver);
-        row("missing", QByteArray(), old, failure);
-        row("cannot be copied", showArguments, QByteArray(">no/such/folder"), failure);
-    }
-    void restartNow()
-    {
-        QFETCH(QByteArray, updater);
-        QFETCH(QByteArray, present);
-        QFETCH(QStringList, output);
-        QVERIFY(QDir().mkpath(at("app")));
-        QVERIFY(QFile::copy(QCoreApplication::applicationFilePath(), at("app/tst_install")));
-        if (!updater.isEmpty())
-            writeProgram(at("app/UpdateInstaller"), updater);
-        if (present.startsWith('>'))
-            QVERIFY(QFile::link(present.mid(1), at("UpdateInstaller")));
-        else if (!present.isEmpty())
-            writeProgram(at("UpdateInstaller"), present);
-        output.replaceInStrings("%1", scratch->path());
-        QCOMPARE(child({ "client", QString::number(serve("p.zip", zip)) }, at("app/tst_install")), output);
+        // beside the application; one folder above: a program, or a link to nowhere; %1: the scratch folder
+        using Case = std::tuple<QByteArray, QByteArray, QStringList>;
+        for (const auto &[updater, present, output] :
+             { Case(showArguments, "", QStringList { "PID", "%1/UpdateInstaller" } + handOver),
+               Case(showArguments, old, QStringList { "PID", "old", "%1/UpdateInstaller" } + handOver),
+               Case("", old, failure), Case(showArguments, ">no/such/folder", failure) }) {
+            init();
+            QVERIFY(QDir().mkpath(at("app")));
+            QVERIFY(QFile::copy(QCoreApplication::applicationFilePath(), at("app/tst_install")));
+            if (!updater.isEmpty())
+                writeProgram(at("app/UpdateInstaller"), updater);
+            if (present.startsWith('>'))
+                QVERIFY(QFile::link(present.mid(1), at("UpdateInstaller")));
+            else if (!present.isEmpty())
+                writeProgram(at("UpdateInstaller"), present);
+            QStringList expected = output;
+            expected.replaceInStrings("%1", scratch->path());
+            QCOMPARE(child({ "client", QString::number(serve("p.zip", zip)) }, at("app/tst_install")), expected);
+        }
     }
 
 private:

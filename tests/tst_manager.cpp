@@ -218,20 +218,6 @@ private slots:
         QVERIFY(finished.isEmpty());
     }
 
-    void abortDropsAQuery()
-    {
-        server->route("/c", HttpAnswer(TwoPackages).holdAfter(10));
-        DownloadManager manager(server->url("/c"));
-        Query query(manager);
-        manager.queryUpdate();
-        QVERIFY(QSignalSpy(server.get(), &HttpServer::held).wait());
-        manager.abortDownload();
-        QVERIFY(!manager.isQueryBusy());
-        server->release();
-        QCOMPARE(newIn(manager), 2);
-        QCOMPARE(query.finished.count(), 1);
-    }
-
     void serverAndProxy()
     {
         const HttpAccess proxy("p.example", 80);
