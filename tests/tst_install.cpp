@@ -7,7 +7,6 @@
 #include "IOException.h"
 #include "LogCapture.h"
 #include "NodeDB.h"
-#include "Row.h"
 #include "TestHost.h"
 #include "ZipBuilder.h"
 
@@ -246,56 +245,51 @@ private slots:
         }
     }
 
-    void outcomes_data()
+    void outcomes()
     {
-        // box: besides the question
-        // line: of the log, %1 for the file
-        // folders: that stay, one alone with the file
-        columns<QString, QString, QString, int>("file", "box", "line", "folders");
-        const QString run = "SoftwareUpdateClient::install%1Package() -> trying to run ";
+        const QString run = "SoftwareUpdateClient::install%1Package() -> trying to run %2";
         const QString unknown = "Critical|Download Error|Unknown package type! Installation cannot proceed!|OK:Accept";
         const QString error = "Critical|Download Error|Error downloading! Http status code 404|OK:Accept";
         const QString rejected = "SoftwareUpdateClient::installPackage() -> user rejected installation";
-        const QString download = "SoftwareUpdateClient::downloadPackage() -> http://me@packages.example/dir/%2 to %1";
-        for (const QString type : { "msi", "deb", "rpk", "tar.gz" }) {
-            const QString name = type.toUpper().remove('.');
-            row(qPrintable(type), "p." + type, "", run.arg(name) + "%1", 1);
-        }
+        const QString download =
+            "SoftwareUpdateClient::downloadPackage() -> http://me@packages.example/dir/p.bin to %1";
         const QString unzip = "SoftwareUpdateClient::installZipPackage() -> unzipping %1 to ";
-        row("restart later", "p.zip", restart, unzip, 2);
-        row("unknown", "p.bin", unknown, download.arg("%1", "p.bin"), 0);
-        row("upper case", "p.ZIP", unknown, "", 0);
-        row("not found", "missing.deb", error, "", 0);
-        row("rejected", "p.deb", "", rejected, 0);
-    }
-    void outcomes()
-    {
-        const Desktop desktop(this);
-        QFETCH(QString, file);
-        QFETCH(QString, box);
-        QFETCH(QString, line);
-        QFETCH(int, folders);
-        LogCapture log;
-        BoxClicker clicker(
-            { line.contains("rejected") ? "Cancel Install" : "Proceed", box == restart ? "Restart later" : "OK" });
-        bool mayShowProgress = false;
-        clicker.onBox = [&] {
-            for (const QWidget *widget : QApplication::allWidgets()) {
-                for (const QTimer *timer : widget->findChildren<QTimer *>())
-                    mayShowProgress |= widget->inherits("QProgressDialog") && timer->isActive();
-            }
-        };
-        InstallingHost host(serve(file, file.startsWith('p') ? HttpAnswer(zip) : HttpAnswer("", 404)));
-        QTRY_COMPARE(clicker.boxes, box.isEmpty() ? QStringList { question } : (QStringList { question, box }));
-        const QString target = log.lines().filter("downloadPackage() -> ").value(0).section(" to ", -1);
-        line.replace("%1", target);
-        QTRY_VERIFY2(line.isEmpty() || log.lines().contains(line), qPrintable(log.lines().join('\n')));
-        QTRY_COMPARE(temporary().size(), folders); // the file goes with its folder
-        QTRY_COMPARE(QFile::exists(target), folders == 1);
-        QVERIFY(!QFileInfo(target).isExecutable() && opened.isEmpty()); // nothing is run
-        host.release();
-        QVERIFY(!mayShowProgress && !host.window.findChild<QProgressDialog *>());
-        QCOMPARE(host.availableDialog() != nullptr, folders == 0 && !box.contains("type"));
+        // the file; the box besides the question; a line of the log, %1 for the file; the folders that stay, one alone
+        // with the file
+        for (const auto &[file, box, line, folders] :
+             { std::tuple(QString("p.msi"), QString(), run.arg("MSI", "%1"), 1),
+               { "p.deb", "", run.arg("DEB", "%1"), 1 },
+               { "p.rpk", "", run.arg("RPK", "%1"), 1 },
+               { "p.tar.gz", "", run.arg("TARGZ", "%1"), 1 },
+               { "p.zip", restart, unzip, 2 },
+               { "p.bin", unknown, download, 0 },
+               { "p.ZIP", unknown, "", 0 },
+               { "missing.deb", error, "", 0 },
+               { "p.deb", "", rejected, 0 } }) {
+            init();
+            const Desktop desktop(this);
+            LogCapture log;
+            BoxClicker clicker(
+                { line.contains("rejected") ? "Cancel Install" : "Proceed", box == restart ? "Restart later" : "OK" });
+            bool mayShowProgress = false;
+            clicker.onBox = [&] {
+                for (const QWidget *widget : QApplication::allWidgets()) {
+                    for (const QTimer *timer : widget->findChildren<QTimer *>())
+                        mayShowProgress |= widget->inherits("QProgressDialog") && timer->isActive();
+                }
+            };
+            InstallingHost host(serve(file, file.startsWith('p') ? HttpAnswer(zip) : HttpAnswer("", 404)));
+            QTRY_COMPARE(clicker.boxes, box.isEmpty() ? QStringList { question } : (QStringList { question, box }));
+            const QString target = log.lines().filter("downloadPackage() -> ").value(0).section(" to ", -1);
+            const QString expected = QString(line).replace("%1", target);
+            QTRY_VERIFY2(line.isEmpty() || log.lines().contains(expected), qPrintable(log.lines().join('\n')));
+            QTRY_COMPARE(temporary().size(), folders); // the file goes with its folder
+            QTRY_COMPARE(QFile::exists(target), folders == 1);
+            QVERIFY(!QFileInfo(target).isExecutable() && opened.isEmpty()); // nothing is run
+            host.release();
+            QVERIFY(!mayShowProgress && !host.window.findChild<QProgressDialog *>());
+            QCOMPARE(host.availableDialog() != nullptr, folders == 0 && !box.contains("type"));
+        }
     }
 
     void duringTheDownload()

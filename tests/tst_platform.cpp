@@ -119,13 +119,16 @@ private slots:
     void mendedStore()
     {
         const QByteArray deep = QByteArray("\\0\\0\\0\\x9\\0\\0\\0\\x1").repeated(100'000);
-        for (const auto &[line, isKept] : { std::pair(QByteArray("a=@Variant(\\0\\0\\0\\x9\\0\\0\\x1\\0)"), false),
-                                            { "a=\\x40V\\x61riant(\\0\\0\\0\\v\\x7f\\xff\\xff\\xff)", false },
-                                            { "a=@DateTime(\\0\\0\\0\\x10\\0\\0)", true },
-                                            { "a=1, \\x40Variant(\\0\\0\\0\\t\\377\\0\\0\\0), \"\n\"", false },
-                                            { "a=@Variant(\\0\\0\\0\\n\\xff\\0\\0\\0)", true },
-                                            { ";don\"t @Variant(\\0\\0\\0\\x9\\0\\0\\0\\0)", true },
-                                            { "a=@Variant(" + deep + ')', false } }) {
+        for (const auto &[line, isKept] :
+             { std::pair(QByteArray("a=@Variant(\\0\\0\\0\\x9\\0\\0\\x1\\0)"), false),
+               { "a=\\x40V\\x61riant(\\0\\0\\0\\v\\x7f\\xff\\xff\\xff)", false },
+               { "a=@DateTime(\\0\\0\\0\\x9\\0\\x7f\\xff\\xff\\xff)", false },
+               { "a=@DateTime(\\0\\0\\0\\x10\\0\\0)", true },
+               { "a=@Variant(\\0\\0\\0\\b\\0\\0\\0\\x1\\0\\0\\0\\x2\\0x\\0\\0\\0\\x9\\0\\0\\xff\\0)", false },
+               { "a=1, \\x40Variant(\\0\\0\\0\\t\\377\\0\\0\\0), \"\n\"", false },
+               { "a=@Variant(\\0\\0\\0\\n\\xff\\0\\0\\0)", true },
+               { ";don\"t @Variant(\\0\\0\\0\\x9\\0\\0\\0\\0)", true },
+               { "a=@Variant(" + deep + ')', false } }) {
             const QTemporaryDir folder;
             QFile file(folder.filePath("a.ini"));
             const QVariantMap map { { "list", QVariantList { 1, "two", 3.5, QStringList { "four", "" }, QVariant() } },
