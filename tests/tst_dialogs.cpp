@@ -1,10 +1,10 @@
 // The two dialogs on their own: what they show for what they are given, and which signals leave them. On a small
-// screen.
+// screen. And the German and French texts that travel inside the library, as a host's translator finds them.
 #include "LogCapture.h"
-#include "Row.h"
 #include "SoftwareUpdateAvailableDialog.h"
 #include "SoftwareUpdateDialog.h"
 
+#include <QDomDocument>
 #include <QtTest>
 #include <QtWidgets>
 
@@ -28,6 +28,17 @@ Widget &child(const QWidget &dialog, const char *name)
 QString plain(const QString &html)
 {
     return QTextDocumentFragment::fromHtml(html).toPlainText().remove(QChar(0x200b));
+}
+
+QString compiled(const QString &language, const QString &texts)
+{
+    return QString(":/translations/SoftwareUpdate%1_%2.qm").arg(texts, language);
+}
+
+std::unique_ptr<QTranslator> translatorFor(const QString &language, const QString &texts = "Client")
+{
+    auto translator = std::make_unique<QTranslator>();
+    return translator->load(compiled(language, texts)) ? std::move(translator) : nullptr;
 }
 
 /// An update-available dialog with four rows, a host that may hide some whenever it is told, and what it was told.
@@ -67,18 +78,6 @@ private slots:
         QFont font = QApplication::font();
         font.setPointSize(9); // what Qt 6 has here
         QApplication::setFont(font);
-    }
-
-    void expertsHoldAModifier()
-    {
-        for (const auto modifier : { Qt::NoModifier, Qt::ShiftModifier, Qt::KeypadModifier }) {
-            QWidget window;
-            QTest::keyPress(&window, Qt::Key_A, modifier);
-            const SoftwareUpdateDialog dialog(nullptr, {});
-            QTest::keyRelease(&window, Qt::Key_A, Qt::NoModifier);
-            for (const char *name : { "checkForBetaCheckBox", "updateServerLabel", "updateServerLineEdit" })
-                QCOMPARE(child<QWidget>(dialog, name).isHidden(), modifier == Qt::NoModifier);
-        }
     }
 
     void settingsPassThrough()
@@ -198,36 +197,31 @@ private slots:
         QCOMPARE(t.told.last(), (Rows { 0, 2 }));
     }
 
-    void selection_data()
-    {
-        // pressed: rows, from the second on with Ctrl, or keys, with Ctrl
-        columns<Rows, Rows, QList<Rows>, int>("pressed", "hiddenBySlot", "told", "installed");
-        row("two, as selected", Rows { 2, 0 }, Rows {}, QList<Rows> { { 2 }, { 2, 0 } }, 0);
-        row("one taken off", Rows { 2, 0, 0 }, Rows {}, QList<Rows> { { 2 }, { 2, 0 }, { 2 } }, 2);
-        row("the nearest left", Rows { 0, 2, 3, 3 }, Rows {}, QList<Rows> { { 0 }, { 0, 2 }, { 0, 2, 3 }, { 0, 2 } },
-            2);
-        row("cursor moved off", Rows { 2, Qt::Key_Up }, Rows {}, QList<Rows> { { 2 } }, 2);
-        row("hidden", Rows { 1 }, Rows { 1 }, QList<Rows> { { 1 }, {} }, 1);
-        row("all but hidden", Rows { 3, Qt::Key_A }, Rows { 0 }, QList<Rows> { { 3 }, { 1, 2, 3 } }, 3);
-    }
-
     void selection()
     {
-        QFETCH(Rows, pressed);
-        QFETCH(Rows, hiddenBySlot);
-        Table t(hiddenBySlot);
-        Qt::KeyboardModifiers modifiers;
-        for (const int row : pressed) {
-            if (const QTableWidgetItem *item = t.table.item(row, 0))
-                QTest::mouseClick(t.table.viewport(), Qt::LeftButton, modifiers, t.table.visualItemRect(item).center());
-            else
-                QTest::keyClick(&t.table, Qt::Key(row), Qt::ControlModifier);
-            modifiers = Qt::ControlModifier;
+        // pressed: rows, from the second on with Ctrl, or keys, with Ctrl; hidden by the host's slot; told; installed
+        using Case = std::tuple<Rows, Rows, QList<Rows>, int>;
+        for (const auto &[pressed, hiddenBySlot, told, installed] :
+             { Case({ 2, 0 }, {}, { { 2 }, { 2, 0 } }, 0), // as selected
+               Case({ 2, 0, 0 }, {}, { { 2 }, { 2, 0 }, { 2 } }, 2),
+               Case({ 0, 2, 3, 3 }, {}, { { 0 }, { 0, 2 }, { 0, 2, 3 }, { 0, 2 } }, 2), // the nearest left
+               Case({ 2, Qt::Key_Up }, {}, { { 2 } }, 2),                               // cursor moved off
+               Case({ 1 }, { 1 }, { { 1 }, {} }, 1), Case({ 3, Qt::Key_A }, { 0 }, { { 3 }, { 1, 2, 3 } }, 3) }) {
+            Table t(hiddenBySlot);
+            Qt::KeyboardModifiers modifiers;
+            for (const int row : pressed) {
+                if (const QTableWidgetItem *item = t.table.item(row, 0))
+                    QTest::mouseClick(t.table.viewport(), Qt::LeftButton, modifiers,
+                                      t.table.visualItemRect(item).center());
+                else
+                    QTest::keyClick(&t.table, Qt::Key(row), Qt::ControlModifier);
+                modifiers = Qt::ControlModifier;
+            }
+            QCOMPARE(t.told, told);
+            QSignalSpy install(&t.dialog, &SoftwareUpdateAvailableDialog::installPackage);
+            child<QPushButton>(t.dialog, "installPushButton").click();
+            QCOMPARE(install.value(0).value(0).toInt(), installed);
         }
-        QTEST(t.told, "told");
-        QSignalSpy install(&t.dialog, &SoftwareUpdateAvailableDialog::installPackage);
-        child<QPushButton>(t.dialog, "installPushButton").click();
-        QTEST(install.value(0).value(0).toInt(), "installed");
     }
 
     void smallScreen()
@@ -304,6 +298,71 @@ private slots:
         }
         t.dialog.setCommentText(QString());
         QVERIFY(t.comment.isHidden());
+    }
+
+    // What the library carries is what the catalogues say; scripts/check-translations.cmake looks after these.
+    void languages()
+    {
+        for (const QString catalogue : { "Client_de_DE", "Client_fr_FR", "Policy_de_DE", "Policy_fr_FR" }) {
+            const QString language = catalogue.mid(7);
+            const auto translator = translatorFor(language, catalogue.left(6));
+            QVERIFY(translator);
+            QCOMPARE(QResource(compiled(language, catalogue.left(6))).compressionAlgorithm(), QResource::NoCompression);
+
+            QFile file(QString(CATALOGUES "/SoftwareUpdate%1.ts").arg(catalogue));
+            QDomDocument document;
+            QVERIFY(file.open(QIODevice::ReadOnly) && document.setContent(&file));
+            const QDomNodeList messages = document.elementsByTagName("message");
+            QVERIFY(!messages.isEmpty());
+            const QRegularExpression url("https?://[^\"<]*"), noGap("[^\u00a0][:!]");
+            for (int i = 0; i < messages.size(); ++i) {
+                const QDomNode message = messages.at(i);
+                const QString text = message.firstChildElement("translation").text();
+                const QByteArray context = message.parentNode().firstChildElement("name").text().toLatin1();
+                const QByteArray source = message.firstChildElement("source").text().toUtf8();
+                QCOMPARE(translator->translate(context, source), text);
+                QVERIFY2(!text.isEmpty() && text.contains("%1") == source.contains("%1"), source);
+                QVERIFY2(language != "fr_FR" || !QString(text).remove(url).contains(noGap), source);
+                QVERIFY(translator->translate(context, "Unpacking failed").isEmpty());
+            }
+        }
+    }
+
+    // Deliberate, however odd: hosts and their users know these texts.
+    void oddRenderings()
+    {
+        const auto german = translatorFor("de_DE"), french = translatorFor("fr_FR");
+        QCOMPARE(french->translate("SoftwareUpdateDialogGui", "Check for Updates"),
+                 QString("Rechercher de nouveaux mises à jour"));
+        QCOMPARE(french->translate("SoftwareUpdateAvailableGui", "Show all languages"),
+                 QString("Afficher tous les langues"));
+        QCOMPARE(french->translate("SoftwareUpdateClient", "Installation failed"), QString("L'installation a échouée"));
+        const char *const restart =
+            "After downloading the package, the installer will automatically exit and restart your application!";
+        QVERIFY(german->translate("SoftwareUpdateClient", restart).startsWith("Nach der Installation des Pakets"));
+    }
+
+    void dialogsSpeakTheLanguage()
+    {
+        for (const QString words : { "en For more", "de_DE Weitere", "fr_FR Pour plus" }) {
+            const auto translator = translatorFor(words.section(' ', 0, 0));
+            if (translator)
+                QCoreApplication::installTranslator(translator.get());
+            const SoftwareUpdateDialog settings(nullptr, {});
+            const SoftwareUpdateAvailableDialog available(nullptr, {});
+            QCOMPARE(child<QPushButton>(settings, "updatePushButton").text() == "Check Now", !translator);
+            QCOMPARE(available.windowTitle() == "Update Available", !translator);
+            const QString line = child<QLabel>(available, "qvLinkLabel").text();
+            QVERIFY2(line.startsWith(words.section(' ', 1)) && !line.contains('@'), qPrintable(line));
+        }
+    }
+
+    void hostsMayRegisterByHand()
+    {
+        Q_CLEANUP_RESOURCE(SoftwareUpdateClient);
+        QVERIFY(!translatorFor("de_DE"));
+        Q_INIT_RESOURCE(SoftwareUpdateClient);
+        QVERIFY(translatorFor("de_DE"));
     }
 };
 

@@ -4,13 +4,10 @@
 #include "HttpServer.h"
 #include "HttpThreads.h"
 #include "NodeDB.h"
-#include "Row.h"
 
 #include <QtTest>
 
 using namespace qv;
-
-Q_DECLARE_METATYPE(HttpAnswer)
 
 namespace {
 
@@ -132,21 +129,6 @@ private slots:
         QCOMPARE(open.proxyPreference, HttpHost::OwnProxy);
     }
 
-    void hostileSettingsGiveDefaults()
-    {
-        const QTemporaryDir folder;
-        QSettings settings(folder.filePath("s.ini"), QSettings::IniFormat);
-        for (const QVariant &value : { QVariant(), QVariant("\x01\xff://%%%"), QVariant(99),
-                                       QVariant(QStringList { "a", "b" }), QVariant(QByteArray(100'000, '\0')) }) {
-            for (const char *key : { "server", "proxy", "proxy-preference" })
-                settings.setValue(key, value);
-            HttpHost host(HttpAccess("s", 1), HttpAccess("p", 1), "/x");
-            host.load(settings);
-            QVERIFY2(host.server.isEmpty() && host.proxy.isEmpty(), value.typeName());
-            QCOMPARE(host.proxyPreference, HttpHost::NoProxy);
-        }
-    }
-
     void typedProxyOutlivesTheGlobalOne()
     {
         const QStringList preferences { "none", "own", "global" };
@@ -181,68 +163,52 @@ private slots:
         }
     }
 
-    void headerNamesCompareWithoutCase()
-    {
-        HttpHeader header;
-        for (const auto &[name, value] : { std::pair("Set-Cookie", "a=1"), { "X-Empty", "" }, { "set-cookie", "b=2" } })
-            header.addValue(name, value);
-        QCOMPARE(header.value("SET-COOKIE"), QString("b=2"));
-        QVERIFY(header.hasKey("x-empty") && !header.hasKey("Cookie"));
-    }
-
     void progress()
     {
         constexpr qint64 most = std::numeric_limits<int>::max();
         using Case = std::tuple<qint64, qint64, QPair<int, int>>;
         for (const auto &[bytes, total, shown] : { Case(5, 10, { 5, 10 }),
                                                    { most, most, { int(most), int(most) } },
-                                                   { most + 1, most + 1, { 1073741824, 1073741824 } },
                                                    { 3072 * MiB, 6144 * MiB, { 805306368, 1610612736 } },
-                                                   { 5, -1, { 5, -1 } },
                                                    { 3 * most, -1, { int(most), -1 } },
                                                    { 1, std::numeric_limits<qint64>::max(), { 0, int(most) } } })
             QCOMPARE(HttpClient::progressOf(bytes, total), shown);
     }
 
-    void answers_data()
-    {
-        columns<HttpAnswer, int, int>("answer", "status", "size");
-
-        const HttpAnswer ten("0123456789");
-        row("counted", ten, 200, 10);
-        row("chunked", HttpAnswer("ab").generate(MiB).chunked(), 200, int(MiB + 2));
-        row("until close", HttpAnswer("ab").generate(MiB).unannounced(), 200, int(MiB + 2));
-        row("dropped", HttpAnswer(ten).dropAfter(5), 200, 5);
-        row("dropped late", HttpAnswer().generate(MiB).dropAfter(600'000), 200, 600'000);
-        row("dropped before the body", HttpAnswer(ten).dropAfter(0), 200, 0);
-        row("announces less", HttpAnswer(ten).announce(5), 200, 5);
-        row("announces nonsense", HttpAnswer::raw("HTTP/1.1 200 OK\r\nContent-Length: -7x\r\n\r\nabc"), 200, 3);
-        row("dropped chunks", HttpAnswer("abc").generate(MiB).chunked().dropAfter(70'000), 200, 70'000);
-        const QByteArray chunkedHead = "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n";
-        row("dropped after a chunk", HttpAnswer::raw(chunkedHead + "300000\r\n" + QByteArray(3 * MiB, 'x') + "\r\n"),
-            200, int(3 * MiB));
-        row("bad chunks", HttpAnswer::raw(chunkedHead + "3\r\nabc\r\nZZ\r\nabc\r\n"), 200, 3);
-        row("compressed without being asked", HttpAnswer(ten).header("Content-Encoding", "gzip"), 200, 10);
-        row("not HTTP", HttpAnswer::raw("220 mail.example ESMTP\r\n\r\n"), 0, 0);
-        row("nothing", HttpAnswer::raw(""), 0, 0);
-        row("silent", HttpAnswer(ten).hold(), 0, 0);
-        row("silent in the body", HttpAnswer(ten).holdAfter(5), 0, 5);
-        row("endless", HttpAnswer().generate(HttpAnswer::Endless), 200, int(RequestData::maxBytesKept));
-    }
     void answers()
     {
-        QFETCH(HttpAnswer, answer);
-        QFETCH(int, size);
-        server->route("/x", answer);
-        if (answer.heldAt > -2)
-            client->setStallLimit(300);
-        const RequestPtr request = fetch("/x");
-        QTEST(request->statusCode(), "status");
-        QCOMPARE(request->bodySize(), qint64(size));
-        QCOMPARE(request->getResponseBuffer()->size(), qint64(size));
-        QCOMPARE(request->isCut(), answer.generated == HttpAnswer::Endless);
-        QCOMPARE(request->urls(), QList<QUrl> { server->url("/x") });
-        QCOMPARE(server->requests.at(0).headers.value("accept-encoding"), QByteArray("identity"));
+        const HttpAnswer ten("0123456789");
+        const QByteArray head = "HTTP/1.1 200 OK\r\n", chunkedHead = head + "Transfer-Encoding: chunked\r\n\r\n";
+        const QByteArray wholeChunk = "300000\r\n" + QByteArray(3 * MiB, 'x') + "\r\n";
+        for (const auto &[answer, status, size] :
+             { std::tuple(ten, 200, qint64(10)),
+               { HttpAnswer("ab").generate(MiB).chunked(), 200, MiB + 2 },
+               { HttpAnswer::raw(head + "\r\nab").generate(MiB), 200, MiB + 2 }, // until it closes
+               { HttpAnswer(ten).dropAfter(5), 200, 5 },
+               { HttpAnswer(ten).dropAfter(0), 200, 0 },
+               { HttpAnswer(ten).announce(5), 200, 5 },
+               { HttpAnswer::raw(head + "Content-Length: -7x\r\n\r\nabc"), 200, 3 },
+               { HttpAnswer("abc").generate(MiB).chunked().dropAfter(70'000), 200, 70'000 },
+               { HttpAnswer::raw(chunkedHead + wholeChunk), 200, 3 * MiB }, // and no last one
+               { HttpAnswer::raw(chunkedHead + "3\r\nabc\r\nZZ\r\nabc\r\n"), 200, 3 },
+               { HttpAnswer(ten).header("Content-Encoding", "gzip"), 200, 10 }, // without being asked
+               { HttpAnswer::raw("220 mail.example ESMTP\r\n\r\n"), 0, 0 },
+               { HttpAnswer::raw(""), 0, 0 },
+               { HttpAnswer(ten).hold(), 0, 0 },
+               { HttpAnswer(ten).holdAfter(5), 0, 5 },
+               { HttpAnswer().generate(HttpAnswer::Endless), 200, RequestData::maxBytesKept } }) {
+            init();
+            server->route("/x", answer);
+            if (answer.heldAt > -2)
+                client->setStallLimit(300);
+            const RequestPtr request = fetch("/x");
+            QCOMPARE(request->statusCode(), status);
+            QCOMPARE(request->bodySize(), size);
+            QCOMPARE(request->getResponseBuffer()->size(), size);
+            QCOMPARE(request->isCut(), answer.generated == HttpAnswer::Endless);
+            QCOMPARE(request->urls(), QList<QUrl> { server->url("/x") });
+            QCOMPARE(server->requests.at(0).headers.value("accept-encoding"), QByteArray("identity"));
+        }
     }
 
     void longerBodiesAreCut()
@@ -284,39 +250,37 @@ private slots:
         QTRY_VERIFY(threads() <= few);
     }
 
-    void endlessHeads_data()
-    {
-        columns<QByteArray, qint64>("start", "filling");
-        row("header line", QByteArray("HTTP/1.1 200 OK\r\nX: "), HttpAnswer::Endless);
-        row("1xx", QByteArray("HTTP/1.1 100 Continue\r\n\r\n").repeated(int(2 * MiB)), qint64(0));
-        row("chunk size", QByteArray("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n"), HttpAnswer::Endless);
-    }
     // Qt's thread reads on, deaf and blind, and to wait for it takes 5 s: it stays alone, and others fail at once.
     void endlessHeads()
     {
-        QFETCH(QByteArray, start);
-        QFETCH(qint64, filling);
-        HttpServer good;
-        good.route("/y", HttpAnswer("y"));
-        server->route("/x", HttpAnswer::raw(start).generate(filling));
-        client->setStallLimit(300);
-        do // until the thread reads
-            QCOMPARE(fetch(server->url("/x"))->statusCode(), 0);
-        while (QTest::qWaitFor([] { return HttpThreads::instance().areFree(); }, 500));
-        QTRY_VERIFY(HttpThreads::instance().areStuck());
-        const auto asked = server->requests.size();
-        const auto few = threads();
-        for (int i = 0; i < 3; ++i) {
-            client = std::make_unique<HttpClient>(); // with its minute for silence
-            QCOMPARE(fetch(server->url("/x"))->statusCode(), 0);
-            QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        const QByteArray head = "HTTP/1.1 200 OK\r\n", early = "HTTP/1.1 100 Continue\r\n\r\n";
+        for (const auto &answer :
+             { HttpAnswer::raw(head + "X: ").generate(HttpAnswer::Endless),
+               HttpAnswer::raw(early.repeated(int(2 * MiB))),
+               HttpAnswer::raw(head + "Transfer-Encoding: chunked\r\n\r\n").generate(HttpAnswer::Endless) }) {
+            init();
+            HttpServer good;
+            good.route("/y", HttpAnswer("y"));
+            server->route("/x", answer);
+            client->setStallLimit(300);
+            do // until the thread reads
+                QCOMPARE(fetch(server->url("/x"))->statusCode(), 0);
+            while (QTest::qWaitFor([] { return HttpThreads::instance().areFree(); }, 500));
+            QTRY_VERIFY(HttpThreads::instance().areStuck());
+            const auto asked = server->requests.size();
+            const auto few = threads();
+            for (int i = 0; i < 3; ++i) {
+                client = std::make_unique<HttpClient>(); // with its minute for silence
+                QCOMPARE(fetch(server->url("/x"))->statusCode(), 0);
+                QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+            }
+            QVERIFY(threads() <= few);
+            QCOMPARE(server->requests.size(), asked);
+            server->stop();
+            QTRY_VERIFY(HttpThreads::instance().areFree());
+            QCOMPARE(fetch(good.url("/y"))->getResponseText(), QString("y"));
+            QTRY_VERIFY(threads() < few);
         }
-        QVERIFY(threads() <= few);
-        QCOMPARE(server->requests.size(), asked);
-        server->stop();
-        QTRY_VERIFY(HttpThreads::instance().areFree());
-        QCOMPARE(fetch(good.url("/y"))->getResponseText(), QString("y"));
-        QTRY_VERIFY(threads() < few);
     }
 
     void texts()
@@ -348,18 +312,6 @@ private slots:
             QCOMPARE(request->urls().size(), qsizetype(visited));
             QCOMPARE(request->urls().first(), server->url("/x"));
             QCOMPARE(request->getResponseText(), QString(status == 200 ? "here" : ""));
-        }
-    }
-
-    void unreachableServersHaveStatusZero()
-    {
-        const HttpAccess nobody("127.0.0.1", 1);
-        for (const HttpHost &host : { HttpHost(), HttpHost(nobody, none, "/"), HttpHost(nobody, nobody, "/"),
-                                      HttpHost(HttpAccess("127.0.0.1", 0), none, "/") }) {
-            client->setHost(host);
-            const RequestPtr request = fetch("/x");
-            QCOMPARE(request->statusCode(), 0);
-            QCOMPARE(request->urls().size(), qsizetype(1));
         }
     }
 
@@ -403,60 +355,57 @@ private slots:
         }
     }
 
-    void challenges_data()
-    {
-        columns<QByteArrayList, QString, QByteArray>("challenges", "login", "answer");
-        const QByteArray basic = "Basic realm=\"x\"", digest = "Digest realm=\"x\", nonce=\"abc\", qop=\"auth\"";
-        row("basic", QByteArrayList { basic }, QString("me:sec%40ret"), QByteArray("Basic bWU6c2VjQHJldA=="));
-        row("digest", QByteArrayList { digest }, QString("me:secret"),
-            QByteArray("Digest username=\"me\", realm=\"x\""));
-        row("digest among others", QByteArrayList { "Negotiate", "NTLM", digest, basic }, QString("me:secret"),
-            QByteArray("Digest username=\"me\", realm=\"x\""));
-        row("nobody's", QByteArrayList { basic }, QString(), QByteArray());
-        row("NTLM unasked", QByteArrayList { "NTLM" }, QString(), QByteArray());
-        for (const char *scheme : { "NTLM", "Negotiate", "Bearer" })
-            row(scheme, QByteArrayList { scheme }, QString("me:secret"), QByteArray());
-        row("NTLM before basic", QByteArrayList { "NTLM", basic }, QString("me:secret"), QByteArray());
-        row("in one line", QByteArrayList { "NTLM, " + basic }, QString("me:secret"), QByteArray());
-    }
     void challenges()
     {
-        QFETCH(QByteArrayList, challenges);
-        QFETCH(QString, login);
-        QFETCH(QByteArray, answer);
-        HttpAnswer server401("who?", 401), proxy407("who?", 407);
-        for (const QByteArray &challenge : challenges) {
-            server401.header("WWW-Authenticate", challenge);
-            proxy407.header("Proxy-Authenticate", challenge);
+        const QByteArray basic = "Basic realm=\"x\"", digest = "Digest realm=\"x\", nonce=\"abc\", qop=\"auth\"";
+        const QByteArray mine = "Digest username=\"me\", realm=\"x\"", nothing;
+        for (const auto &[challenges, login, answer] :
+             { std::tuple(QByteArrayList { basic }, "me:sec%40ret", QByteArray("Basic bWU6c2VjQHJldA==")),
+               { { digest }, "me:secret", mine },
+               { { "Negotiate", "NTLM", digest, basic }, "me:secret", mine },
+               { { basic }, "", nothing },
+               { { "NTLM" }, "", nothing },
+               { { "NTLM" }, "me:secret", nothing },
+               { { "Negotiate" }, "me:secret", nothing },
+               { { "Bearer" }, "me:secret", nothing },
+               { { "NTLM", basic }, "me:secret", nothing },
+               { { "NTLM, " + basic }, "me:secret", nothing } }) {
+            init();
+            HttpAnswer server401("who?", 401), proxy407("who?", 407);
+            for (const QByteArray &challenge : challenges) {
+                server401.header("WWW-Authenticate", challenge);
+                proxy407.header("Proxy-Authenticate", challenge);
+            }
+            server->route("/x", server401);
+            HttpServer other(QHostAddress("127.0.0.2"));
+            QUrl url(server->url("/x")), thief(url);
+            thief.setUserInfo("not:given");
+            other.route("/x", HttpAnswer::redirect(thief.toEncoded()));
+            url.setUserInfo(login);
+            const RequestPtr request = fetch(url);
+            QCOMPARE(request->statusCode(), 401);
+            QCOMPARE(request->getResponseText(),
+                     QString(request->responseHeader().hasKey("WWW-Authenticate") ? "who?" : ""));
+            QVERIFY2(isTold("authorization", answer), server->requests.last().headers.value("authorization"));
+
+            // Another server's login, and that of a redirect, are not this one's.
+            server->requests.clear();
+            QUrl elsewhere(other.url("/x"));
+            elsewhere.setUserInfo(login);
+            QCOMPARE(fetch(elsewhere)->statusCode(), 302);
+            thief.setUserInfo(QString());
+            other.route("/x", HttpAnswer::redirect(thief.toEncoded()));
+            QCOMPARE(fetch(elsewhere)->statusCode(), 401);
+            QVERIFY(isTold("authorization", QByteArray()));
+
+            server->route("/x", proxy407);
+            server->requests.clear();
+            client->setHost(HttpHost(
+                none, HttpAccess("127.0.0.1", server->serverPort(), QUrl(url).userName(), url.password()), ""));
+            QCOMPARE(fetch(QUrl("http://s.example/x"))->statusCode(), 407);
+            QVERIFY2(isTold("proxy-authorization", answer),
+                     server->requests.last().headers.value("proxy-authorization"));
         }
-        server->route("/x", server401);
-        HttpServer other(QHostAddress("127.0.0.2"));
-        QUrl url(server->url("/x")), thief(url);
-        thief.setUserInfo("not:given");
-        other.route("/x", HttpAnswer::redirect(thief.toEncoded()));
-        url.setUserInfo(login);
-        const RequestPtr request = fetch(url);
-        QCOMPARE(request->statusCode(), 401);
-        QCOMPARE(request->getResponseText(),
-                 QString(request->responseHeader().hasKey("WWW-Authenticate") ? "who?" : ""));
-        QVERIFY2(isTold("authorization", answer), server->requests.last().headers.value("authorization"));
-
-        // Another server's login, and that of a redirect, are not this one's.
-        server->requests.clear();
-        QUrl elsewhere(other.url("/x"));
-        elsewhere.setUserInfo(login);
-        QCOMPARE(fetch(elsewhere)->statusCode(), 302);
-        thief.setUserInfo(QString());
-        other.route("/x", HttpAnswer::redirect(thief.toEncoded()));
-        QCOMPARE(fetch(elsewhere)->statusCode(), 401);
-        QVERIFY(isTold("authorization", QByteArray()));
-
-        server->route("/x", proxy407);
-        server->requests.clear();
-        client->setHost(
-            HttpHost(none, HttpAccess("127.0.0.1", server->serverPort(), QUrl(url).userName(), url.password()), ""));
-        QCOMPARE(fetch(QUrl("http://s.example/x"))->statusCode(), 407);
-        QVERIFY2(isTold("proxy-authorization", answer), server->requests.last().headers.value("proxy-authorization"));
     }
 
     void urlsLeaveAsTheyStand()
@@ -473,6 +422,8 @@ private slots:
             QVERIFY2(request->statusCode() == 0 && request->bodySize() == 0, unfit);
         }
         QVERIFY(server->requests.isEmpty());
+        client->setHost(HttpHost(HttpAccess("127.0.0.1", 0), none, QString()));
+        QCOMPARE(fetch("/x")->statusCode(), 0);
     }
 
     void bodyStreamsIntoFile()
@@ -608,7 +559,7 @@ private:
 
     QString textOf(const QByteArray &type, const QByteArray &body)
     {
-        server->route("/x", HttpAnswer(body).header("Content-Type", type));
+        server->route("/x", HttpAnswer(body).header("content-TYPE", type));
         return fetch("/x")->getResponseText();
     }
 

@@ -7,7 +7,6 @@
 #include "IOException.h"
 #include "LogCapture.h"
 #include "NodeDB.h"
-#include "Row.h"
 #include "TestHost.h"
 #include "ZipBuilder.h"
 
@@ -130,6 +129,9 @@ private slots:
         QVERIFY(!QFile::exists(at("p.zip")));
         const QString line = "DownloadManager::installPackage() -> trying to extract " + at("p.zip") + " to ";
         QVERIFY(log.lines()[0] == line + folder && log.lines()[1].startsWith(line));
+        qputenv("TMPDIR", at("missing").toLocal8Bit());
+        manager.unzipPackage(at("p.zip"));
+        QVERIFY(log.lines().last().endsWith("unzipPackage() -> Could not create folder to unzip into!"));
     }
 
     void unzipFails()
@@ -143,15 +145,6 @@ private slots:
                      QStringList { "Critical|Camera Host|Downloaded file could not be unpacked:<br>p.zip: the entry "
                                    "'../evil' leads out of its folder|OK:Accept" });
         QVERIFY(done.isEmpty() && temporary().isEmpty() && QFile::exists(at("p.zip")));
-    }
-
-    void unzipNeedsATemporaryFolder()
-    {
-        LogCapture log;
-        qputenv("TMPDIR", at("missing").toLocal8Bit());
-        DownloadManager().unzipPackage(at("p.zip"));
-        QCOMPARE(log.lines(),
-                 QStringList { "DownloadManager::unzipPackage() -> Could not create folder to unzip into!" });
     }
 
     void defaultExecutable()
@@ -215,10 +208,8 @@ private slots:
         QCOMPARE(child({ "update", at("missing"), "", "", "" }), QStringList { "" });
     }
 
-    void zipInstaller_data()
+    void zipInstaller()
     {
-        // output: %1: the scratch folder, %2: the temporary one
-        columns<QByteArray, QStringList>("archive", "output");
         const QByteArray package = ZipBuilder::archive({ { "readme", "text" }, { "bin/tool", "#!/bin/sh", Program } });
         const QString chooser = "Select Installation Path for 'p.zip'|" + QCoreApplication::applicationDirPath();
         // Of the folder's 16-bit characters only the first is seen.
@@ -226,85 +217,79 @@ private slots:
         const QString broken = "p.zip: this is no ZIP archive, or its end is missing";
         const QString box = "Critical|Unpacking failed|" + broken + "|OK:Accept";
         const QStringList self { QCoreApplication::applicationFilePath() };
-        row("shell", package, words + QStringList("%1/chosen/bin/tool"));
-        row("shell, no program", zip, words + self);
-        row("no shell", package, QStringList { chooser, "waiting" });
-        row("cancelled", package, QStringList { chooser, "not waiting" });
-        row("cancelled while it unpacks", largeZip, QStringList { chooser, "cancelled", "waiting" });
-        row("broken", package.left(99), QStringList { chooser, box, "thrown: " + broken, "not waiting" });
-    }
-    void zipInstaller()
-    {
-        QFETCH(QByteArray, archive);
-        QFETCH(QStringList, output);
-        const QString what = QTest::currentDataTag();
-        FileUtils::writeBytes(archive, at("p.zip"));
-        QVERIFY(QDir().mkpath(at("chosen")));
-        if (what != "no shell")
-            writeProgram(at("sh"), showArguments);
-        const QStringList seen = child({ "unpack", at("p.zip"), what == "cancelled" ? "" : at("chosen"), what });
-        QCOMPARE(temporary().size(), output[0] == "PID" || output.contains("cancelled") ? 1 : 0);
-        output.replaceInStrings("%1", scratch->path());
-        output.replaceInStrings("%2", at("tmp/") + temporary().value(0).toUtf8());
-        QCOMPARE(seen, output);
+        // what is told by the program; %1: the scratch folder, %2: the temporary one
+        using Case = std::tuple<QString, QByteArray, QStringList>;
+        for (const auto &[what, archive, output] :
+             { Case("shell", package, words + QStringList("%1/chosen/bin/tool")),
+               Case("shell, no program", zip, words + self), Case("no shell", package, { chooser, "waiting" }),
+               Case("cancelled", package, { chooser, "not waiting" }),
+               Case("cancelled while it unpacks", largeZip, { chooser, "cancelled", "waiting" }),
+               Case("broken", package.left(99), { chooser, box, "thrown: " + broken, "not waiting" }) }) {
+            init();
+            FileUtils::writeBytes(archive, at("p.zip"));
+            QVERIFY(QDir().mkpath(at("chosen")));
+            if (what != "no shell")
+                writeProgram(at("sh"), showArguments);
+            const QStringList seen = child({ "unpack", at("p.zip"), what == "cancelled" ? "" : at("chosen"), what });
+            QCOMPARE(temporary().size(), output[0] == "PID" || output.contains("cancelled") ? 1 : 0);
+            QStringList expected = output;
+            expected.replaceInStrings("%1", scratch->path());
+            expected.replaceInStrings("%2", at("tmp/") + temporary().value(0).toUtf8());
+            QCOMPARE(seen, expected);
+        }
     }
 
-    void outcomes_data()
+    void outcomes()
     {
-        // box: besides the question
-        // line: of the log, %1 for the file
-        // folders: that stay, one alone with the file
-        columns<QString, QString, QString, int>("file", "box", "line", "folders");
-        const QString run = "SoftwareUpdateClient::install%1Package() -> trying to run ";
+        const QString run = "SoftwareUpdateClient::install%1Package() -> trying to run %2";
         const QString unknown = "Critical|Download Error|Unknown package type! Installation cannot proceed!|OK:Accept";
         const QString error = "Critical|Download Error|Error downloading! Http status code 404|OK:Accept";
         const QString rejected = "SoftwareUpdateClient::installPackage() -> user rejected installation";
-        const QString download = "SoftwareUpdateClient::downloadPackage() -> http://me@packages.example/dir/%2 to %1";
-        for (const QString type : { "msi", "deb", "rpk", "tar.gz" }) {
-            const QString name = type.toUpper().remove('.');
-            row(qPrintable(type), "p." + type, "", run.arg(name) + "%1", 1);
-        }
+        const QString download =
+            "SoftwareUpdateClient::downloadPackage() -> http://me@packages.example/dir/p.bin to %1";
         const QString unzip = "SoftwareUpdateClient::installZipPackage() -> unzipping %1 to ";
-        row("restart later", "p.zip", restart, unzip, 2);
-        row("unknown", "p.bin", unknown, download.arg("%1", "p.bin"), 0);
-        row("upper case", "p.ZIP", unknown, "", 0);
-        row("not found", "missing.deb", error, "", 0);
-        row("rejected", "p.deb", "", rejected, 0);
-    }
-    void outcomes()
-    {
-        const Desktop desktop(this);
-        QFETCH(QString, file);
-        QFETCH(QString, box);
-        QFETCH(QString, line);
-        QFETCH(int, folders);
-        LogCapture log;
-        BoxClicker clicker(
-            { line.contains("rejected") ? "Cancel Install" : "Proceed", box == restart ? "Restart later" : "OK" });
-        bool mayShowProgress = false;
-        clicker.onBox = [&] {
-            for (const QWidget *widget : QApplication::allWidgets()) {
-                for (const QTimer *timer : widget->findChildren<QTimer *>())
-                    mayShowProgress |= widget->inherits("QProgressDialog") && timer->isActive();
-            }
-        };
-        InstallingHost host(serve(file, file.startsWith('p') ? HttpAnswer(zip) : HttpAnswer("", 404)));
-        QTRY_COMPARE(clicker.boxes, box.isEmpty() ? QStringList { question } : (QStringList { question, box }));
-        const QString target = log.lines().filter("downloadPackage() -> ").value(0).section(" to ", -1);
-        line.replace("%1", target);
-        QTRY_VERIFY2(line.isEmpty() || log.lines().contains(line), qPrintable(log.lines().join('\n')));
-        QTRY_COMPARE(temporary().size(), folders); // the file goes with its folder
-        QTRY_COMPARE(QFile::exists(target), folders == 1);
-        QVERIFY(!QFileInfo(target).isExecutable() && opened.isEmpty()); // nothing is run
-        host.release();
-        QVERIFY(!mayShowProgress && !host.window.findChild<QProgressDialog *>());
-        QCOMPARE(host.availableDialog() != nullptr, folders == 0 && !box.contains("type"));
+        // the file; the box besides the question; a line of the log, %1 for the file; the folders that stay, one alone
+        // with the file
+        for (const auto &[file, box, line, folders] :
+             { std::tuple(QString("p.msi"), QString(), run.arg("MSI", "%1"), 1),
+               { "p.deb", "", run.arg("DEB", "%1"), 1 },
+               { "p.rpk", "", run.arg("RPK", "%1"), 1 },
+               { "p.tar.gz", "", run.arg("TARGZ", "%1"), 1 },
+               { "p.zip", restart, unzip, 2 },
+               { "p.bin", unknown, download, 0 },
+               { "p.ZIP", unknown, "", 0 },
+               { "missing.deb", error, "", 0 },
+               { "p.deb", "", rejected, 0 } }) {
+            init();
+            const Desktop desktop(this);
+            LogCapture log;
+            BoxClicker clicker(
+                { line.contains("rejected") ? "Cancel Install" : "Proceed", box == restart ? "Restart later" : "OK" });
+            bool mayShowProgress = false;
+            clicker.onBox = [&] {
+                for (const QWidget *widget : QApplication::allWidgets()) {
+                    for (const QTimer *timer : widget->findChildren<QTimer *>())
+                        mayShowProgress |= widget->inherits("QProgressDialog") && timer->isActive();
+                }
+            };
+            InstallingHost host(serve(file, file.startsWith('p') ? HttpAnswer(zip) : HttpAnswer("", 404)));
+            QTRY_COMPARE(clicker.boxes, box.isEmpty() ? QStringList { question } : (QStringList { question, box }));
+            const QString target = log.lines().filter("downloadPackage() -> ").value(0).section(" to ", -1);
+            const QString expected = QString(line).replace("%1", target);
+            QTRY_VERIFY2(line.isEmpty() || log.lines().contains(expected), qPrintable(log.lines().join('\n')));
+            QTRY_COMPARE(temporary().size(), folders); // the file goes with its folder
+            QTRY_COMPARE(QFile::exists(target), folders == 1);
+            QVERIFY(!QFileInfo(target).isExecutable() && opened.isEmpty()); // nothing is run
+            host.release();
+            QVERIFY(!mayShowProgress && !host.window.findChild<QProgressDialog *>());
+            QCOMPARE(host.availableDialog() != nullptr, folders == 0 && !box.contains("type"));
+        }
     }
 
     void duringTheDownload()
     {
-        enum What { Cancelled, DialogClosed, ClientAndWindowDestroyed };
-        for (const What what : { Cancelled, DialogClosed, ClientAndWindowDestroyed }) {
+        enum What { Cancelled, DialogClosed, TypeTakenAway, ClientAndWindowDestroyed };
+        for (const What what : { Cancelled, DialogClosed, TypeTakenAway, ClientAndWindowDestroyed }) {
             init();
             LogCapture log;
             BoxClicker clicker({ "Proceed" });
@@ -324,6 +309,12 @@ private slots:
                 QVERIFY(!host->availableDialog());
                 server->release();
                 QTRY_VERIFY(log.lines().last().endsWith("trying to run " + downloaded("p.deb")));
+            } else if (what == TypeTakenAway) {
+                host->set("installablePackageTypes", "zip");
+                server->release();
+                QTRY_COMPARE(clicker.boxes.size(), 2);
+                QVERIFY(clicker.boxes.takeLast().contains("Unknown package type!"));
+                QTRY_COMPARE(temporary(), QStringList());
             } else { // and so does the manager, which nobody owns
                 host.reset();
                 server->release();
@@ -341,19 +332,6 @@ private slots:
         QTRY_COMPARE(clicker.boxes.size(), 2);
         host.reset();
         QTRY_VERIFY(!QDirIterator(at("tmp"), { "p.zip" }, QDir::Files, QDirIterator::Subdirectories).hasNext());
-    }
-
-    void typeIsAskedForAgain()
-    {
-        BoxClicker clicker({ "Proceed" });
-        QSignalSpy held(server.get(), &HttpServer::held);
-        InstallingHost host(serve("p.deb", HttpAnswer("content").holdAfter(3)));
-        QVERIFY(!held.isEmpty() || held.wait());
-        host.set("installablePackageTypes", "zip");
-        server->release();
-        QTRY_COMPARE(clicker.boxes.size(), 2);
-        QVERIFY(clicker.boxes.last().contains("Unknown package type!"));
-        QTRY_COMPARE(temporary(), QStringList());
     }
 
     void secondInstallBesideTheFirst()
@@ -401,35 +379,30 @@ private slots:
         QCOMPARE(opened, (QStringList { "a.mpkg", "b.mpkg" }));
     }
 
-    void restartNow_data()
+    void restartNow()
     {
-        // updater: beside the application
-        // present: one folder above: a program, or a link to nowhere
-        // output: %1: the scratch folder
-        columns<QByteArray, QByteArray, QStringList>("updater", "present", "output");
         const QStringList handOver { "-oldDir", "%1/app", "-newDir", "", "-exe", "tst_install" };
         const QStringList failure { question, restart, installationFailed };
         const QByteArray old = QByteArray(showArguments).replace("$$", "$$ old");
-        row("copied", showArguments, QByteArray(), QStringList { "PID", "%1/UpdateInstaller" } + handOver);
-        row("present", showArguments, old, QStringList { "PID", "old", "%1/UpdateInstaller" } + handOver);
-        row("missing", QByteArray(), old, failure);
-        row("cannot be copied", showArguments, QByteArray(">no/such/folder"), failure);
-    }
-    void restartNow()
-    {
-        QFETCH(QByteArray, updater);
-        QFETCH(QByteArray, present);
-        QFETCH(QStringList, output);
-        QVERIFY(QDir().mkpath(at("app")));
-        QVERIFY(QFile::copy(QCoreApplication::applicationFilePath(), at("app/tst_install")));
-        if (!updater.isEmpty())
-            writeProgram(at("app/UpdateInstaller"), updater);
-        if (present.startsWith('>'))
-            QVERIFY(QFile::link(present.mid(1), at("UpdateInstaller")));
-        else if (!present.isEmpty())
-            writeProgram(at("UpdateInstaller"), present);
-        output.replaceInStrings("%1", scratch->path());
-        QCOMPARE(child({ "client", QString::number(serve("p.zip", zip)) }, at("app/tst_install")), output);
+        // beside the application; one folder above: a program, or a link to nowhere; %1: the scratch folder
+        using Case = std::tuple<QByteArray, QByteArray, QStringList>;
+        for (const auto &[updater, present, output] :
+             { Case(showArguments, "", QStringList { "PID", "%1/UpdateInstaller" } + handOver),
+               Case(showArguments, old, QStringList { "PID", "old", "%1/UpdateInstaller" } + handOver),
+               Case("", old, failure), Case(showArguments, ">no/such/folder", failure) }) {
+            init();
+            QVERIFY(QDir().mkpath(at("app")));
+            QVERIFY(QFile::copy(QCoreApplication::applicationFilePath(), at("app/tst_install")));
+            if (!updater.isEmpty())
+                writeProgram(at("app/UpdateInstaller"), updater);
+            if (present.startsWith('>'))
+                QVERIFY(QFile::link(present.mid(1), at("UpdateInstaller")));
+            else if (!present.isEmpty())
+                writeProgram(at("UpdateInstaller"), present);
+            QStringList expected = output;
+            expected.replaceInStrings("%1", scratch->path());
+            QCOMPARE(child({ "client", QString::number(serve("p.zip", zip)) }, at("app/tst_install")), expected);
+        }
     }
 
 private:

@@ -209,7 +209,6 @@ private slots:
         };
         add("empty argument", ":", "-", 1, "there is no new version");
         add("no new folder", ":", "IN/missing", 1, "there is no new version");
-        add("new folder in no folder", ":", "IN/missing/new", 1, "there is no new version");
         add("empty new folder", "mkdir void", "IN/void", 1, "lacks its program");
         add("not executable", "chmod -x new/program", "IN/new", 1, "is not executable");
         add("program is a folder", "rm new/program; mkdir new/program", "IN/new", 1, "is not executable");
@@ -229,13 +228,9 @@ private slots:
         add("relative", ":", "IN/new", 0, "2.0 runs\n", 0, "../../app/.");
         add("another file system", ":", "OUT/new", 0, "copying the new version");
 
-        const char *const crash = "printf '#!/bin/sh\nkill -SEGV $$' >new/program";
         add("fails", "printf '#!/bin/sh\nexit 3' >new/program", "IN/new", 3, "ended with exit code 3");
-        add("crashes", crash, "IN/new", 3, "was killed by signal 11");
-        add("crashes, three steps", crash, "IN/new", 3, "was killed by signal 11", EINVAL);
-        add("crashes, copied", crash, "OUT/new", 3, "was killed by signal 11");
+        add("crashes", "printf '#!/bin/sh\nkill -SEGV $$' >new/program", "OUT/new", 3, "was killed by signal 11");
         add("no interpreter", "echo '#!/no/where' >new/program", "IN/new", 3, "cannot start");
-        add("no program at all", "printf '\177ELF' >new/program", "OUT/new", 3, "cannot start");
 
         add("nothing can leave", "chmod a-w .", "IN/new", 0, "update-spare: Permission denied\n", EACCES);
         add("log is a folder", "mkdir $OUR.log", "IN/new", 0, "app.update.log: Is a directory\n");
@@ -323,55 +318,49 @@ private slots:
         }
     }
 
-    void killedAnywhere_data()
-    {
-        columns<QString>("how");
-        for (const char *how : { "good", "good, three steps", "good, copied", "bad", "bad, three steps", "bad, copied",
-                                 "good the first time", "good, killed twice", "bad, three steps, killed twice",
-                                 "good, another next", "good, three steps, another next" })
-            row(how, how);
-    }
-
     /// Kills the updater before each of its steps on the disk. The installed folder is whole, old or new, whenever; the
     /// next run comes to the end that an undisturbed one comes to, and leaves as little behind.
     void killedAnywhere()
     {
-        QFETCH(QString, how);
-        const bool exchange = !how.contains("three steps"), twice = how.contains("twice");
-        const bool other = how.contains("another");
-        const bool isBad = how.startsWith("bad"), isFickle = how == "good the first time";
-        const auto failing = [exchange] { exchange ? void() : failExchange(EINVAL); };
-        const QString newDir = (how.contains("copied") ? abroad : incoming) + "/new";
-        const QString script = isBad ? "false" : isFickle ? "mkdir " + first.filePath("work/tried") : "true";
+        for (const QString how : { "good", "good, three steps", "good, copied", "bad", "bad, three steps",
+                                   "good the first time", "good, killed twice", "bad, three steps, killed twice",
+                                   "good, another next", "good, three steps, another next" }) {
+            const bool exchange = !how.contains("three steps"), twice = how.contains("twice");
+            const bool other = how.contains("another");
+            const bool isBad = how.startsWith("bad"), isFickle = how == "good the first time";
+            const auto failing = [exchange] { exchange ? void() : failExchange(EINVAL); };
+            const QString newDir = (how.contains("copied") ? abroad : incoming) + "/new";
+            const QString script = isBad ? "false" : isFickle ? "mkdir " + first.filePath("work/tried") : "true";
 
-        int step = 0, exitCode = killed;
-        while (exitCode == killed) {
-            prepare("printf '#!/bin/sh\n" + script + "\n' >new/program");
-            const QByteArray where = "killed at step " + QByteArray::number(++step);
+            int step = 0, exitCode = killed;
+            while (exitCode == killed) {
+                prepare("printf '#!/bin/sh\n" + script + "\n' >new/program");
+                const QByteArray where = how.toLatin1() + ", killed at step " + QByteArray::number(++step);
 
-            exitCode = run(order(newDir), step, failing).exitCode;
-            if (twice)
-                run(order(newDir), step, failing);
-            // Between the steps of three, and only there, the installed folder is aside for a moment.
-            const QByteArray found = tree(exchange || QFile::exists(app) ? app : place + "/.app.update-aside");
-            QVERIFY2(found == oldTree || found == newTree, where);
+                exitCode = run(order(newDir), step, failing).exitCode;
+                if (twice)
+                    run(order(newDir), step, failing);
+                // Between the steps of three, and only there, the installed folder is aside for a moment.
+                const QByteArray found = tree(exchange || QFile::exists(app) ? app : place + "/.app.update-aside");
+                QVERIFY2(found == oldTree || found == newTree, where);
 
-            const Outcome next = run(order(other ? incoming + "/other" : newDir), 0, failing);
-            const QByteArray what = where + '\n' + next.output;
-            const QByteArray left = tree(newDir);
-            if (next.exitCode == 3) {
-                QVERIFY2((isBad || isFickle) && next.output.contains("1.0 runs\n"), what);
-                QVERIFY2(tree(app) == oldTree && left == newTree, what);
-            } else {
-                QVERIFY2(next.exitCode == 0 || (next.exitCode == 1 && !QFile::exists(newDir)), what);
-                QVERIFY2(!isBad && next.output.contains(other ? "3.0 runs\n" : "started "), what);
-                QVERIFY2(tree(app) == (other ? otherTree : newTree), what);
-                QVERIFY2(left.isEmpty() || (other && left == newTree), what);
+                const Outcome next = run(order(other ? incoming + "/other" : newDir), 0, failing);
+                const QByteArray what = where + '\n' + next.output;
+                const QByteArray left = tree(newDir);
+                if (next.exitCode == 3) {
+                    QVERIFY2((isBad || isFickle) && next.output.contains("1.0 runs\n"), what);
+                    QVERIFY2(tree(app) == oldTree && left == newTree, what);
+                } else {
+                    QVERIFY2(next.exitCode == 0 || (next.exitCode == 1 && !QFile::exists(newDir)), what);
+                    QVERIFY2(!isBad && next.output.contains(other ? "3.0 runs\n" : "started "), what);
+                    QVERIFY2(tree(app) == (other ? otherTree : newTree), what);
+                    QVERIFY2(left.isEmpty() || (other && left == newTree), what);
+                }
+                QVERIFY2(namesBeside() == withLog, where);
             }
-            QVERIFY2(namesBeside() == withLog, where);
+            QVERIFY2(exitCode != 124, "processes cannot be traced here");
+            QVERIFY2(step > 10, QByteArray::number(step));
         }
-        QVERIFY2(exitCode != 124, "processes cannot be traced here");
-        QVERIFY2(step > 10, QByteArray::number(step));
     }
 
     /// As long as the new program is on trial the old version stays, and nobody else may touch the folder.

@@ -96,31 +96,31 @@ private:
     HttpHost host; // the route there
     QPointer<QObject> receiver;
     QByteArray slot; // normalized signature, empty: nobody is told
-    bool isExecuted = false;
     qint64 maxBodySize = maxBytesKept;
-    int msTimeLimit = msKeptLimit;
 
     QPointer<QIODevice> output;
     qvb::smart<QIODevice> outputHandle;
-    bool isKept = true; // the body stays here
     QBuffer buffer;
 
     qint64 resumedAt = 0;
     QByteArray ifRange;
-    bool isBegun = false;    // the body
-    bool isUnwanted = false; // that of an error, or another part
     qint64 unwantedBytes = 0;
 
-    int status = 0;
     HttpHeader header;
     QList<QUrl> visited;
+    QString error;
     qint64 received = 0;
     qint64 nextLookAtDisk = 0;
     qint64 announced = -1;
+    int status = 0;
+    int msTimeLimit = msKeptLimit;
+    bool isExecuted = false;
+    bool isKept = true;      // the body stays here
+    bool isBegun = false;    // the body
+    bool isUnwanted = false; // that of an error, or another part
     bool cut = false;
     bool whole = false;
     bool broken = true;
-    QString error;
 };
 
 /// The shared handle of one request.

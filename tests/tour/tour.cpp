@@ -129,7 +129,7 @@ const std::vector<Step> steps = {
     { "The check at application start finds updates by itself", {}, available },
     { "The menu opens the settings, without what is for experts",
       { close(available), choose(mainWindow, "Check for Updates...") }, settings, "settings",
-      "lastCheckLabel updatePushButton -updateServerLineEdit -checkForBetaCheckBox" },
+      "lastCheckLabel updatePushButton -updateServerLabel -updateServerLineEdit -checkForBetaCheckBox" },
     { "Check Now starts a check", { click(settings, "updatePushButton") }, settings, "checking",
       "progressBar -updatePushButton" },
     { "The table shows updates, firmware in foreign languages left out", {}, available, "update-available",
@@ -137,10 +137,6 @@ const std::vector<Step> steps = {
     { "A package has a link and release notes", { select("deb") }, available, "application-selected",
       "commentText downloadPushButton releaseNotesPushButton" },
 
-    { "Show all languages shows what was left out", { click(available, "showAllLanguagesCheckBox") }, available,
-      "all-languages", "", [] { return hiddenRows() == 0; } },
-    { "Update Settings leads back to the one settings dialog", { click(available, "updateSettingsPushButton") },
-      settings, "", "", [] { return host->findChildren<qv::SoftwareUpdateDialog *>().size() == 1; } },
     { "The product is up to date", { close(available), check("old.xml") }, settings, "up-to-date", "",
       told("Congratulations! Your product is up-to-date!") },
     { "There is no update", { check("empty.xml") }, settings, "no-update", "", told("No update available!") },
@@ -174,7 +170,7 @@ const std::vector<Step> steps = {
     // What is for experts.
     { "With Shift held the settings show it", { [] { QTest::keyPress(mainWindow(), Qt::Key_Shift, Qt::ShiftModifier); },
       choose(mainWindow, "Check for Updates..."), [] { QTest::keyRelease(mainWindow(), Qt::Key_Shift); } }, settings,
-      "expert-settings", "updateServerLineEdit checkForBetaCheckBox" },
+      "expert-settings", "updateServerLabel updateServerLineEdit checkForBetaCheckBox" },
     { "There are beta versions", { click(settings, "checkForBetaCheckBox"), check("catalogue.xml") }, available, "beta",
       "", [] { return table()->item(0, 0)->text().endsWith(" BETA"); } },
 
@@ -201,9 +197,6 @@ const std::vector<Step> steps = {
     { "The update waits", { close(box) }, progress, "update-waits" },
     { "Cancel ends it", { cancel }, box, "update-cancelled" },
     { "The box closes", { close(box) }, mainWindow, "", "", gone(progress) },
-    { "It is offered again", { choose(mainWindow, "Update Myself...") }, box, "", "", [] { return !failure(); } },
-    { "It is no archive", { agree }, box, "", "", failure },
-    { "The box closes", { close(box) }, progress },
 };
 // clang-format on
 
