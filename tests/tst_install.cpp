@@ -259,6 +259,7 @@ private slots:
                { "p.bin", unknown, download, 0 },
                { "p.ZIP", unknown, "", 0 },
                { "missing.deb", error, "", 0 },
+               { "forged.zip", QString(error).replace("404", "200"), "", 0 }, // not what the catalogue has the hash of
                { "p.deb", "", rejected, 0 } }) {
             init();
             const Desktop desktop(this);
@@ -272,7 +273,7 @@ private slots:
                         mayShowProgress |= widget->inherits("QProgressDialog") && timer->isActive();
                 }
             };
-            InstallingHost host(serve(file, file.startsWith('p') ? HttpAnswer(zip) : HttpAnswer("", 404)));
+            InstallingHost host(serve(file, file.startsWith('m') ? HttpAnswer("", 404) : HttpAnswer(zip)));
             QTRY_COMPARE(clicker.boxes, box.isEmpty() ? QStringList { question } : (QStringList { question, box }));
             const QString target = log.lines().filter("downloadPackage() -> ").value(0).section(" to ", -1);
             const QString expected = QString(line).replace("%1", target);
@@ -418,7 +419,8 @@ private:
         const QByteArray path = "packages.example/dir/" + file.toUtf8();
         packages += "<package name='Camera Host' release='2.0' status='STABLE' file-size='"
             + QByteArray::number(answer.body.size() + (answer.status == 200 ? 0 : 9)) + "' release-date='2026-01-0"
-            + QByteArray::number(packages.count("url") + 1) + "' url='http://me:s3cret@" + path + "'/>";
+            + QByteArray::number(packages.count("url") + 1) + "' url='http://me:s3cret@" + path
+            + (file.startsWith('f') ? "' sha256='" + QByteArray(64, '0') : QByteArray()) + "'/>";
         server->route("http://updates.example/xml", HttpAnswer("<softwareList>" + packages + "</softwareList>"));
         server->route("http://" + path, answer);
         return server->serverPort();
