@@ -74,8 +74,11 @@ public:
     /// HttpAccessHistory::proxies.
     void setProxy(HttpHost::ProxyPreference preference, const QString &address);
 
-    /// True while a query or a download runs.
+    /// True while a query or a download runs, or a download waits for its next attempt.
     bool isQueryBusy() const;
+
+    /// What kept the last download from coming to its end, in Qt's words; empty where the transfer itself did not fail.
+    QString errorText() const;
 
     /// Whether the user asked for regular checks: remembered here, acted on by the host.
     bool isRegularCheck() const;
@@ -211,9 +214,6 @@ public slots:
     /// it leaves for port 80 over plain HTTP whatever the URL says. A policy may say otherwise
     /// (UpdatePolicy::followAddresses).
     void startDownload(const PackageInfo &package, const QString &path);
-
-    /// What kept the last download from coming to its end, in Qt's words; empty where the transfer itself did not fail.
-    QString errorText() const;
 
     /// Drops whatever runs, a query too, and the downloads that wait behind it: they emit nothing any more. Emits
     /// downloadAborted() in any case. What came of a file stays on the disk.
