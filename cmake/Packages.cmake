@@ -87,7 +87,7 @@ foreach(component IN LISTS CPACK_COMPONENTS_ALL)
 endforeach()
 set(folder ${CMAKE_INSTALL_DATADIR}/doc/${development})
 install(FILES README.md DESTINATION ${folder} COMPONENT development EXCLUDE_FROM_ALL)
-install(FILES docs/hosts.md docs/catalogue.md DESTINATION ${folder}/docs COMPONENT development EXCLUDE_FROM_ALL)
+install(FILES docs/hosts.md docs/catalogue.md docs/security.md DESTINATION ${folder}/docs COMPONENT development EXCLUDE_FROM_ALL)
 install(DIRECTORY docs/images DESTINATION ${folder}/docs COMPONENT development EXCLUDE_FROM_ALL)
 install(FILES docs/catalogue.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${CPACK_DEBIAN_TOOLS_PACKAGE_NAME}
     COMPONENT tools EXCLUDE_FROM_ALL)
