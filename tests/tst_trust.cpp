@@ -8,6 +8,8 @@
 
 using namespace qv;
 
+Q_DECLARE_METATYPE(qv::Seal::Verdict)
+
 namespace {
 
 const QDateTime now(QDate(2030, 6, 1), QTime(12, 0), Qt::UTC);
