@@ -234,7 +234,7 @@ private slots:
         DownloadManager manager(f.server.url("/c"));
         manager.setPolicy(f.policy);
         QCOMPARE(foundBy(manager), 1);
-        QCOMPARE(f.server.targets().size(), 8);
+        QCOMPARE(f.server.targets().count("/s"), 2);
     }
 
     // What was seen counts for all runs, where the store can be written, and else for this one.
@@ -310,7 +310,7 @@ private slots:
             url.setScheme("https");
             return url;
         };
-        QVERIFY(download(url("/p.zip"), 10, "0123456789").contains("certificate"));
+        QVERIFY(download(url("/p.zip"), 10, "0123456789").contains("SSL handshake failed")); // Qt 6 says why
         const QSslConfiguration before = QSslConfiguration::defaultConfiguration();
         QSslConfiguration trusting = before;
         trusting.setCaCertificates(server.certificates());
