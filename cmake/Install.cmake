@@ -30,6 +30,8 @@ set(QV_PUBLIC_HEADERS
     platform/http/HttpClient.h
     platform/http/HttpHeader.h
     platform/http/HttpHost.h
+    platform/http/HttpLogin.h
+    platform/http/HttpThreads.h
     platform/http/NetworkProxy.h
     platform/http/NodeDB.h
     platform/http/RequestData.h
