@@ -57,21 +57,25 @@ QNetworkRequest networkRequest(const QUrl &url)
     return request;
 }
 
+/// Whether it was the way to the server that failed, not its answer.
+bool isOfTheWay(QNetworkReply::NetworkError error)
+{
+    return error != QNetworkReply::NoError && error <= QNetworkReply::UnknownProxyError
+        && error != QNetworkReply::TooManyRedirectsError && error != QNetworkReply::InsecureRedirectError;
+}
+
 /// After a redirect Qt may tell the old status once more: a server that was not reached then has none.
 bool isLeftOver(int status, QNetworkReply::NetworkError error)
 {
-    return status / 100 == 3 && error != QNetworkReply::NoError && error <= QNetworkReply::UnknownProxyError
-        && error != QNetworkReply::TooManyRedirectsError && error != QNetworkReply::InsecureRedirectError;
+    return status / 100 == 3 && isOfTheWay(error);
 }
 
 /// Whether the same request may end better another time.
 bool mightPass(QNetworkReply::NetworkError error)
 {
-    const bool isOfTheWay = error != QNetworkReply::NoError && error <= QNetworkReply::UnknownProxyError
-        && error != QNetworkReply::ProxyAuthenticationRequiredError;
-    const bool isDecided = error == QNetworkReply::SslHandshakeFailedError
-        || error == QNetworkReply::TooManyRedirectsError || error == QNetworkReply::InsecureRedirectError;
-    return (isOfTheWay && !isDecided) || error >= QNetworkReply::InternalServerError;
+    const bool isDecided =
+        error == QNetworkReply::SslHandshakeFailedError || error == QNetworkReply::ProxyAuthenticationRequiredError;
+    return (isOfTheWay(error) && !isDecided) || error >= QNetworkReply::InternalServerError;
 }
 
 HttpHeader headerOf(const QNetworkReply &reply)
