@@ -88,12 +88,6 @@ QString Catalogue::title(int index) const
         .simplified();
 }
 
-std::optional<QString> ownValue(const XmlElement &level, const QString &word)
-{
-    const XmlElement child = level.firstChild(word);
-    return child.isNull() ? level.attribute(word) : child.text();
-}
-
 Written written(const XmlElement &package, const QString &word)
 {
     const XmlElement file = package.firstChild(Word::file);

@@ -52,9 +52,6 @@ struct Written
 };
 Written written(const XmlElement &package, const QString &word);
 
-/// What the level itself says.
-std::optional<QString> ownValue(const XmlElement &level, const QString &word);
-
 bool isAddress(const QString &source);
 
 /// The bytes of a file or, where isAddress(), of a server's answer with the status 200; redirects are followed. Null

@@ -1,5 +1,6 @@
 // What a catalogue says where nobody reads it: names that no client knows, and known ones in the wrong place; and links
 // that lead nowhere. Called by "lint".
+#include "CatalogueReader.h"
 #include "Kinds.h"
 #include "Report.h"
 

@@ -13,7 +13,6 @@
 #include <array>
 #include <limits>
 #include <memory>
-#include <optional>
 #include <vector>
 
 namespace qv {
@@ -41,14 +40,6 @@ public:
 private:
     QDomNode node;
 };
-
-/// What one level itself says of a value: its first child of that name, or else its attribute.
-template<class Element>
-std::optional<QString> ownValue(const Element &level, const QString &word)
-{
-    const Element child = level.firstChild(word);
-    return child.isNull() ? level.attribute(word) : child.text();
-}
 
 /// All that one level itself says of it: its children of that name, then its attribute.
 template<class Element, class Function>
@@ -311,14 +302,10 @@ PackageInfo packageOver(const Level &around, const Element &package, Allowance &
     if (!file.isNull())
         level.add(file, level, allowance);
     PackageInfo whole = std::move(level).finished(allowance);
-    // Not from the sets around: it is that of one file.
-    auto hash = file.isNull() ? std::nullopt : ownValue(file, Word::sha256);
-    if (!hash)
-        hash = ownValue(package, Word::sha256);
-    if (hash) {
-        allowance.checkLength(*hash, longestText);
-        whole.sha256 = hash->toLower().toUtf8();
-    }
+    const QString hash =
+        valueOver(QString(), package, Word::sha256); // not from the sets around: it is that of one file
+    allowance.checkLength(hash, longestText);
+    whole.sha256 = hash.toLower().toUtf8();
     return whole;
 }
 

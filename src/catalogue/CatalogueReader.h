@@ -5,6 +5,8 @@
 #include <QDomElement>
 #include <QIODevice>
 
+#include <optional>
+
 namespace qv {
 
 /// The packages of the catalogue that @p device, open for reading, holds: those that stand in a set itself, then those
@@ -18,6 +20,15 @@ PackageInfoList readCatalogue(QIODevice *device);
 
 /// The same; throws ParseException with the reason.
 PackageInfoList parseCatalogue(QIODevice *device);
+
+/// What one level of a catalogue, an XmlElement for one, itself says of a value: its first child of that name, or else
+/// its attribute.
+template<class Element>
+std::optional<QString> ownValue(const Element &level, const QString &word)
+{
+    const Element child = level.firstChild(word);
+    return child.isNull() ? level.attribute(word) : child.text();
+}
 
 // The same rules for single nodes of a DOM.
 
