@@ -3,6 +3,7 @@
 #include "LogCapture.h"
 #include "ParseException.h"
 #include "Preferences.h"
+#include "QtCompat.h"
 #include "QuorvelSoftwareVersion.h"
 #include "Row.h"
 #include "StringUtils.h"
@@ -119,6 +120,7 @@ private slots:
     void mendedStore()
     {
         const QByteArray deep = QByteArray("\\0\\0\\0\\x9\\0\\0\\0\\x1").repeated(100'000);
+        const bool isLatin1 = !storesAreUtf8;
         for (const auto &[line, isKept] :
              { std::pair(QByteArray("a=@Variant(\\0\\0\\0\\x9\\0\\0\\x1\\0)"), false),
                { "a=\\x40V\\x61riant(\\0\\0\\0\\v\\x7f\\xff\\xff\\xff)", false },
@@ -127,6 +129,12 @@ private slots:
                { "a=@Variant(\\0\\0\\0\\b\\0\\0\\0\\x1\\0\\0\\0\\x2\\0x\\0\\0\\0\\x9\\0\\0\\xff\\0)", false },
                { "a=1, \\x40Variant(\\0\\0\\0\\t\\377\\0\\0\\0), \"\n\"", false },
                { "a=@Variant(\\0\\0\\0\\n\\xff\\0\\0\\0)", true },
+               { "a=@Variant(\\0\\0\\0\\x9\\x100\\0\\0\\0)", false },
+               { "a=@Variant(\\0\xd1\\0\\0\\x9 \\0\\0\\0)", isLatin1 },
+               { "a=\\x40\xef\xbb\xbfVariant(\\0\\0\\0\\x9\\x7f\\0\\0\\0)", isLatin1 },
+               { "a=\xc3\xbc \\x40home", true },
+               { "a=@Vari\\qant(\\0\\0\\0\\x9\\x7f\\0\\0\\0)", false },
+               { "a=@Var\\\r\niant(\\0\\0\\0\\x9\\x7f\\0\\0\\0)", false },
                { ";don\"t @Variant(\\0\\0\\0\\x9\\0\\0\\0\\0)", true },
                { "a=@Variant(" + deep + ')', false } }) {
             const QTemporaryDir folder;

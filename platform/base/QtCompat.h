@@ -13,6 +13,9 @@ namespace qv {
 /// Whether a DOM keeps a CDATA section that holds nothing but white space.
 constexpr bool domKeepsBlankSections = true;
 
+/// Whether texts in a QSettings file are UTF-8; Latin-1 otherwise.
+constexpr bool storesAreUtf8 = true;
+
 /// The meta-type id of a registered type name, QMetaType::UnknownType for others.
 inline int typeId(const QByteArray &name)
 {
@@ -22,6 +25,7 @@ inline int typeId(const QByteArray &name)
 #else
 
 constexpr bool domKeepsBlankSections = false;
+constexpr bool storesAreUtf8 = false;
 
 inline int typeId(const QByteArray &name)
 {

@@ -2,6 +2,8 @@
 // file as it is unless such a value is in it.
 #include "Preferences.h"
 
+#include "QtCompat.h"
+
 #include <QDataStream>
 #include <QFileInfo>
 #include <QMap>
@@ -17,6 +19,13 @@ constexpr qint64 mostBytes = 64 * 1024 * 1024;
 constexpr int mostLevels = 64;
 constexpr quint32 everything = ~0U;
 
+/// The place behind the backslash at @p at, and behind the end of line after that, which Qt takes for nothing.
+int behindBackslash(const QByteArray &text, int at)
+{
+    const QByteArray next = text.mid(at + 1, 2);
+    return at + (next == "\r\n" || next == "\n\r" ? 3 : 2);
+}
+
 /// Where the line that begins at @p begin ends for Qt, which reads on inside quotes and behind a backslash.
 int endOfLine(const QByteArray &text, int begin)
 {
@@ -28,38 +37,55 @@ int endOfLine(const QByteArray &text, int begin)
         if (text.at(i) == '"' && !isComment)
             isQuoted = !isQuoted;
         if (text.at(i) == '\\' && !isComment)
-            ++i;
+            i = behindBackslash(text, i) - 1;
     }
     return int(text.size());
 }
 
-/// The bytes that a line of the file stands for, without its quotes.
+/// The bytes that a line of the file stands for, without its quotes, and without letters that no escape is made of.
 QByteArray unescaped(const QByteArray &line)
 {
-    const QByteArray letters = "abfnrtv", codes = "\a\b\f\n\r\t\v", hex = "0123456789abcdefABCDEF";
+    constexpr uint ofLatin1 = 0xff, ofQt = 0xffff; // Qt keeps 16 bits, and makes '?' of what Latin-1 lacks
+    const QByteArray letters = "abfnrtv\"?'\\", codes = "\a\b\f\n\r\t\v\"?'\\", hex = "0123456789abcdefABCDEF";
     QByteArray bytes;
-    for (int i = 0; i < line.size(); ++i) {
-        if (line.at(i) == '"')
-            continue;
-        if (line.at(i) != '\\' || i + 1 == line.size()) {
-            bytes += line.at(i);
+    for (int i = 0, next = 0; i < line.size(); i = next) {
+        next = i + 1;
+        if (line.at(i) != '\\') {
+            if (line.at(i) != '"')
+                bytes += line.at(i);
             continue;
         }
-        const bool isHex = line.at(++i) == 'x';
+        const bool isHex = line.mid(next, 1) == "x";
         const QByteArray digits = isHex ? hex : hex.left(8);
-        const int begin = isHex ? i + 1 : i;
-        int end = begin;
-        while (end < line.size() && digits.contains(line.at(end)))
-            ++end;
-        if (end > begin) {
-            bytes += char(line.mid(begin, end - begin).right(3).toUInt(nullptr, isHex ? 16 : 8));
-            i = end - 1;
+        const int begin = next + int(isHex);
+        for (next = begin; next < line.size() && digits.contains(line.at(next));)
+            ++next;
+        if (next > begin) {
+            const uint code = line.mid(begin, next - begin).right(isHex ? 4 : 7).toUInt(nullptr, isHex ? 16 : 8) & ofQt;
+            bytes += code > ofLatin1 ? '?' : char(code);
         } else {
-            const auto letter = letters.indexOf(line.at(i));
-            bytes += letter < 0 ? line.at(i) : codes.at(letter);
+            next = behindBackslash(line, i);
+            if (next <= line.size() && letters.contains(line.at(i + 1)))
+                bytes += codes.at(letters.indexOf(line.at(i + 1)));
         }
     }
     return bytes;
+}
+
+/// The bytes of @p line as Qt hands them to its stream. Not clear where it moves or drops some: then those of ASCII
+/// alone, which is all that Qt itself writes behind a mark.
+QByteArray inLatin1(const QByteArray &line, bool *isClear)
+{
+    *isClear = true;
+    if (!storesAreUtf8)
+        return line;
+    const QString text = QString::fromUtf8(line);
+    *isClear = !text.contains(QChar::ReplacementCharacter) && !text.contains(QChar::ByteOrderMark);
+    if (*isClear)
+        return text.toLatin1();
+    QByteArray ascii;
+    std::copy_if(line.begin(), line.end(), std::back_inserter(ascii), [](uchar c) { return c < 0x80; });
+    return ascii;
 }
 
 void skip(QDataStream &in, quint32 bytes)
@@ -120,9 +146,12 @@ bool isHarmless(const QByteArray &value)
     constexpr quint32 dateTimeType = 16;
     if (!value.contains('@') && !value.contains('\\'))
         return true;
-    const QByteArray bytes = unescaped(value);
+    bool isClear = true;
+    const QByteArray bytes = unescaped(inLatin1(value, &isClear));
     for (auto at = bytes.indexOf('@'); at >= 0; at = bytes.indexOf('@', at + 1)) {
         const auto isMark = [&bytes, at](const QByteArray &mark) { return bytes.mid(at, mark.size()) == mark; };
+        if (!isClear && (isMark(variant) || isMark(dateTime)))
+            return false;
         const auto begin = std::min(bytes.size(), at + (isMark(variant) ? variant : dateTime).size());
         QDataStream in(QByteArray::fromRawData(bytes.constData() + begin, int(bytes.size() - begin)));
         if (isMark(variant) && !isWhole(in))
