@@ -11,6 +11,8 @@ set(QV_PUBLIC_HEADERS
     src/SoftwareUpdateTypes.h
     src/catalogue/PackageIndex.h
     src/catalogue/PackageInfo.h
+    src/client/CheckOutcome.h
+    src/client/PackageInstaller.h
     src/client/SoftwareUpdateClient.h
     src/dialogs/SoftwareUpdateAvailableDialog.h
     src/dialogs/SoftwareUpdateDialog.h

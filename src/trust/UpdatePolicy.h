@@ -1,8 +1,16 @@
 #pragma once
 
+#include "PackageInfo.h"
+
+#include <QHash>
 #include <QStringList>
 
+#include <functional>
+
 namespace qv {
+
+class PackageInstaller;
+struct CheckOutcome;
 
 /// What a host wants beyond the defaults, for SoftwareUpdateClient::setPolicy() and DownloadManager::setPolicy(): a
 /// plain value. One as it is made changes nothing.
@@ -30,6 +38,30 @@ struct UpdatePolicy
     /// the download goes on where it stopped after 1 second, the next time after 3, 9, 27... It begins anew where the
     /// server does not say that the file is the same (a strong ETag or Last-Modified) or sends all of it.
     int downloadAttempts = 1;
+
+    // For SoftwareUpdateClient alone:
+
+    /// Who installs packages of a suffix ("rpk"), in the place of the built-in routine. Not owned; one that has been
+    /// deleted counts as none. What has an installer can be installed, whatever the settings say.
+    QHash<QString, PackageInstaller *> installers;
+
+    /// "zip" packages really replace the application's folder: the archive is looked at and unpacked before the user is
+    /// asked for the restart, and "Restart later" installs when the application ends.
+    bool replacesApplication = false;
+
+    /// False keeps a package from being shown: one that the user wants to skip, or whose turn has not come.
+    std::function<bool(const PackageInfo &)> isOffered;
+
+    /// Called with what a check has found, instead of opening the dialog; false opens it. The host tells in its own way
+    /// and calls SoftwareUpdateClient::showAvailable() when the user wants to see them.
+    std::function<bool(const PackageInfoList &)> announce;
+
+    /// Called at the end of every check, however it ended.
+    std::function<void(const CheckOutcome &)> checked;
+
+    /// Failures are told in words that help, with the translations "SoftwareUpdatePolicy_*": what happened, and what to
+    /// do. Progress tells bytes and time left, and "Release Notes" opens those of the user's language.
+    bool explains = false;
 };
 
 } // namespace qv
