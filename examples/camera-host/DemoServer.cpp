@@ -7,6 +7,8 @@
 #include <QTcpSocket>
 #include <QTimer>
 
+#include <algorithm>
+
 DemoServer::DemoServer(const QStringList &folders)
 {
     QDir::setSearchPaths("site", folders);
@@ -49,7 +51,7 @@ std::optional<QByteArray> DemoServer::content(const QString &path)
         if (tampered == "catalogue")
             bytes += ' ';
     } else if (tampered == "package" && !path.endsWith(".html")) {
-        bytes[bytes.size() / 2] = bytes.at(bytes.size() / 2) ^ 1;
+        std::reverse(bytes.begin(), bytes.end()); // as long as it was
     }
     return bytes;
 }

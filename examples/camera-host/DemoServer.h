@@ -31,7 +31,7 @@ public:
     QString key() const { return publisher.key(); }
 
     /// Does the harm of somebody who got into the server, from now on: changes each "catalogue" that is signed already,
-    /// or each "package", or has only catalogues that have expired ("freeze"). Anything else is false and harmless.
+    /// or each "package", or has only catalogues that have expired ("freeze"). Anything else ends that, and is false.
     bool tamper(const QString &what);
 
 private:

@@ -3,7 +3,7 @@
 
 #include <sodium.h>
 
-// The key's own, 8 bytes. The same for the keys of all starts, as hosts keep the last serial of each name.
+// Of the key, 8 bytes. The same at each start, as hosts keep the last serial of every name.
 static constexpr char name[] = "the demo";
 
 static unsigned char *raw(QByteArray &bytes)

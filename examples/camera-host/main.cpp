@@ -31,7 +31,7 @@ int main(int argc, char *argv[])
     QUrl catalogue = options.value(server);
     qv::UpdatePolicy policy;
     policy.trustedKeys = options.values(key);
-    policy.followAddresses = true; // only root may serve packages at port 80
+    policy.followAddresses = true; // by default packages come from port 80
     if (catalogue.isEmpty()) {
         catalogue = ownServer.url("catalogue.xml");
         policy.trustedKeys << ownServer.key();

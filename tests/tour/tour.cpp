@@ -176,11 +176,12 @@ const std::vector<Step> steps = {
     { "New catalogues are held back", { tamper("freeze"), check("catalogue.xml") }, settings, "frozen-catalogue", "",
       told("The list of updates was valid until %1, and your clock says %2. No update can be offered!",
            "SoftwareUpdatePolicy") },
-    { "A package was changed", { tamper("package"), check("catalogue.xml") }, available },
+    { "A package was changed, of the same size", { tamper("package"), check("catalogue.xml") }, available },
     { "Install asks for it", { select("deb"), install }, box },
-    { "It is no longer there", { agree }, box, "tampered-package", "",
+    { "What arrived is not kept", { agree }, box, "tampered-package", "",
       [] { return failure() && !exists("camera-host_1.2_amd64.deb"); } },
-    { "Cancel closes the settings", { close(box), tamper(""), close(available), close(settings) }, mainWindow, "", "", gone(settings) },
+    { "Cancel closes the settings", { close(box), tamper(""), close(available), close(settings) }, mainWindow,
+      "", "", gone(settings) },
 
     // What is for experts.
     { "With Shift held the settings show it", { [] { QTest::keyPress(mainWindow(), Qt::Key_Shift, Qt::ShiftModifier); },
