@@ -1,5 +1,5 @@
-// Requests in, files out: one request a connection. Called by the network; what is no GET of a file inside the folders
-// gets a 404.
+// Requests in, files out: one request a connection. Called by the network; catalogues leave sealed and signed, what is
+// no GET of a file inside the folders gets a 404.
 #include "DemoServer.h"
 
 #include <QDateTime>
