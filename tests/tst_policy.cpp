@@ -237,6 +237,32 @@ private slots:
         QCOMPARE(f.server.targets().count("/s"), 2);
     }
 
+    // The login of the server's URL is for its catalogue and for its signature, and for nobody whom it leads to.
+    void behindALogin()
+    {
+        for (const bool isElsewhere : { false, true }) {
+            Fixture f({ publisher.key() });
+            HttpServer elsewhere;
+            f.publish(catalogue(1), HttpAnswer(publisher.sign(catalogue(1))));
+            f.server.requireLogin("me:s3cret");
+            if (isElsewhere)
+                f.server.route("/c", HttpAnswer::redirect(elsewhere.url("/c").toString().toUtf8()));
+            elsewhere.route("/c", HttpAnswer(catalogue(1)));
+            elsewhere.route("/c.minisig", HttpAnswer("who?", 401).header("WWW-Authenticate", "Basic realm=\"r\""));
+            QUrl url = f.server.url("/c");
+            url.setUserInfo("me:s3cret");
+            TestHost::set("serverURL", url.toString());
+            QCOMPARE(f.check(), QString(isElsewhere ? "Host requires authentication" : ""));
+            DownloadManager manager(url);
+            manager.setPolicy(f.policy);
+            QCOMPARE(foundBy(manager), isElsewhere ? 0 : 1);
+            QCOMPARE(elsewhere.targets().count("/c.minisig"), isElsewhere ? 2 : 0);
+            for (const HttpTestRequest &request : std::as_const(elsewhere.requests))
+                QVERIFY(!request.headers.contains("authorization"));
+            QVERIFY(!f.log.take().join(' ').contains("s3cret"));
+        }
+    }
+
     // What was seen counts for all runs, where the store can be written, and else for this one.
     void serialsAreRemembered()
     {
