@@ -309,6 +309,8 @@ private slots:
         row("short", ten, qint64(11), QString("failure 200"));
         row("long", ten, qint64(9), QString("failure 200"));
         row("dropped, no size", HttpAnswer(ten).dropAfter(5), qint64(0), QString("failure 200"));
+        row("whole for Qt, but shorter than announced", HttpAnswer(ten).chunked().header("Content-Length", "11"),
+            qint64(0), QString("failure 200"));
         row("other bytes", HttpAnswer("012345678x"), qint64(10), QString("failure 200"));
         row("redirect", HttpAnswer::redirect("/there"), qint64(10), QString("success"));
     }
