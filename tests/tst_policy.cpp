@@ -237,6 +237,32 @@ private slots:
         QCOMPARE(f.server.targets().count("/s"), 2);
     }
 
+    // The login of the server's URL is for its catalogue and for its signature, and for nobody whom it leads to.
+    void behindALogin()
+    {
+        for (const bool isElsewhere : { false, true }) {
+            Fixture f({ publisher.key() });
+            HttpServer elsewhere;
+            f.publish(catalogue(1), HttpAnswer(publisher.sign(catalogue(1))));
+            f.server.requireLogin("me:s3cret");
+            if (isElsewhere)
+                f.server.route("/c", HttpAnswer::redirect(elsewhere.url("/c").toString().toUtf8()));
+            elsewhere.route("/c", HttpAnswer(catalogue(1)));
+            elsewhere.route("/c.minisig", HttpAnswer("who?", 401).header("WWW-Authenticate", "Basic realm=\"r\""));
+            QUrl url = f.server.url("/c");
+            url.setUserInfo("me:s3cret");
+            TestHost::set("serverURL", url.toString());
+            QCOMPARE(f.check(), QString(isElsewhere ? "Host requires authentication" : ""));
+            DownloadManager manager(url);
+            manager.setPolicy(f.policy);
+            QCOMPARE(foundBy(manager), isElsewhere ? 0 : 1);
+            QCOMPARE(elsewhere.targets().count("/c.minisig"), isElsewhere ? 2 : 0);
+            for (const HttpTestRequest &request : std::as_const(elsewhere.requests))
+                QVERIFY(!request.headers.contains("authorization"));
+            QVERIFY(!f.log.take().join(' ').contains("s3cret"));
+        }
+    }
+
     // What was seen counts for all runs, where the store can be written, and else for this one.
     void serialsAreRemembered()
     {
@@ -283,6 +309,8 @@ private slots:
         row("short", ten, qint64(11), QString("failure 200"));
         row("long", ten, qint64(9), QString("failure 200"));
         row("dropped, no size", HttpAnswer(ten).dropAfter(5), qint64(0), QString("failure 200"));
+        row("whole for Qt, but shorter than announced", HttpAnswer(ten).chunked().header("Content-Length", "11"),
+            qint64(0), QString("failure 200"));
         row("other bytes", HttpAnswer("012345678x"), qint64(10), QString("failure 200"));
         row("redirect", HttpAnswer::redirect("/there"), qint64(10), QString("success"));
     }

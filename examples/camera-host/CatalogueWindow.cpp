@@ -5,7 +5,6 @@
 #include "FileUtils.h"
 #include "SoftwareUpdateClient.h"
 
-#include <QFileInfo>
 #include <QLocale>
 #include <QPlainTextEdit>
 #include <QProgressBar>
@@ -17,9 +16,8 @@
 
 using qv::DownloadManager;
 
-CatalogueWindow::CatalogueWindow(const QUrl &updateServer, QWidget *parent)
-    : QMainWindow(parent), cacheFile(QFileInfo(settings.fileName()).path() + "/catalogue.xml"),
-      manager(settings, cacheFile)
+CatalogueWindow::CatalogueWindow(const QUrl &updateServer, const qv::UpdatePolicy &policy, QWidget *parent)
+    : QMainWindow(parent), manager(settings, QString())
 {
     list = new QTreeWidget;
     list->setHeaderLabels({ tr("Package"), tr("Size"), tr("Type"), tr("Languages"), tr("Platforms"), tr("New") });
@@ -43,11 +41,11 @@ CatalogueWindow::CatalogueWindow(const QUrl &updateServer, QWidget *parent)
     setWindowTitle(tr("Catalogue"));
     resize(760, 560);
 
+    manager.setPolicy(policy);
     manager.setServer(updateServer);
-    showPackages(manager.recentPackages(qv::PackageInfo()));
     connect(&manager, &DownloadManager::packageFound, this, &CatalogueWindow::showPackages);
     connect(&manager, &DownloadManager::noPackageFound, this, [this] { showPackages({}); });
-    connect(&manager, &DownloadManager::queryFinished, this, [this] { manager.storeHistory(settings, cacheFile); });
+    connect(&manager, &DownloadManager::queryFinished, this, [this] { manager.storeHistory(settings, QString()); });
     connect(&manager, &DownloadManager::releaseNotesDownloaded, notes, [this](const QUrl &, const QString &html) {
         // As plain text: a page of the network shall not make the window read any file.
         notes->setPlainText(QTextDocumentFragment::fromHtml(html).toPlainText());
@@ -58,9 +56,8 @@ CatalogueWindow::CatalogueWindow(const QUrl &updateServer, QWidget *parent)
                 unfinishedFile.clear();
                 downloadEnded(tr("Saved as %1").arg(file));
             });
-    connect(&manager, qOverload<int>(&DownloadManager::downloadFailure), this, [this](int httpStatusCode) {
-        downloadEnded(tr("The download failed with HTTP status %1").arg(httpStatusCode));
-    });
+    connect(&manager, qOverload<int>(&DownloadManager::downloadFailure), this,
+            [this] { downloadEnded(tr("The download failed. %1").arg(manager.errorText())); });
     connect(&manager, &DownloadManager::downloadAborted, this,
             [this] { downloadEnded(tr("The download was cancelled")); });
 }

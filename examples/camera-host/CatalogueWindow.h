@@ -16,7 +16,7 @@ class CatalogueWindow : public QMainWindow
     Q_OBJECT
 
 public:
-    CatalogueWindow(const QUrl &updateServer, QWidget *parent);
+    CatalogueWindow(const QUrl &updateServer, const qv::UpdatePolicy &policy, QWidget *parent);
 
 private:
     void showPackages(const qv::PackageInfoList &found);
@@ -25,7 +25,6 @@ private:
     void downloadEnded(const QString &outcome);
 
     QSettings settings;
-    const QString cacheFile; // holds the last catalogue
     qv::DownloadManager manager;
     qv::PackageInfoList packages; // by row of the list
     QString unfinishedFile;       // exists while a package downloads

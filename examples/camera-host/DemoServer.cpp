@@ -1,10 +1,13 @@
-// Requests in, files out: one request a connection. Called by the network; what is no GET of a file inside the folders
-// gets a 404.
+// Requests in, files out: one request a connection. Called by the network; catalogues leave sealed and signed, what is
+// no GET of a file inside the folders gets a 404.
 #include "DemoServer.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QTcpSocket>
 #include <QTimer>
+
+#include <algorithm>
 
 DemoServer::DemoServer(const QStringList &folders)
 {
@@ -23,19 +26,43 @@ QUrl DemoServer::url(const QString &path) const
     return QStringLiteral("http://127.0.0.1:%1/%2").arg(serverPort()).arg(path);
 }
 
+bool DemoServer::tamper(const QString &what)
+{
+    tampered = what;
+    return QStringList({ "catalogue", "package", "freeze" }).contains(what);
+}
+
+std::optional<QByteArray> DemoServer::content(const QString &path)
+{
+    if (signatures.contains(path))
+        return signatures.value(path);
+    QFile file("site:" + path);
+    if (path.contains("..") || !file.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    QByteArray bytes = file.readAll();
+    if (path.endsWith(".xml")) {
+        // The time as serial: whatever catalogue a client asks for, it is newer than the last one.
+        const QDateTime now = QDateTime::currentDateTimeUtc();
+        const QString seal = QStringLiteral("<softwareList serial=\"%1\" expires=\"%2\"")
+                                 .arg(now.toMSecsSinceEpoch())
+                                 .arg(now.addDays(tampered == "freeze" ? -1 : 1).toString(Qt::ISODate));
+        bytes.replace("http://127.0.0.1/", url(QString()).toEncoded()).replace("<softwareList", seal.toLatin1());
+        signatures[path + ".minisig"] = publisher.sign(bytes);
+        if (tampered == "catalogue")
+            bytes += ' ';
+    } else if (tampered == "package" && !path.endsWith(".html")) {
+        std::reverse(bytes.begin(), bytes.end()); // as long as it was
+    }
+    return bytes;
+}
+
 void DemoServer::answer(QTcpSocket *client)
 {
     if (!client->peek(client->bytesAvailable()).contains("\r\n\r\n"))
         return;
     const QList<QByteArray> request = client->readAll().split(' ');
-    // As a proxy it is asked for whole URLs: the path is all that counts.
-    const QString path = QUrl::fromEncoded(request.value(1)).path(QUrl::FullyDecoded);
-
-    QFile file("site:" + path);
-    const bool found = request.first() == "GET" && !path.contains("..") && file.open(QIODevice::ReadOnly);
-    QByteArray body = found ? file.readAll() : "Not found\n";
-    if (path.endsWith(".xml"))
-        body.replace("http://127.0.0.1/", url(QString()).toEncoded());
+    const auto found = request.first() == "GET" ? content(QUrl::fromEncoded(request.value(1)).path()) : std::nullopt;
+    QByteArray body = found.value_or("Not found\n");
     body.prepend((found ? "HTTP/1.1 200 OK" : "HTTP/1.1 404 Not Found")
                  + ("\r\nContent-Length: " + QByteArray::number(body.size())) + "\r\nConnection: close\r\n\r\n");
 

@@ -1,7 +1,12 @@
 #pragma once
 
+#include "Publisher.h"
+
+#include <QHash>
 #include <QTcpServer>
 #include <QUrl>
+
+#include <optional>
 
 class QTcpSocket;
 
@@ -9,8 +14,8 @@ class QTcpSocket;
 /// server does the same (docs/catalogue.md); this one saves starting one. Catalogues on disk name "http://127.0.0.1/"
 /// as their server, so that one on port 80 may serve them as they are; this one puts its own address there.
 ///
-/// It also stands in as the proxy of the demo: packages are asked for at port 80, where only root may listen. A proxy
-/// gets those requests whatever the port.
+/// It is the publisher, too, which no real server shall be (docs/catalogue.md, "Sign it"): each catalogue is sealed and
+/// signed as it leaves. The hashes of the packages stand in the catalogues on disk.
 class DemoServer : public QTcpServer
 {
     Q_OBJECT
@@ -22,6 +27,18 @@ public:
     /// The address of the file @p path here.
     QUrl url(const QString &path) const;
 
+    /// What a host has to trust, for UpdatePolicy::trustedKeys.
+    QString key() const { return publisher.key(); }
+
+    /// Does the harm of somebody who got into the server, from now on: changes each "catalogue" that is signed already,
+    /// or each "package", or has only catalogues that have expired ("freeze"). Anything else ends that, and is false.
+    bool tamper(const QString &what);
+
 private:
     void answer(QTcpSocket *client);
+    std::optional<QByteArray> content(const QString &path);
+
+    const Publisher publisher;
+    QHash<QString, QByteArray> signatures; // by path, each of what was last handed out for it
+    QString tampered;
 };

@@ -30,18 +30,21 @@ void MainWindow::installTranslators()
 #endif
     const QString language = QLocale(QLocale::system().language()).name(); // "de_DE" in Austria too
     for (const QString &catalogue :
-         { ":/translations/SoftwareUpdateClient_" + language, ofQt + "/qtbase_" + language }) {
+         { ":/translations/SoftwareUpdateClient_" + language, ":/translations/SoftwareUpdatePolicy_" + language,
+           ofQt + "/qtbase_" + language }) {
         auto *translator = new QTranslator(qApp);
         if (translator->load(catalogue))
             QCoreApplication::installTranslator(translator);
     }
 }
 
-MainWindow::MainWindow(const QUrl &updateServer, const QUrl &nextVersion)
+MainWindow::MainWindow(const QUrl &updateServer, const QUrl &nextVersion, const qv::UpdatePolicy &policy)
     : updates(QCoreApplication::applicationName(), qv::VersionNumber::fromText(QCoreApplication::applicationVersion()),
               updateServer.toString(), this),
-      catalogue(updateServer, this)
+      catalogue(updateServer, policy, this)
 {
+    updates.setPolicy(policy);
+
     // What the client has written is the host's to change: the types of packages that it knows how to handle, and the
     // address. The store keeps the first one it was given, while the demo's server has another one at each start.
     qv::SoftwareUpdateSettings settings;
@@ -74,9 +77,9 @@ MainWindow::MainWindow(const QUrl &updateServer, const QUrl &nextVersion)
         catalogue.show();
         catalogue.activateWindow();
     });
-    help->addAction(tr("Update &Myself..."), this, [this, nextVersion] {
+    help->addAction(tr("Update &Myself..."), this, [this, nextVersion, policy] {
         if (!findChild<SelfUpdate *>()) // one at a time
-            new SelfUpdate(nextVersion, this);
+            new SelfUpdate(nextVersion, policy, this);
     });
 
     updates.doInitialCheck(500); // milliseconds: first the window, then the network

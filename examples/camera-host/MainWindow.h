@@ -12,8 +12,8 @@ class MainWindow : public QMainWindow
     Q_OBJECT
 
 public:
-    /// @p nextVersion is the catalogue for "Update Myself".
-    MainWindow(const QUrl &updateServer, const QUrl &nextVersion);
+    /// @p nextVersion is the catalogue for "Update Myself". All three ways to update keep to the @p policy.
+    MainWindow(const QUrl &updateServer, const QUrl &nextVersion, const qv::UpdatePolicy &policy);
 
     /// The library carries its own translations, those of the standard buttons come with Qt. To be called before there
     /// are windows, as they keep the language that they were made in.

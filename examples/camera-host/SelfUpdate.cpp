@@ -13,9 +13,10 @@ using qv::DownloadManager;
 // The updater starts the next version without arguments. What that shall know travels in the environment.
 static constexpr char updatedFrom[] = "CAMERA_HOST_UPDATED_FROM";
 
-SelfUpdate::SelfUpdate(const QUrl &catalogue, QWidget *window)
+SelfUpdate::SelfUpdate(const QUrl &catalogue, const qv::UpdatePolicy &policy, QWidget *window)
     : QProgressDialog(tr("Looking for an update..."), tr("Cancel"), 0, 0, window), manager(catalogue)
 {
+    manager.setPolicy(policy);
     setAutoReset(false); // it goes on after the download
     connect(this, &QProgressDialog::canceled, &manager, &DownloadManager::abortDownload);
     connect(&manager, &DownloadManager::packageFound, this, &SelfUpdate::offer);
@@ -24,7 +25,7 @@ SelfUpdate::SelfUpdate(const QUrl &catalogue, QWidget *window)
     connect(&manager, qOverload<qv::PackageInfo, QString>(&DownloadManager::downloadSuccess), this,
             [this](const qv::PackageInfo &, const QString &file) { manager.unzipPackage(file); });
     connect(&manager, qOverload<int>(&DownloadManager::downloadFailure), this,
-            [this](int httpStatusCode) { end(tr("The download failed with HTTP status %1.").arg(httpStatusCode)); });
+            [this] { end(tr("The download failed. %1").arg(manager.errorText())); });
     connect(&manager, &DownloadManager::downloadAborted, this, [this] { end(tr("The update was cancelled.")); });
     connect(&manager, &DownloadManager::unzippingDone, this, &SelfUpdate::handOver);
     manager.queryUpdate();

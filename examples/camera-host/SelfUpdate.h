@@ -16,7 +16,7 @@ class SelfUpdate : public QProgressDialog
 
 public:
     /// Begins at once. Without a @p window nobody is asked, and the program ends when there is no update.
-    SelfUpdate(const QUrl &catalogue, QWidget *window);
+    SelfUpdate(const QUrl &catalogue, const qv::UpdatePolicy &policy, QWidget *window);
 
     /// What came of the update by which this program was started; empty when the user did that.
     static QString outcome();

@@ -1,7 +1,6 @@
 // The demo host from its command line to its end: names, language, update server, window.
 #include "DemoServer.h"
 #include "MainWindow.h"
-#include "NodeDB.h"
 #include "SelfUpdate.h"
 
 #include <QApplication>
@@ -18,21 +17,31 @@ int main(int argc, char *argv[])
     MainWindow::installTranslators();
 
     const QCommandLineOption server("server", "Ask the update server at <URL> instead of the demo's own.", "URL");
+    const QCommandLineOption key("key", "Trust what is signed with <KEY>, line 2 of the .pub file of minisign.", "KEY");
+    const QCommandLineOption tamper("tamper", "Let the demo's own server do harm: catalogue, package or freeze.",
+                                    "what");
     QCommandLineParser options;
     options.setApplicationDescription("A host of the software-update library, and an update server to go with it.");
     options.addHelpOption();
     options.addVersionOption();
-    options.addOption(server);
+    options.addOptions({ server, key, tamper });
     options.process(application);
 
     DemoServer ownServer({ SITE, NEXT_VERSION });
     QUrl catalogue = options.value(server);
+    qv::UpdatePolicy policy;
+    policy.trustedKeys = options.values(key);
+    policy.followAddresses = true; // by default packages come from port 80
     if (catalogue.isEmpty()) {
         catalogue = ownServer.url("catalogue.xml");
-        qv::NodeDB::getDB().setGlobalProxy(qv::NetworkProxy("127.0.0.1", ownServer.serverPort()));
+        policy.trustedKeys << ownServer.key();
+    }
+    if (options.isSet(tamper) && (options.isSet(server) || !ownServer.tamper(options.value(tamper)))) {
+        qCritical("--tamper wants catalogue, package or freeze, and no --server");
+        return 1;
     }
 
-    MainWindow window(catalogue, catalogue.resolved(QUrl("next.xml")));
+    MainWindow window(catalogue, catalogue.resolved(QUrl("next.xml")), policy);
     window.show();
 
     // For scripts: takes the update that this catalogue offers without asking, tells what came of it, and ends.
@@ -40,6 +49,6 @@ int main(int argc, char *argv[])
     if (!unattended.isEmpty() && !SelfUpdate::outcome().isEmpty())
         return puts(qPrintable(SelfUpdate::outcome())) < 0;
     if (!unattended.isEmpty())
-        new SelfUpdate(catalogue.resolved(unattended), nullptr);
+        new SelfUpdate(catalogue.resolved(unattended), policy, nullptr);
     return QApplication::exec();
 }

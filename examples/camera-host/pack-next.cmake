@@ -10,4 +10,5 @@ file(GLOB files RELATIVE ${FOLDER} ${FOLDER}/*)
 execute_process(COMMAND ${CMAKE_COMMAND} -E tar cf ${target}/${archive} --format=zip ${files}
     WORKING_DIRECTORY ${FOLDER} COMMAND_ERROR_IS_FATAL ANY)
 file(SIZE ${target}/${archive} size)
+file(SHA256 ${target}/${archive} sha256)
 configure_file(${CMAKE_CURRENT_LIST_DIR}/next.xml.in ${CATALOGUE} @ONLY)

@@ -291,9 +291,10 @@ void HttpClient::readBody()
         const int refused = refusedChallenge(*reply);
         if (refused != 0 || isLeftOver(current->status, reply->error()))
             current->status = refused;
-        current->whole = reply->error() == QNetworkReply::NoError;
-        current->broken = mightPass(reply->error());
-        if (!current->whole)
+        const bool isFine = reply->error() == QNetworkReply::NoError;
+        current->whole = isFine && current->received >= current->announced; // after a reset Qt may tell less as whole
+        current->broken = (isFine && !current->whole) || mightPass(reply->error());
+        if (!isFine)
             current->error = reply->errorString();
         endRequest();
     }

@@ -1,5 +1,5 @@
 // What a server or a proxy is told that asks who we are. Called for each request of a check or a client; leaves behind
-// on a reply that it aborted which status it was for.
+// on a reply whose credentials it carries, and, where it aborted that, which status it was for.
 //
 // Left to itself Qt answers "NTLM" without being asked for credentials, and, given some, does so without end.
 #include "HttpLogin.h"
@@ -15,6 +15,7 @@ namespace qv {
 namespace {
 
 const char *const refused = "qvRefusedChallenge";
+const char *const carried = "qvLogin"; // the URL asked for, with credentials
 
 /// Qt calls with its thread standing still: what is aborted here sends nothing more. Of its schemes Basic and Digest
 /// alone have a realm. @p tried is the URL for which this was answered last.
@@ -56,6 +57,7 @@ QNetworkReply *getWithLogin(QNetworkAccessManager &network, const QNetworkReques
         open.setAttribute(QNetworkRequest::AuthenticationReuseAttribute, QNetworkRequest::Manual); // answers nothing
     network.setProxy(withoutLogin(proxy));
     QNetworkReply *reply = network.get(open);
+    reply->setProperty(carried, login);
     QObject::connect(&network, &QNetworkAccessManager::authenticationRequired, reply,
                      [reply, login, tried = QUrl()](const QNetworkReply *asked, QAuthenticator *challenge) mutable {
                          if (asked != reply)
@@ -69,6 +71,15 @@ QNetworkReply *getWithLogin(QNetworkAccessManager &network, const QNetworkReques
                          answer(challenge, proxy.user(), proxy.password(), reply, 407, tried);
                      });
     return reply;
+}
+
+QUrl urlWithLogin(const QNetworkReply &reply)
+{
+    QUrl url = reply.url();
+    const QUrl login = reply.property(carried).toUrl();
+    if (isSameServer(url, login))
+        url.setUserInfo(login.userInfo(QUrl::FullyEncoded));
+    return url;
 }
 
 int refusedChallenge(const QNetworkReply &reply)

@@ -18,6 +18,9 @@ namespace qv {
 QV_PLATFORM_EXPORT QNetworkReply *getWithLogin(QNetworkAccessManager &network, const QNetworkRequest &request,
                                                const QNetworkProxy &proxy);
 
+/// The URL of a reply of getWithLogin(), with the credentials of its request where they are meant for that server.
+QV_PLATFORM_EXPORT QUrl urlWithLogin(const QNetworkReply &reply);
+
 /// 401 or 407 where a challenge had the request aborted, else 0.
 QV_PLATFORM_EXPORT int refusedChallenge(const QNetworkReply &reply);
 

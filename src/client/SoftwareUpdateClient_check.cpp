@@ -142,7 +142,7 @@ void SoftwareUpdateClientPrivate::takeSealed(QNetworkReply *reply)
     if (unsealed.isEmpty()) {
         unsealed = reply->readAll();
         if (!unsealed.isEmpty()) {
-            performUpdateCheck(signatureUrl(reply->url()));
+            performUpdateCheck(signatureUrl(urlWithLogin(*reply)));
             return;
         }
     }

@@ -17,6 +17,7 @@ if(BUILD)
 endif()
 run(${CMAKE_COMMAND} -S ${CMAKE_CURRENT_LIST_DIR} -B ${WORK}/build -G Ninja
     -DCMAKE_PREFIX_PATH=${WORK}/prefix
+    -DCMAKE_BUILD_TYPE=Release # as the packages: ccache knows the sources by then
     -DQT_MAJOR=${QT_MAJOR}
     -DCHECKOUT=${CHECKOUT}
     -DCMAKE_CXX_FLAGS=${CXX_FLAGS}

@@ -10,7 +10,8 @@
 
 /// Answers the modal boxes that appear while it lives, each by the button of the next text in @p answers, or "OK" when
 /// there is none left, and writes down what they said:
-/// "Critical|title|text|OK:Accept", with the buttons in the order in which they were added.
+/// "Critical|title|text|OK:Accept", with the buttons in the order in which they were added. A box without the button
+/// is rejected, and the words tell so, as they do of one that is not modal.
 ///
 /// A folder chooser is answered with @p folder, or cancelled where that is empty.
 class BoxClicker : public QObject
@@ -51,10 +52,12 @@ private:
                 found = button;
         }
         boxes << QStringList { icons.value(box->icon()), box->windowTitle(), box->text(), buttons.join(',') }.join('|');
-        if (!found || !box->isModal())
-            qFatal("no button %s, or not modal: %s", qPrintable(wanted), qPrintable(boxes.last()));
+        if (!box->isModal())
+            boxes.last() += QStringLiteral(" (not modal)");
+        if (!found)
+            boxes.last() += QStringLiteral(" (no button ") + wanted + QLatin1Char(')');
         onBox();
-        found->click();
+        found ? found->click() : box->reject();
     }
 
     void choose(QFileDialog *dialog)

@@ -141,6 +141,8 @@ HttpAnswer HttpServer::answerTo(const HttpTestRequest &request) const
 {
     if (!proxyLogin.isEmpty() && request.headers.value("proxy-authorization") != proxyLogin)
         return HttpAnswer("Who are you?", 407).header("Proxy-Authenticate", "Basic realm=\"tests\"");
+    if (!ownLogin.isEmpty() && request.headers.value("authorization") != ownLogin)
+        return HttpAnswer("Who are you?", 401).header("WWW-Authenticate", "Basic realm=\"tests\"");
     const QByteArray path = QUrl(QString::fromLatin1(request.target)).path().toLatin1();
     HttpAnswer answer = routes.value(request.target, routes.value(path, HttpAnswer("No such page.", 404)));
     QByteArray from = request.headers.value("range").mid(6); // of "bytes=7-"

@@ -92,7 +92,8 @@ public:
 
     void route(const QByteArray &path, const HttpAnswer &answer) { routes.insert(path, answer); }
 
-    /// From now on answers 407 to requests without this login, "user:password".
+    /// From now on answers 401, or 407, to requests without this login, "user:password".
+    void requireLogin(const QByteArray &login) { ownLogin = "Basic " + login.toBase64(); }
     void requireProxyLogin(const QByteArray &login) { proxyLogin = "Basic " + login.toBase64(); }
 
     /// Lets go all answers that are held, and those that get to their hold later.
@@ -115,6 +116,6 @@ private:
     HttpAnswer answerTo(const HttpTestRequest &request) const;
 
     QHash<QByteArray, HttpAnswer> routes;
-    QByteArray proxyLogin; // as in the header; empty: everybody may
+    QByteArray ownLogin, proxyLogin; // as in the header; empty: everybody may
     bool isReleased = false;
 };

@@ -3,7 +3,6 @@
 #include "CatalogueWindow.h"
 #include "DemoServer.h"
 #include "MainWindow.h"
-#include "NodeDB.h"
 #include "SoftwareUpdateAvailableDialog.h"
 #include "SoftwareUpdateDialog.h"
 
@@ -32,7 +31,7 @@ struct Step
     std::function<bool()> then = {}; ///< what else is the case
 };
 
-QUrl server; // the catalogue that the demo asks
+std::unique_ptr<DemoServer> server;
 QUrl opened; // by the desktop, last
 std::unique_ptr<MainWindow> host;
 
@@ -74,7 +73,7 @@ const auto close = [](Window window) { return [=] { window()->close(); }; };
 const auto agree = [] { question()->buttons().first()->click(); }; // the first is that of accepting, or Yes
 const auto check = [](const char *document) {
     return [=] {
-        part<QLineEdit>(settings, "updateServerLineEdit")->setText(server.resolved(QUrl(document)).toString());
+        part<QLineEdit>(settings, "updateServerLineEdit")->setText(server->url(document).toString());
         part<QAbstractButton>(settings, "updatePushButton")->click();
     };
 };
@@ -86,6 +85,7 @@ const auto choose = [](Window window, const char *entry) {
         }
     };
 };
+const auto tamper = [](const char *what) { return [=] { server->tamper(what); }; };
 const auto select = [](const char *type) {
     return [=] {
         for (const QTableWidgetItem *item : table()->findItems(type, Qt::MatchExactly)) {
@@ -95,15 +95,18 @@ const auto select = [](const char *type) {
     };
 };
 const auto start = [] {
-    host = std::make_unique<MainWindow>(server, server.resolved(QUrl("faults.xml")));
+    qv::UpdatePolicy policy;
+    policy.trustedKeys << server->key();
+    policy.followAddresses = true;
+    host = std::make_unique<MainWindow>(server->url("catalogue.xml"), server->url("faults.xml"), policy);
     host->show();
 };
 const Action install = click(available, "installPushButton"), cancel = click(progress, "");
 
 // What is the case then.
-const auto told = [](const char *outcome) {
+const auto told = [](const char *outcome, const char *context = "SoftwareUpdateClient") {
     return [=] {
-        const QString text = QCoreApplication::translate("SoftwareUpdateClient", outcome);
+        const QString text = QCoreApplication::translate(context, outcome).section("%1", 0, 0);
         return part<QLabel>(settings, "updateNotificationLabel")->text().contains(text);
     };
 };
@@ -165,7 +168,20 @@ const std::vector<Step> steps = {
     { "Install asks for one that is no archive", { select("zip"), install }, box },
     { "It cannot be unpacked", { agree }, box, "broken-package", "", failure },
     { "The restart did not wait for it", { close(box) }, box, "", "", [] { return !failure(); } },
-    { "Cancel closes the settings", { close(box), close(settings) }, mainWindow, "", "", gone(settings) },
+
+    // What users see when somebody got into the server.
+    { "A catalogue was changed after it was signed", { close(box), tamper("catalogue"), check("catalogue.xml") },
+      settings, "tampered-catalogue", "",
+      told("The list of updates is not what the publisher signed. No update can be offered!", "SoftwareUpdatePolicy") },
+    { "New catalogues are held back", { tamper("freeze"), check("catalogue.xml") }, settings, "frozen-catalogue", "",
+      told("The list of updates was valid until %1, and your clock says %2. No update can be offered!",
+           "SoftwareUpdatePolicy") },
+    { "A package was changed, of the same size", { tamper("package"), check("catalogue.xml") }, available },
+    { "Install asks for it", { select("deb"), install }, box },
+    { "What arrived is not kept", { agree }, box, "tampered-package", "",
+      [] { return failure() && !exists("camera-host_1.2_amd64.deb"); } },
+    { "Cancel closes the settings", { close(box), tamper(""), close(available), close(settings) }, mainWindow,
+      "", "", gone(settings) },
 
     // What is for experts.
     { "With Shift held the settings show it", { [] { QTest::keyPress(mainWindow(), Qt::Key_Shift, Qt::ShiftModifier); },
@@ -188,8 +204,8 @@ const std::vector<Step> steps = {
       [] { return QFile(part<QStatusBar>(catalogue)->currentMessage().section("Saved as ", 1)).size() == 336251; } },
     { "Nothing is new any more", { choose(catalogue, "Query Server") }, catalogue, "nothing-new", "",
       [] { return newPackages() == 0; } },
-    { "The next start remembers the packages", { start, choose(mainWindow, "Catalogue...") }, catalogue, "", "",
-      [] { return list()->topLevelItemCount() > 0; } },
+    { "Nor is it after the next start", { start, choose(mainWindow, "Catalogue..."), choose(catalogue, "Query Server") },
+      catalogue, "", "", [] { return list()->topLevelItemCount() > 0 && newPackages() == 0; } },
 
     // The program's own update, as far as a tour can go on after it. After one that failed there is the next.
     { "A newer version is offered", { choose(mainWindow, "Update Myself...") }, box, "update-offered" },
@@ -277,8 +293,7 @@ private:
 int main(int argc, char *argv[])
 {
     QCommandLineParser options;
-    options.addOptions({ { "language", "Speak <language>: de, fr or en.", "language", "en" },
-                         { "server", "Ask the update server at <URL> instead of the demo's own.", "URL" } });
+    options.addOption({ "language", "Speak <language>: de, fr or en.", "language", "en" });
     options.addPositionalArgument("pictures", "The folder for the pictures.");
     options.parse(QStringList(argv, argv + argc));
     // Qt asks for the language of the system once, while the application is constructed.
@@ -296,17 +311,13 @@ int main(int argc, char *argv[])
     options.process(application);
     if (options.positionalArguments().size() != 1)
         options.showHelp(1);
-    const DemoServer ownServer({ SITE });
-    server = options.value("server");
-    if (server.isEmpty()) {
-        server = ownServer.url("catalogue.xml");
-        qv::NodeDB::getDB().setGlobalProxy(qv::NetworkProxy("127.0.0.1", ownServer.serverPort()));
-    }
+    server = std::make_unique<DemoServer>(QStringList(SITE));
     Tour tour(options.positionalArguments().first());
     start();
     const int code = QApplication::exec();
     QDesktopServices::unsetUrlHandler("file");
     host.reset();
+    server.reset();
     return code;
 }
 
