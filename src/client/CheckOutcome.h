@@ -17,14 +17,18 @@ struct CheckOutcome
         NotTrusted,   ///< the catalogue is not sealed by a trusted key
         Unreachable,  ///< no connection, an error status, a login that failed
         TimedOut,     ///< no answer within 15 seconds
-        Cancelled,    ///< another check took its place, or the client went
+        Cancelled,    ///< another check took its place, or was answered first: that one tells
     };
 
     Kind kind = Cancelled;
     PackageInfoList packages; ///< what is offered, as the table shows it; empty unless updates were found
-    QString text;             ///< what the settings dialog's notification line says of it, in the user's language
-    QDateTime started;        ///< local time
-    bool isByUser = false;    ///< asked for with "Check Now" or checkNow(); not by timer or at start
+
+    /// What the settings dialog's notification line says of it, open or not: plain text in the user's language. Empty
+    /// where updates were found, and when cancelled.
+    QString text;
+
+    QDateTime started;     ///< local time, as stored for the last check
+    bool isByUser = false; ///< asked for with "Check Now" or checkNow(); not by timer or at start
 };
 
 } // namespace qv

@@ -32,7 +32,7 @@ class SoftwareUpdateClientPrivate;
 ///
 /// From then on the client checks by itself, at application start, daily, weekly or monthly as the user chose, and
 /// shows the packages it finds in a dialog. A check that fails or finds nothing shows nothing, unless the settings
-/// dialog is open: then its notification line tells.
+/// dialog is open: then its notification line tells. A host that tells its users otherwise sets an UpdatePolicy.
 ///
 /// The user's choices live in the host's own settings store, at top level, under the keys that SoftwareUpdateSettings
 /// names. They are read from there at every use, so a host may change them at any time.
@@ -65,6 +65,17 @@ public:
     /// What this client does beyond the defaults, from now on; see UpdatePolicy. With trusted keys the serials of the
     /// catalogues that were seen are kept in the settings, below "seals".
     void setPolicy(const UpdatePolicy &policy);
+
+    /// Checks by one click of the user, in the host's own window: the stored server, whatever was chosen for checks by
+    /// themselves. The time is stored as for any other. It takes the place of those under way, and while it runs only
+    /// "Check Now" starts another. UpdatePolicy::announce and UpdatePolicy::checked tell the outcome; packages that
+    /// nobody announces come up in the table, and without UpdatePolicy::checked a box tells of any other outcome,
+    /// unless the settings dialog is open: then its notification line does.
+    void checkNow();
+
+    /// Brings up the table of the packages that the last check found which reached its server; false, and nothing comes
+    /// up, where there are none.
+    bool showAvailable();
 
     /// The proxy for all requests: the host's NodeDB::globalProxy(), or none. The system's is never asked.
     QNetworkProxy networkProxy() const;

@@ -66,14 +66,32 @@ void SoftwareUpdateClient::updateAvailable()
         qv::connect(d->availableDialog, SIGNAL(openUpdateSettings()), this,
                     SLOT(openSettingsDialogFromUpdateAvailableDialog()));
     }
-    d->availableDialog->setTableEntries(rowsOf(d->packages));
-    d->availableDialog->setTableHeaders({ QCoreApplication::translate("SoftwareUpdateClient", "Name"),
-                                          QCoreApplication::translate("SoftwareUpdateClient", "File Size"),
-                                          QCoreApplication::translate("SoftwareUpdateClient", "File Type"),
-                                          QCoreApplication::translate("SoftwareUpdateClient", "Languages"),
-                                          QCoreApplication::translate("SoftwareUpdateClient", "Platforms") });
+    d->fillTable();
     d->availableDialog->show();
     d->availableDialog->activateWindow();
+}
+
+void SoftwareUpdateClientPrivate::fillTable()
+{
+    availableDialog->setTableEntries(rowsOf(packages));
+    availableDialog->setTableHeaders({ QCoreApplication::translate("SoftwareUpdateClient", "Name"),
+                                       QCoreApplication::translate("SoftwareUpdateClient", "File Size"),
+                                       QCoreApplication::translate("SoftwareUpdateClient", "File Type"),
+                                       QCoreApplication::translate("SoftwareUpdateClient", "Languages"),
+                                       QCoreApplication::translate("SoftwareUpdateClient", "Platforms") });
+}
+
+bool SoftwareUpdateClient::showAvailable()
+{
+    if (d->packages.isEmpty())
+        return false;
+    if (d->availableDialog && d->availableDialog->isHidden()) {
+        // It was closed and waits for its deletion.
+        d->availableDialog->disconnect(this);
+        d->availableDialog = nullptr;
+    }
+    updateAvailable();
+    return true;
 }
 
 void SoftwareUpdateClient::manageUpdateAvailableDialog(const SoftUpIndexList &rows)

@@ -73,6 +73,8 @@ void SoftwareUpdateClientPrivate::performUpdateCheck(const QUrl &url)
         QObject::connect(networkManager.data(), &QNetworkAccessManager::finished, q,
                          &SoftwareUpdateClient::evaluateServerResponse);
     }
+    request.setAttribute(QNetworkRequest::User, current.id);
+    underWay.append(current);
     unsent.append(request);
     if (HttpThreads::instance().areFree())
         sendRequests();
@@ -113,27 +115,35 @@ void SoftwareUpdateClient::evaluateServerResponse(QNetworkReply *reply)
     if (d->requestTimer)
         d->requestTimer->stop();
     deleteNetworkmanager();
-    if (!reply)
-        return;
+    d->resumeCheck(reply);
+    const QPointer<SoftwareUpdateClient> self(this);
+    if (reply)
+        d->takeAnswer(reply);
+    if (self)
+        d->tellOutcomes();
+}
+
+void SoftwareUpdateClientPrivate::takeAnswer(QNetworkReply *reply)
+{
     if (isRedirect(reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt())) {
         const QUrl target = reply->attribute(QNetworkRequest::RedirectionTargetAttribute).toUrl();
         if (!target.isEmpty()) {
-            d->followRedirect(target);
+            followRedirect(target);
             return;
         }
         LogQt::write(Log::Progress,
                      QStringLiteral("SoftwareUpdateClient::evaluateServerResponse() -> could not obtain "
                                     "redirect url from server response"));
     }
-    if (d->settingsDialog)
-        d->settingsDialog->disbaleProgress();
-    const bool isSignatureMissing = !d->unsealed.isEmpty() && isMissing(*reply);
+    if (settingsDialog)
+        settingsDialog->disbaleProgress();
+    const bool isSignatureMissing = !unsealed.isEmpty() && isMissing(*reply);
     if (reply->error() != QNetworkReply::NoError && !isSignatureMissing)
-        d->failCheck(errorTextOf(*reply));
-    else if (d->trust.isSet())
-        d->takeSealed(reply);
+        failCheck(errorTextOf(*reply));
+    else if (trust.isSet() || !unsealed.isEmpty()) // another policy may have come meanwhile
+        takeSealed(reply);
     else
-        d->takeCatalogue(reply);
+        takeCatalogue(reply);
 }
 
 /// First comes the catalogue, and then, from where that came from, its signature.
@@ -151,6 +161,7 @@ void SoftwareUpdateClientPrivate::takeSealed(QNetworkReply *reply)
     if (seal.verdict != Seal::Accepted) {
         packages.clear();
         showNotification(refusalText(seal));
+        endCheck(current, CheckOutcome::NotTrusted, refusalText(seal));
         offerNothing();
         return;
     }
@@ -162,16 +173,17 @@ void SoftwareUpdateClientPrivate::takeSealed(QNetworkReply *reply)
 
 void SoftwareUpdateClientPrivate::takeCatalogue(QIODevice *catalogue)
 {
+    const Check check = current; // a host that is asked may begin another
     if (parseServerResponse(catalogue) == 1)
         return;
     if (packages.isEmpty()) {
         LogQt::write(Log::Progress,
                      QStringLiteral("SoftwareUpdateClient::evaluateServerResponse() -> product is up-to-date "));
-        productUpToDate();
+        productUpToDate(check);
     } else {
         LogQt::write(Log::Progress,
                      QStringLiteral("SoftwareUpdateClient::evaluateServerResponse() -> update available"));
-        q->updateAvailable();
+        announceUpdates(check);
     }
 }
 
@@ -195,25 +207,33 @@ void SoftwareUpdateClientPrivate::followRedirect(const QUrl &target)
 void SoftwareUpdateClientPrivate::failCheck(const QString &errorText)
 {
     q->requestError(errorText);
+    endCheck(current, CheckOutcome::Unreachable, errorText);
     LogQt::write(Log::Progress,
                  QStringLiteral("SoftwareUpdateClient::evaluateServerResponse() -> reply->errorString(): ")
                      + errorText);
 }
 
+/// 1 where that is all: no packages came, or the client has gone.
 int SoftwareUpdateClientPrivate::parseServerResponse(QIODevice *catalogue)
 {
-    packages = readCatalogue(catalogue);
+    PackageInfoList found = readCatalogue(catalogue);
     if (trust.isSet())
-        Trust::keepVouched(packages);
-    if (packages.isEmpty()) {
+        Trust::keepVouched(found);
+    if (found.isEmpty()) {
+        packages.clear();
         LogQt::write(Log::Error, QStringLiteral("SoftwareUpdateClient::parseServerResponse() -> no update available"));
-        showNotification(QCoreApplication::translate("SoftwareUpdateClient", "No update available!"));
+        const QString text = QCoreApplication::translate("SoftwareUpdateClient", "No update available!");
+        showNotification(text);
+        endCheck(current, CheckOutcome::NoCatalogue, text);
         offerNothing();
         return 1;
     }
     const SoftwareUpdateSettings settings = currentSettings();
     const bool beta = settingsDialog ? settingsDialog->getDialogSettings().checkForBeta : settings.checkForBeta;
-    packages = offeredPackages(std::move(packages), QCoreApplication::applicationName(), settings, beta);
+    found = offeredPackages(std::move(found), QCoreApplication::applicationName(), settings, beta);
+    if (!keepOffered(found))
+        return 1;
+    packages = std::move(found);
     if (packages.isEmpty())
         offerNothing();
     return 0;
@@ -240,19 +260,24 @@ void SoftwareUpdateClient::requestTimeout()
 {
     if (d->settingsDialog)
         d->settingsDialog->disbaleProgress();
-    d->showNotification(
-        QCoreApplication::translate("SoftwareUpdateClient", "Timeout error! Update server unreachable!"));
+    const QString text =
+        QCoreApplication::translate("SoftwareUpdateClient", "Timeout error! Update server unreachable!");
+    d->showNotification(text);
     deleteNetworkmanager();
     LogQt::write(Log::Error,
                  QStringLiteral("SoftwareUpdateClient::requestTimeout() -> Timeout occurred requesting "
                                 "update server!"));
+    for (const SoftwareUpdateClientPrivate::Check &check : std::exchange(d->underWay, {}))
+        d->endCheck(check, CheckOutcome::TimedOut, text);
+    d->tellOutcomes();
 }
 
-void SoftwareUpdateClientPrivate::productUpToDate()
+void SoftwareUpdateClientPrivate::productUpToDate(const Check &check)
 {
-    showNotification(
-        QCoreApplication::translate("SoftwareUpdateClient", "Congratulations! Your product is up-to-date!"));
-    q->deleteNetworkmanager();
+    const QString text =
+        QCoreApplication::translate("SoftwareUpdateClient", "Congratulations! Your product is up-to-date!");
+    showNotification(text);
+    endCheck(check, CheckOutcome::UpToDate, text);
     LogQt::write(Log::Progress, QStringLiteral("SoftwareUpdateClient::productUpToDate() -> product is up to date!"));
 }
 

@@ -2,6 +2,7 @@
 
 // Not installed: the inside of SoftwareUpdateClient.
 
+#include "CheckOutcome.h"
 #include "HttpThreads.h"
 #include "SoftwareUpdateClient.h"
 #include "Trust.h"
@@ -49,6 +50,16 @@ public:
         bool wasInstallable = false; // when Install was pressed
     };
 
+    enum class Asker { Nobody, SettingsDialog, Host };
+
+    /// One check, from its start until its outcome is told.
+    struct Check
+    {
+        int id = 0; // its requests carry it; 0: none, a slot was called by name
+        Asker asker = Asker::Nobody;
+        CheckOutcome outcome; // cancelled, until it ends otherwise
+    };
+
     explicit SoftwareUpdateClientPrivate(SoftwareUpdateClient *client);
 
     SoftwareUpdateSettings currentSettings() const;
@@ -57,20 +68,32 @@ public:
     static QString lastCheckText(const QDateTime &lastCheck);
     void passTableOn();
 
-    void check(SoftwareUpdateSettings settings);
+    void check(SoftwareUpdateSettings settings, Asker asker = Asker::Nobody);
     void checkLater(const SoftwareUpdateSettings &settings, int msDelay);
 
     void performUpdateCheck(const QUrl &url);
     void sendRequests();
     void announceCheck(const QUrl &url);
+    void takeAnswer(QNetworkReply *reply);
     void followRedirect(const QUrl &target);
     void failCheck(const QString &errorText);
     void takeSealed(QNetworkReply *reply);
     void takeCatalogue(QIODevice *catalogue);
     int parseServerResponse(QIODevice *catalogue);
-    void productUpToDate();
+    void productUpToDate(const Check &check);
     void showNotification(const QString &text);
     void offerNothing();
+    void fillTable();
+
+    void beginCheck(const QDateTime &started, Asker asker);
+    void resumeCheck(const QNetworkReply *reply);
+    bool isHostAsking() const;
+    bool isSettingsDialogOpen() const;
+    bool keepOffered(PackageInfoList &found);
+    void announceUpdates(Check check);
+    void endCheck(Check check, CheckOutcome::Kind kind, const QString &text);
+    void tellOutcomes();
+    void showOutcome(const CheckOutcome &outcome);
 
     bool isInstallable(const PackageInfo &package) const;
     Download downloadOf(const QObject *manager) const;
@@ -94,6 +117,10 @@ public:
     QByteArray unsealed;            // the catalogue whose signature is awaited
     QList<QNetworkRequest> unsent;  // until HttpThreads are free
     QTimer *requestTimer = nullptr; // made by the first check
+    Check current;                  // whose request leaves next, or whose answer has come
+    QList<Check> underWay;          // that have a request
+    QList<Check> untold;            // that have ended
+    int lastCheckId = 0;
     QTimer *const checkTimer;
     PackageInfoList packages;                       // what the last check found; row i of the table is package i
     SoftUpIndexList selectedRows;                   // the row that is being installed

@@ -6,8 +6,6 @@
 #include "LogQt.h"
 #include "SoftwareUpdateDialog.h"
 
-#include <utility>
-
 namespace qv {
 
 bool SoftwareUpdateClient::isCheckDue(int interval, const QDateTime &lastCheck, const QDateTime &now)
@@ -60,22 +58,27 @@ void SoftwareUpdateClient::doBackgroundCheck()
 
 void SoftwareUpdateClient::checkForUpdate()
 {
-    d->check(d->currentSettings());
+    using Asker = SoftwareUpdateClientPrivate::Asker;
+    const bool isByUser = d->settingsDialog && sender() == d->settingsDialog;
+    d->check(d->currentSettings(), isByUser ? Asker::SettingsDialog : Asker::Nobody);
 }
 
-void SoftwareUpdateClientPrivate::check(SoftwareUpdateSettings settings)
+void SoftwareUpdateClient::checkNow()
 {
-    settings.lastCheck = QDateTime::currentDateTime();
-    if (!std::exchange(unsealed, QByteArray()).isEmpty())
-        q->deleteNetworkmanager(); // on which the check before this one still waits for a signature
-    if (settingsDialog)
-        performUpdateCheck(QUrl(settingsDialog->getDialogSettings().serverURL));
-    else if (settings.doUpdateCheck)
-        performUpdateCheck(QUrl(settings.serverURL));
-    else
+    d->check(d->currentSettings(), SoftwareUpdateClientPrivate::Asker::Host);
+}
+
+void SoftwareUpdateClientPrivate::check(SoftwareUpdateSettings settings, Asker asker)
+{
+    const bool isTyped = settingsDialog && asker != Asker::Host;
+    if (asker == Asker::Nobody && (isHostAsking() || (!isTyped && !settings.doUpdateCheck)))
         return;
+    settings.lastCheck = QDateTime::currentDateTime();
+    beginCheck(settings.lastCheck, asker);
+    performUpdateCheck(QUrl(isTyped ? settingsDialog->getDialogSettings().serverURL : settings.serverURL));
     // Only now: the dialog has just been given the time of the check before this one.
     q->setCurrentSettings(&settings);
+    tellOutcomes();
 }
 
 void SoftwareUpdateClient::queryLastUpdate(int msDelay)

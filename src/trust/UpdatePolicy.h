@@ -49,14 +49,23 @@ struct UpdatePolicy
     /// asked for the restart, and "Restart later" installs when the application ends.
     bool replacesApplication = false;
 
-    /// False keeps a package from being shown: one that the user wants to skip, or whose turn has not come.
+    // The next three are called in the GUI thread and must not throw. They may start a check, set another policy, or
+    // delete the client; those of that client are called no more then.
+
+    /// False keeps a package from being shown: one that the user wants to skip, or whose turn has not come. Asked once
+    /// for each package that a check has found to be newer; where none is left, everything is up to date.
     std::function<bool(const PackageInfo &)> isOffered;
 
     /// Called with what a check has found, instead of opening the dialog; false opens it. The host tells in its own way
-    /// and calls SoftwareUpdateClient::showAvailable() when the user wants to see them.
+    /// and calls SoftwareUpdateClient::showAvailable() when the user wants to see them. A table that is open already
+    /// shows them in any case. Not called for a check of the user's while the settings dialog is open, where "Check
+    /// Now" is answered by the table.
     std::function<bool(const PackageInfoList &)> announce;
 
-    /// Called at the end of every check, however it ended.
+    /// Called at the end of every check that was started, however it ended, exactly once and after all else: log,
+    /// notification, dialog. Where a check is under way the policy counts that is set when it ends. Never called by the
+    /// client's destructor: a check that is under way then ends untold. To start another on CheckOutcome::Cancelled is
+    /// to cancel the one that took its place.
     std::function<void(const CheckOutcome &)> checked;
 
     /// Failures are told in words that help, with the translations "SoftwareUpdatePolicy_*": what happened, and what to
