@@ -24,6 +24,8 @@ QString failed(const QString &why)
     return fault + "\n\n" + why + "|OK:Accept";
 }
 
+QStringList heard; // by installers
+
 QProgressDialog *progressDialog()
 {
     for (QWidget *widget : QApplication::allWidgets()) {
@@ -80,7 +82,6 @@ public:
     QStringList onInstall; // of the first, the second...; the last again
     QString onCancel;
     bool isLate = false;
-    QStringList heard;
     QString path;
     QString seen;
 };
@@ -93,14 +94,14 @@ struct Host : TestHost
           client(new SoftwareUpdateClient("P", VersionNumber("1"), "http://updates.example/xml", window))
     {
         NodeDB::getDB().setGlobalProxy(NetworkProxy("127.0.0.1", server.serverPort()));
-        client->setCurrentCameraVersions({ { "P1", VersionNumber("1") }, { "P2", VersionNumber("1") },
-                                           { "P3", VersionNumber("1") } });
+        client->setCurrentCameraVersions(
+            { { "P1", VersionNumber("1") }, { "P2", VersionNumber("1") }, { "P3", VersionNumber("1") } });
         setPolicy(*client);
         for (int number = 1; number <= 3; ++number) {
             const QByteArray name = "P" + QByteArray::number(number);
             catalogue += "<package name='" + name + "' platform='" + name
-                + "' release='2' public-release='&lt;b&gt;2' status='STABLE' file-size='7' url='http://h/" + name
-                + ".rpk'/>";
+                + "' release='2' public-release='&lt;b&gt;2' status='STABLE' file-size='" + QByteArray::number(number)
+                + "' url='http://h/" + name + ".rpk'/>";
             server.route("http://h/" + name + ".rpk", answer);
         }
         check(catalogue);
@@ -177,24 +178,15 @@ private slots:
         for (const bool isLate : { false, true }) {
             BoxClicker clicker({ "Proceed" });
             Host host;
-            QStringList heard;
+            heard.clear();
             host.installer->onInstall = QStringList { install };
             QFETCH(QString, cancel);
             host.installer->onCancel = cancel;
             host.installer->isLate = isLate;
-            clicker.onBox = [&] {
-                if (host.installer)
-                    heard = host.installer->heard;
-                QVERIFY(!host.button()->isEnabled());
-            };
-            if (install.contains("die") || cancel.contains("die"))
-                connect(host.installer, &QObject::destroyed, this,
-                        [&, installer = host.installer.data()] { heard = installer->heard; });
             host.install();
             QFETCH(QString, box);
             QTRY_COMPARE(clicker.boxes, (QStringList { ::one, box }));
             QTEST(heard.join(' '), "heard");
-            QTRY_COMPARE(host.button()->isEnabled() ? 3 : 2, 2 + int(host.rows()->selectedItems().isEmpty() == false && host.installer));
             QTEST(host.rows()->rowCount(), "left");
             QCOMPARE(left(), QStringList());
             QVERIFY(!progressDialog());

@@ -41,7 +41,7 @@ private:
 
     const QPointer<PackageInstaller> installer;
     const QString file;
-    QString folder; // empty when it is gone
+    QString folder;        // empty when it is gone
     QTimer *const silence; // "installerSilence": runs from one sign of life to the next
     bool isBegun = false;
     bool isCancelled = false;

@@ -5,6 +5,7 @@
 
 #include "CatalogueValues.h"
 #include "DialogFlags.h"
+#include "DialogLabels.h"
 #include "DownloadManager.h"
 #include "InstallerRun.h"
 #include "LogQt.h"
@@ -13,9 +14,9 @@
 #include "SoftwareUpdateAvailableDialog.h"
 
 #include <QCoreApplication>
-#include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QTextEdit>
 
 #include <algorithm>
 #include <utility>
@@ -25,7 +26,8 @@ namespace qv {
 namespace {
 
 constexpr int longestName = 100, longestMessage = 1000; // characters
-constexpr int mostLinesOfBox = 8;
+constexpr int longestLine = 240;                        // of the progress dialog
+constexpr int mostLinesOfBox = 8, linesOfDetails = 12, charactersOfLine = 60;
 
 /// The beginning of what may be long, in characters that are seen.
 QString cut(const QString &text, int length)
@@ -58,6 +60,11 @@ void show(QMessageBox *box, const QString &details, const QObject *owner)
         for (QAbstractButton *button : buttons) {
             if (box->buttonRole(button) == QMessageBox::ActionRole)
                 button->click();
+        }
+        if (auto *text = box->findChild<QTextEdit *>()) {
+            const QFontMetrics metrics(text->font());
+            text->setMinimumWidth(metrics.averageCharWidth() * charactersOfLine);
+            text->setFixedHeight(metrics.lineSpacing() * linesOfDetails);
         }
     }
     box->exec();
@@ -132,10 +139,10 @@ QWidget *InstallQueue::window() const
 void InstallQueue::begin()
 {
     const QPointer<InstallQueue> self(this);
-    const QPointer<QMessageBox> box = newBox(
-        QMessageBox::Question, QCoreApplication::translate("SoftwareUpdateClient", "Install Package"),
-        packages.size() == 1 ? installQuestion(nameOf(packages.first())) : installQuestion(int(packages.size())),
-        window());
+    const QPointer<QMessageBox> box =
+        newBox(QMessageBox::Question, QCoreApplication::translate("SoftwareUpdateClient", "Install Package"),
+               packages.size() == 1 ? installQuestion(nameOf(packages.first())) : installQuestion(int(packages.size())),
+               window());
     box->addButton(QCoreApplication::translate("SoftwareUpdateClient", "Cancel Install"), QMessageBox::RejectRole);
     const QPushButton *proceed =
         box->addButton(QCoreApplication::translate("SoftwareUpdateClient", "Proceed"), QMessageBox::AcceptRole);
@@ -157,9 +164,11 @@ void InstallQueue::begin()
 void InstallQueue::openProgress()
 {
     progress = new QProgressDialog(window(), client->windowFlags);
-    auto *label = new QLabel;
-    label->setTextFormat(Qt::PlainText);
+    progress->setWindowTitle(QCoreApplication::translate("SoftwareUpdateClient", "Install Package"));
+    auto *label = new WrappingLabel;
     progress->setLabel(label);
+    label->resize(QFontMetrics(label->font()).averageCharWidth() * charactersOfLine, 0);
+    progress->setMinimumWidth(label->width());
     progress->setAutoReset(false);
     progress->setAutoClose(false);
     // Cancel is only the wish: the dialog stays until that has been granted.
@@ -178,22 +187,16 @@ void InstallQueue::closeProgress()
     progress = nullptr;
 }
 
-/// The name of the package above the @p line; both may be of any length.
+/// The name of the package above the @p line, which may be of any length.
 void InstallQueue::told(int value, int total, const QString &line)
 {
     if (!progress)
         return;
     const int number = int(results.size()) + 1;
     const QString name = nameOf(packages.at(number - 1));
-    auto *label = progress->findChild<QLabel *>();
-    const QFontMetrics metrics(label->font());
-    const int width = metrics.averageCharWidth() * 60;
-    const auto fitting = [&](const QString &text) {
-        return metrics.elidedText(cut(text.simplified(), longestMessage), Qt::ElideMiddle, width);
-    };
-    label->setText(fitting(packages.size() == 1 ? name : installNumberText(number, int(packages.size()), name))
-                   + QLatin1Char('\n') + fitting(isCancelled ? cancellingText() : line));
-    progress->setMinimumWidth(width + metrics.averageCharWidth() * 10); // lines come and go, the width stays
+    progress->setLabelText((packages.size() == 1 ? name : installNumberText(number, int(packages.size()), name))
+                           + QLatin1Char('\n')
+                           + cut((isCancelled ? cancellingText() : line).simplified(), longestLine));
     progress->setRange(0, qMax(0, total));
     progress->setValue(qBound(0, value, qMax(0, total)));
     if (!progress->isVisible() && !isCancelled)
@@ -333,12 +336,10 @@ void InstallQueue::showOutcomes()
         installed += result.isInstalled ? 1 : 0;
         lines << (line + QLatin1Char(' ') + cut(result.message.simplified(), longestMessage)).trimmed();
     }
-    const bool isWhole = installed == packages.size();
-    const QPointer<QMessageBox> box = newBox(
-        isWhole ? QMessageBox::Information : QMessageBox::Critical,
-        isWhole || isCancelled ? QCoreApplication::translate("SoftwareUpdateClient", "Install Package")
-                               : QCoreApplication::translate("SoftwareUpdateClient", "Installation failed"),
-        installedCountText(installed, int(packages.size())), window());
+    const QPointer<QMessageBox> box =
+        newBox(installed == packages.size() ? QMessageBox::Information : QMessageBox::Warning,
+               QCoreApplication::translate("SoftwareUpdateClient", "Install Package"),
+               installedCountText(installed, int(packages.size())), window());
     box->addButton(QMessageBox::Ok);
     show(box, lines.join(QLatin1Char('\n')), this);
     delete box;

@@ -46,17 +46,24 @@ QString downloadFailureText(const QString &reason)
 
 QString installQuestion(const QString &package)
 {
-    return QCoreApplication::translate("SoftwareUpdatePolicy", "The package will be downloaded and installed. Your application goes on running.\n\n%1").arg(package);
+    return QCoreApplication::translate(
+               "SoftwareUpdatePolicy",
+               "The package will be downloaded and installed. Your application goes on running.\n\n%1")
+        .arg(package);
 }
 
 QString installQuestion(int count)
 {
-    return QCoreApplication::translate("SoftwareUpdatePolicy", "%1 packages will be downloaded and installed one after the other. Your application goes on running.").arg(count);
+    return QCoreApplication::translate(
+               "SoftwareUpdatePolicy",
+               "%1 packages will be downloaded and installed one after the other. Your application goes on running.")
+        .arg(count);
 }
 
 QString installNumberText(int number, int count, const QString &package)
 {
-    return QCoreApplication::translate("SoftwareUpdatePolicy", "%1 of %2: %3").arg(QString::number(number), QString::number(count), package);
+    return QCoreApplication::translate("SoftwareUpdatePolicy", "%1 of %2: %3")
+        .arg(QString::number(number), QString::number(count), package);
 }
 
 QString installingText()
@@ -81,7 +88,9 @@ QString notInstalledText(const QString &package)
 
 QString installedCountText(int installed, int count)
 {
-    return QCoreApplication::translate("SoftwareUpdatePolicy", "Packages installed: %1 of %2").arg(installed).arg(count);
+    return QCoreApplication::translate("SoftwareUpdatePolicy", "Packages installed: %1 of %2")
+        .arg(installed)
+        .arg(count);
 }
 
 QString installedLine(const QString &package)
