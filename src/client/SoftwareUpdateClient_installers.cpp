@@ -16,6 +16,7 @@
 #include <QCoreApplication>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QStyle>
 #include <QTextEdit>
 
 #include <algorithm>
@@ -166,6 +167,7 @@ void InstallQueue::openProgress()
     progress = new QProgressDialog(window(), client->windowFlags);
     progress->setWindowTitle(QCoreApplication::translate("SoftwareUpdateClient", "Install Package"));
     auto *label = new WrappingLabel;
+    label->setMargin(progress->style()->pixelMetric(QStyle::PM_LayoutTopMargin) / 2); // the dialog leaves none
     progress->setLabel(label);
     label->resize(QFontMetrics(label->font()).averageCharWidth() * charactersOfLine, 0);
     progress->setMinimumWidth(label->width());
@@ -195,7 +197,7 @@ void InstallQueue::told(int value, int total, const QString &line)
     const int number = int(results.size()) + 1;
     const QString name = nameOf(packages.at(number - 1));
     progress->setLabelText((packages.size() == 1 ? name : installNumberText(number, int(packages.size()), name))
-                           + QLatin1Char('\n')
+                           + QChar(QChar::LineSeparator)
                            + cut((isCancelled ? cancellingText() : line).simplified(), longestLine));
     progress->setRange(0, qMax(0, total));
     progress->setValue(qBound(0, value, qMax(0, total)));
