@@ -93,6 +93,7 @@ struct Host : TestHost
         : installer(installer ? installer : new Installer), window(new QWidget),
           client(new SoftwareUpdateClient("P", VersionNumber("1"), "http://updates.example/xml", window))
     {
+        heard.clear();
         NodeDB::getDB().setGlobalProxy(NetworkProxy("127.0.0.1", server.serverPort()));
         client->setCurrentCameraVersions(
             { { "P1", VersionNumber("1") }, { "P2", VersionNumber("1") }, { "P3", VersionNumber("1") } });
@@ -178,7 +179,6 @@ private slots:
         for (const bool isLate : { false, true }) {
             BoxClicker clicker({ "Proceed" });
             Host host;
-            heard.clear();
             host.installer->onInstall = QStringList { install };
             QFETCH(QString, cancel);
             host.installer->onCancel = cancel;
@@ -191,6 +191,151 @@ private slots:
             QCOMPARE(left(), QStringList());
             QVERIFY(!progressDialog());
         }
+    }
+
+    void several_data()
+    {
+        columns<QStringList, QString, QString, QString, int>("install", "box", "details", "heard", "left");
+        const QStringList begun { "P1=P1.rpk", "P2=P2.rpk", "P3=P3.rpk" };
+        const QString box = "|Install Package|Packages installed: %1 of 3|OK:Accept,Hide Details...:other";
+        const QString installed = "P1 <b>2: installed.\nP2 <b>2: installed.\nP3 <b>2: installed.";
+        row("all", QStringList { "done" }, "Information" + box.arg(3), installed, begun.join(' '), 0);
+        row("one fails", QStringList { "done", "look failed", "progress done" }, "Warning" + box.arg(2),
+            QString(installed).replace("2: installed.\nP3", "2: not installed. <b>no\nP3"), begun.join(' '), 1);
+        row("cancelled", QStringList { "done", "look cancel failed" }, "Warning" + box.arg(1),
+            "P1 <b>2: installed.\nP2 <b>2: cancelled. <b>no\nP3 <b>2: cancelled.", "P1=P1.rpk P2=P2.rpk cancel", 2);
+        row("stuck", QStringList { "silence" }, "Warning" + box.arg(0),
+            "P1 <b>2: not installed. The installer does not respond.\nP2 <b>2: not installed. The installer is busy "
+            "with another package.\nP3 <b>2: not installed. The installer is busy with another package.",
+            "P1=P1.rpk cancel", 3);
+    }
+    void several()
+    {
+        QFETCH(QStringList, install);
+        BoxClicker clicker({ "Proceed" });
+        Host host;
+        host.installer->onInstall = install;
+        QString details;
+        clicker.onBox = [&] {
+            details = qobject_cast<QMessageBox *>(QApplication::activeModalWidget())->detailedText();
+        };
+        host.install(true);
+        QFETCH(QString, box);
+        QTRY_COMPARE(clicker.boxes, (QStringList { three, box }));
+        QTEST(details, "details");
+        QTEST(heard.join(' '), "heard");
+        QVERIFY(host.installer->seen.isEmpty() || host.installer->seen.startsWith("2 of 3: P2 <b>2\u2028"));
+        QFETCH(int, left);
+        QTRY_COMPARE(host.table() && host.table()->isVisible() ? host.rows()->rowCount() : 0, left);
+        QCOMPARE(this->left(), QStringList());
+        emit host.installer->finished(true, "late");
+        QCOMPARE(clicker.boxes.size(), 2);
+    }
+
+    void downloads()
+    {
+        const QString missing = failed("Error downloading! Http status code 404");
+        for (const auto &[answer, box] : { std::pair(HttpAnswer("", 404), missing), { HttpAnswer("c").hold(), "" } }) {
+            BoxClicker clicker({ "Proceed" });
+            Host host(answer);
+            host.install();
+            if (box.isEmpty()) {
+                QTRY_VERIFY(progressDialog() && left().size() == 1);
+                progressDialog()->findChild<QPushButton *>()->click();
+            }
+            QTRY_VERIFY(host.button()->isEnabled());
+            QCOMPARE(clicker.boxes, box.isEmpty() ? QStringList { ::one } : (QStringList { ::one, box }));
+            QVERIFY(!progressDialog() && heard.isEmpty() && left().isEmpty());
+        }
+    }
+
+    void selection()
+    {
+        Host host;
+        QPointer<Installer> other = new Installer;
+        UpdatePolicy policy;
+        policy.installers.insert("rpk", other);
+        host.client->setPolicy(policy);
+        host.rows()->selectAll();
+        QVERIFY(host.button()->isEnabled());
+        delete other;
+        host.rows()->selectRow(0);
+        QVERIFY(!host.button()->isEnabled());
+        host.rows()->selectAll();
+        QVERIFY(!host.button()->isEnabled());
+    }
+
+    void busyWithAnotherClient()
+    {
+        BoxClicker clicker({ "Proceed", "Proceed" });
+        Host host;
+        host.install();
+        QTRY_COMPARE(heard.size(), 1);
+        Host second(HttpAnswer("content"), host.installer);
+        second.install();
+        QTRY_COMPARE(clicker.boxes.size(), 3);
+        QCOMPARE(clicker.boxes.last(), failed("The installer is busy with another package."));
+        emit host.installer->finished(true, "Restarts.");
+        QTRY_COMPARE(clicker.boxes.size(), 4);
+        QCOMPARE(clicker.boxes.last(), QString(done).replace("|OK", "\n\nRestarts.|OK"));
+        QCOMPARE(left(), QStringList());
+    }
+
+    void deaths_data()
+    {
+        columns<QString, QString>("stage", "victim");
+        for (const QString stage : { "question", "download", "install", "last box" }) {
+            for (const QString victim : { "client", "window", "table", "installer", "check", "nothing found" })
+                row(qPrintable(victim + " at " + stage), stage, victim);
+        }
+    }
+    void deaths()
+    {
+        QFETCH(QString, stage);
+        QFETCH(QString, victim);
+        BoxClicker clicker({ "Proceed" });
+        Host host(stage == "download" ? HttpAnswer("content").holdAfter(3) : HttpAnswer("content"));
+        QSignalSpy held(&host.server, &HttpServer::held);
+        const auto strike = [&] {
+            if (victim == "client")
+                delete host.client;
+            else if (victim == "window")
+                delete host.window;
+            else if (victim == "table")
+                host.table()->reject(), TestHost::release();
+            else if (victim == "installer")
+                delete host.installer;
+            else
+                host.check(victim == "check" ? QByteArray(host.catalogue).replace("P1", "Q1") : QByteArray());
+        };
+        if (stage == "question" || stage == "last box")
+            host.installer->onInstall = QStringList { "done" };
+        clicker.onBox = [&] {
+            if (clicker.boxes.size() == (stage == "question" ? 1 : stage == "last box" ? 2 : 99))
+                strike();
+        };
+        host.install();
+        if (stage == "download")
+            QVERIFY(!held.isEmpty() || held.wait());
+        else if (stage == "install")
+            QTRY_COMPARE(heard.size(), 1);
+        if (stage == "download" || stage == "install") {
+            strike();
+            // Whoever works keeps his file until he has ended, even if nobody waits any more.
+            QCOMPARE(left().size(),
+                     victim == "installer" && stage == "install"     ? 0
+                         : victim == "client" && stage == "download" ? 0
+                                                                     : 1);
+        }
+        if (stage == "install" && victim == "client")
+            QCOMPARE(heard.size(), 2);
+        host.server.release();
+        if (host.installer && (stage == "install" || stage == "download")) {
+            QTRY_VERIFY(heard.size() > 0 || victim == "client");
+            emit host.installer->finished(true, QString());
+        }
+        QTRY_COMPARE(left(), QStringList());
+        QTRY_VERIFY(!QApplication::activeModalWidget() && !progressDialog());
     }
 
 private:

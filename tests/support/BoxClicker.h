@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QFileDialog>
 #include <QMessageBox>
+#include <QPointer>
 #include <QPushButton>
 #include <QTimer>
 
@@ -42,7 +43,7 @@ private:
         static const QStringList icons { "None", "Information", "Warning", "Critical", "Question" };
         static const QStringList roles { "Accept", "Reject" };
         const QString wanted = answers.isEmpty() ? QStringLiteral("OK") : answers.takeFirst();
-        QAbstractButton *found = nullptr;
+        QPointer<QAbstractButton> found;
         QStringList buttons;
         for (auto *button : box->findChildren<QPushButton *>()) {
             const QString text = button->text().remove(QLatin1Char('&'));
@@ -53,8 +54,9 @@ private:
         boxes << QStringList { icons.value(box->icon()), box->windowTitle(), box->text(), buttons.join(',') }.join('|');
         if (!found || !box->isModal())
             qFatal("no button %s, or not modal: %s", qPrintable(wanted), qPrintable(boxes.last()));
-        onBox();
-        found->click();
+        onBox(); // which may take the box along
+        if (found)
+            found->click();
     }
 
     void choose(QFileDialog *dialog)
