@@ -13,8 +13,8 @@ namespace qv {
 /// @code
 /// class PlugInInstaller : public qv::PackageInstaller
 /// {
-///     void install(const qv::PackageInfo &package, const QString &file) override { ... emit finished(true, QString());
-///     } void cancel() override { ... emit finished(false, tr("Cancelled")); }
+///     void install(const qv::PackageInfo &package, const QString &file) override; // begins; later finished(true, "")
+///     void cancel() override;                                                     // later finished(false, "...")
 /// };
 /// @endcode
 class SOFTWAREUPDATE_EXPORT PackageInstaller : public QObject
