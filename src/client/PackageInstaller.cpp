@@ -3,10 +3,7 @@
 
 namespace qv {
 
-PackageInstaller::PackageInstaller(QObject *parent)
-    : QObject(parent)
-{
-}
+PackageInstaller::PackageInstaller(QObject *parent) : QObject(parent) { }
 
 PackageInstaller::~PackageInstaller() = default;
 

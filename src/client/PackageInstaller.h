@@ -4,6 +4,7 @@
 #include "SoftwareUpdateExport.h"
 
 #include <QObject>
+#include <QPointer>
 
 namespace qv {
 
@@ -12,8 +13,8 @@ namespace qv {
 /// @code
 /// class PlugInInstaller : public qv::PackageInstaller
 /// {
-///     void install(const qv::PackageInfo &package, const QString &file) override { ... emit finished(true, QString());
-///     } void cancel() override { ... emit finished(false, tr("Cancelled")); }
+///     void install(const qv::PackageInfo &package, const QString &file) override; // begins; later finished(true, "")
+///     void cancel() override;                                                     // later finished(false, "...")
 /// };
 /// @endcode
 class SOFTWAREUPDATE_EXPORT PackageInstaller : public QObject
@@ -38,6 +39,10 @@ signals:
     /// The end, once for each install(). @p message is plain text for the user: why it failed, or what there is to
     /// tell of a success; empty where there is nothing.
     void finished(bool isInstalled, const QString &message);
+
+private:
+    friend class InstallerRun;
+    QPointer<QObject> run; // that it works for
 };
 
 } // namespace qv

@@ -108,6 +108,7 @@ void SoftwareUpdateClient::manageUpdateAvailableDialog(const SoftUpIndexList &ro
     const bool isStale = !rows.isEmpty() && *std::max_element(rows.cbegin(), rows.cend()) >= d->packages.size();
     d->availableDialog->setDownloadButtonState(!rows.isEmpty() && !isStale);
     if (rows.size() != 1 || isStale) {
+        d->availableDialog->setInstallButtonState(d->canQueue(rows));
         d->availableDialog->setCommentText(QString());
         return;
     }

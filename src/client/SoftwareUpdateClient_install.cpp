@@ -64,6 +64,8 @@ void logFailure(const QString &line)
 
 void SoftwareUpdateClient::installPackage(int row)
 {
+    if (d->takeToInstallers(row))
+        return;
     d->selectedRows = { row };
     const PackageInfo package = d->packages.value(row); // a check may bring others while the box is open
     const bool wasInstallable = d->isInstallable(package);
@@ -83,21 +85,9 @@ void SoftwareUpdateClient::installPackage(int row)
         return;
     }
 
-    const QNetworkProxy proxy = networkProxy();
-    // Deliberate: by default without the proxy's credentials.
-    const HttpAccess route = d->policy.followAddresses
-        ? HttpAccess(proxy.hostName(), proxy.port(), proxy.user(), proxy.password())
-        : HttpAccess(proxy.hostName(), proxy.port(), QString(), QString());
-    const HttpHost host(HttpAccess(), route, QString());
     // Deliberate: nobody keeps or frees the manager.
-    auto *manager = new DownloadManager(host, QString());
-    manager->setPolicy(d->policy);
-
-    const QString link = StringUtils::withoutPassword(package.url);
-    const QString folder = FileUtils::createTempDir();
-    // Without a folder there is no file to open either, and the download ends as a failure.
-    const QString file = folder.isEmpty() ? QString() : folder + QLatin1Char('/') + link.section(QLatin1Char('/'), -1);
-    logProgress(QStringLiteral("SoftwareUpdateClient::downloadPackage() -> %1 to %2").arg(link, file));
+    DownloadManager *manager = d->newManager();
+    const QString file = SoftwareUpdateClientPrivate::newFile(package);
 
     // Deliberate: a second download beside the first goes on unheard.
     if (!d->progressDialog) {
@@ -115,8 +105,33 @@ void SoftwareUpdateClient::installPackage(int row)
     manager->startDownload(package, file);
 }
 
+DownloadManager *SoftwareUpdateClientPrivate::newManager() const
+{
+    const QNetworkProxy proxy = q->networkProxy();
+    // Deliberate: by default without the proxy's credentials.
+    const HttpAccess route = policy.followAddresses
+        ? HttpAccess(proxy.hostName(), proxy.port(), proxy.user(), proxy.password())
+        : HttpAccess(proxy.hostName(), proxy.port(), QString(), QString());
+    auto *manager = new DownloadManager(HttpHost(HttpAccess(), route, QString()), QString());
+    manager->setPolicy(policy);
+    return manager;
+}
+
+/// Where @p package is downloaded to: alone in a new folder.
+QString SoftwareUpdateClientPrivate::newFile(const PackageInfo &package)
+{
+    const QString link = StringUtils::withoutPassword(package.url);
+    const QString folder = FileUtils::createTempDir();
+    // Without a folder there is no file to open either, and the download ends as a failure.
+    const QString file = folder.isEmpty() ? QString() : folder + QLatin1Char('/') + link.section(QLatin1Char('/'), -1);
+    logProgress(QStringLiteral("SoftwareUpdateClient::downloadPackage() -> %1 to %2").arg(link, file));
+    return file;
+}
+
 bool SoftwareUpdateClientPrivate::isInstallable(const PackageInfo &package) const
 {
+    if (installerOf(package))
+        return !installQueue;
     return currentSettings().installablePackageTypes.contains(package.suffix);
 }
 
@@ -180,13 +195,18 @@ void SoftwareUpdateClient::downloadFinished()
 
 void SoftwareUpdateClient::downloadError(int httpStatusCode)
 {
-    const auto *manager = qobject_cast<DownloadManager *>(sender());
-    const QString reason = manager && d->policy.followAddresses ? manager->errorText() : QString();
-    d->failDownload(d->takeDownload(sender()),
-                    reason.isEmpty()
-                        ? QCoreApplication::translate("SoftwareUpdateClient", "Error downloading! Http status code %1")
-                              .arg(httpStatusCode)
-                        : downloadFailureText(reason));
+    const QString text = d->downloadErrorText(sender(), httpStatusCode);
+    d->failDownload(d->takeDownload(sender()), text);
+}
+
+QString SoftwareUpdateClientPrivate::downloadErrorText(const QObject *manager, int httpStatusCode) const
+{
+    const auto *asked = qobject_cast<const DownloadManager *>(manager);
+    const QString reason = asked && policy.followAddresses ? asked->errorText() : QString();
+    return reason.isEmpty()
+        ? QCoreApplication::translate("SoftwareUpdateClient", "Error downloading! Http status code %1")
+              .arg(httpStatusCode)
+        : downloadFailureText(reason);
 }
 
 void SoftwareUpdateClientPrivate::failDownload(const Download &download, const QString &text)

@@ -4,6 +4,7 @@
 
 #include "CheckOutcome.h"
 #include "HttpThreads.h"
+#include "PackageInstaller.h"
 #include "SoftwareUpdateClient.h"
 #include "Trust.h"
 
@@ -96,6 +97,13 @@ public:
     void showOutcome(const CheckOutcome &outcome);
 
     bool isInstallable(const PackageInfo &package) const;
+    PackageInstaller *installerOf(const PackageInfo &package) const;
+    bool canQueue(const SoftUpIndexList &rows) const;
+    bool takeToInstallers(int row);
+    void forgetInstalled(const PackageInfoList &installed);
+    DownloadManager *newManager() const;
+    static QString newFile(const PackageInfo &package);
+    QString downloadErrorText(const QObject *manager, int httpStatusCode) const;
     Download downloadOf(const QObject *manager) const;
     Download takeDownload(const QObject *manager);
     void closeProgress(const Download &download);
@@ -113,6 +121,8 @@ public:
     QPointer<QWidget> parentWidget;
     QScopedPointer<QNetworkAccessManager, HttpThreads::Release> networkManager; // exists while a check waits
     UpdatePolicy policy;
+    QHash<QString, QPointer<PackageInstaller>> installers; // of the policy, by suffix
+    QPointer<QObject> installQueue;                        // exists from Install to the last word, for these
     Trust trust;
     QByteArray unsealed;            // the catalogue whose signature is awaited
     QList<QNetworkRequest> unsent;  // until HttpThreads are free

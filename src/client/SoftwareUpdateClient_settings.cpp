@@ -130,6 +130,9 @@ void SoftwareUpdateClient::setCurrentCameraVersions(const SoftUpCurrentCameraVer
 void SoftwareUpdateClient::setPolicy(const UpdatePolicy &policy)
 {
     d->policy = policy;
+    d->installers.clear();
+    for (auto one = policy.installers.cbegin(); one != policy.installers.cend(); ++one)
+        d->installers.insert(one.key(), one.value());
     d->trust.setKeys(policy.trustedKeys);
     QSettings stored = store();
     if (d->trust.isSet() && Preferences::mend(stored))

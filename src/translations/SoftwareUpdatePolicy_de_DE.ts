@@ -23,5 +23,65 @@
         <source>Error downloading! %1</source>
         <translation>Fehler beim Herunterladen! %1</translation>
     </message>
+    <message>
+        <source>The package will be downloaded and installed. Your application goes on running.
+
+%1</source>
+        <translation>Das Paket wird heruntergeladen und installiert. Ihre Anwendung läuft weiter.
+
+%1</translation>
+    </message>
+    <message>
+        <source>%1 packages will be downloaded and installed one after the other. Your application goes on running.</source>
+        <translation>%1 Pakete werden nacheinander heruntergeladen und installiert. Ihre Anwendung läuft weiter.</translation>
+    </message>
+    <message>
+        <source>%1 of %2: %3</source>
+        <translation>%1 von %2: %3</translation>
+    </message>
+    <message>
+        <source>Installing package...</source>
+        <translation>Paket wird installiert...</translation>
+    </message>
+    <message>
+        <source>The installation is being cancelled...</source>
+        <translation>Die Installation wird abgebrochen...</translation>
+    </message>
+    <message>
+        <source>%1 has been installed.</source>
+        <translation>%1 wurde installiert.</translation>
+    </message>
+    <message>
+        <source>%1 could not be installed.</source>
+        <translation>%1 konnte nicht installiert werden.</translation>
+    </message>
+    <message>
+        <source>Packages installed: %1 of %2</source>
+        <translation>Installierte Pakete: %1 von %2</translation>
+    </message>
+    <message>
+        <source>%1: installed.</source>
+        <translation>%1: installiert.</translation>
+    </message>
+    <message>
+        <source>%1: not installed.</source>
+        <translation>%1: nicht installiert.</translation>
+    </message>
+    <message>
+        <source>%1: cancelled.</source>
+        <translation>%1: abgebrochen.</translation>
+    </message>
+    <message>
+        <source>The installer is busy with another package.</source>
+        <translation>Das Installationsprogramm ist noch mit einem anderen Paket beschäftigt.</translation>
+    </message>
+    <message>
+        <source>The installer does not respond.</source>
+        <translation>Das Installationsprogramm antwortet nicht.</translation>
+    </message>
+    <message>
+        <source>The installer has ended unexpectedly.</source>
+        <translation>Das Installationsprogramm wurde unerwartet beendet.</translation>
+    </message>
 </context>
 </TS>

@@ -23,5 +23,65 @@
         <source>Error downloading! %1</source>
         <translation>Erreur de téléchargement ! %1</translation>
     </message>
+    <message>
+        <source>The package will be downloaded and installed. Your application goes on running.
+
+%1</source>
+        <translation>Le paquet sera téléchargé et installé. Votre application continue de fonctionner.
+
+%1</translation>
+    </message>
+    <message>
+        <source>%1 packages will be downloaded and installed one after the other. Your application goes on running.</source>
+        <translation>%1 paquets seront téléchargés et installés l&apos;un après l&apos;autre. Votre application continue de fonctionner.</translation>
+    </message>
+    <message>
+        <source>%1 of %2: %3</source>
+        <translation>%1 sur %2 : %3</translation>
+    </message>
+    <message>
+        <source>Installing package...</source>
+        <translation>Installation du paquet...</translation>
+    </message>
+    <message>
+        <source>The installation is being cancelled...</source>
+        <translation>Annulation de l&apos;installation...</translation>
+    </message>
+    <message>
+        <source>%1 has been installed.</source>
+        <translation>%1 a été installé.</translation>
+    </message>
+    <message>
+        <source>%1 could not be installed.</source>
+        <translation>%1 n&apos;a pas pu être installé.</translation>
+    </message>
+    <message>
+        <source>Packages installed: %1 of %2</source>
+        <translation>Paquets installés : %1 sur %2</translation>
+    </message>
+    <message>
+        <source>%1: installed.</source>
+        <translation>%1 : installé.</translation>
+    </message>
+    <message>
+        <source>%1: not installed.</source>
+        <translation>%1 : non installé.</translation>
+    </message>
+    <message>
+        <source>%1: cancelled.</source>
+        <translation>%1 : annulé.</translation>
+    </message>
+    <message>
+        <source>The installer is busy with another package.</source>
+        <translation>Le programme d&apos;installation est occupé par un autre paquet.</translation>
+    </message>
+    <message>
+        <source>The installer does not respond.</source>
+        <translation>Le programme d&apos;installation ne répond pas.</translation>
+    </message>
+    <message>
+        <source>The installer has ended unexpectedly.</source>
+        <translation>Le programme d&apos;installation s&apos;est arrêté de façon inattendue.</translation>
+    </message>
 </context>
 </TS>

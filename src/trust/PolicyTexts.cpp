@@ -44,4 +44,83 @@ QString downloadFailureText(const QString &reason)
     return QCoreApplication::translate("SoftwareUpdatePolicy", "Error downloading! %1").arg(reason);
 }
 
+QString installQuestion(const QString &package)
+{
+    return QCoreApplication::translate(
+               "SoftwareUpdatePolicy",
+               "The package will be downloaded and installed. Your application goes on running.\n\n%1")
+        .arg(package);
+}
+
+QString installQuestion(int count)
+{
+    return QCoreApplication::translate(
+               "SoftwareUpdatePolicy",
+               "%1 packages will be downloaded and installed one after the other. Your application goes on running.")
+        .arg(count);
+}
+
+QString installNumberText(int number, int count, const QString &package)
+{
+    return QCoreApplication::translate("SoftwareUpdatePolicy", "%1 of %2: %3")
+        .arg(QString::number(number), QString::number(count), package);
+}
+
+QString installingText()
+{
+    return QCoreApplication::translate("SoftwareUpdatePolicy", "Installing package...");
+}
+
+QString cancellingText()
+{
+    return QCoreApplication::translate("SoftwareUpdatePolicy", "The installation is being cancelled...");
+}
+
+QString installedText(const QString &package)
+{
+    return QCoreApplication::translate("SoftwareUpdatePolicy", "%1 has been installed.").arg(package);
+}
+
+QString notInstalledText(const QString &package)
+{
+    return QCoreApplication::translate("SoftwareUpdatePolicy", "%1 could not be installed.").arg(package);
+}
+
+QString installedCountText(int installed, int count)
+{
+    return QCoreApplication::translate("SoftwareUpdatePolicy", "Packages installed: %1 of %2")
+        .arg(installed)
+        .arg(count);
+}
+
+QString installedLine(const QString &package)
+{
+    return QCoreApplication::translate("SoftwareUpdatePolicy", "%1: installed.").arg(package);
+}
+
+QString notInstalledLine(const QString &package)
+{
+    return QCoreApplication::translate("SoftwareUpdatePolicy", "%1: not installed.").arg(package);
+}
+
+QString cancelledLine(const QString &package)
+{
+    return QCoreApplication::translate("SoftwareUpdatePolicy", "%1: cancelled.").arg(package);
+}
+
+QString installerBusyText()
+{
+    return QCoreApplication::translate("SoftwareUpdatePolicy", "The installer is busy with another package.");
+}
+
+QString installerSilentText()
+{
+    return QCoreApplication::translate("SoftwareUpdatePolicy", "The installer does not respond.");
+}
+
+QString installerGoneText()
+{
+    return QCoreApplication::translate("SoftwareUpdatePolicy", "The installer has ended unexpectedly.");
+}
+
 } // namespace qv

@@ -14,4 +14,30 @@ QString refusalText(const Seal &seal);
 /// A download has failed, for that @p reason.
 QString downloadFailureText(const QString &reason);
 
+// Packages that installers of the host's own install. A package is named as the table names it.
+
+/// What will happen: to one package, and to several.
+QString installQuestion(const QString &package);
+QString installQuestion(int count);
+
+/// What happens, a line each: with which of several packages, and what.
+QString installNumberText(int number, int count, const QString &package);
+QString installingText();
+QString cancellingText();
+
+/// What has happened: to one package, and to several.
+QString installedText(const QString &package);
+QString notInstalledText(const QString &package);
+QString installedCountText(int installed, int count);
+
+/// The line of one of them.
+QString installedLine(const QString &package);
+QString notInstalledLine(const QString &package);
+QString cancelledLine(const QString &package);
+
+/// Why there is no word from an installer itself.
+QString installerBusyText();
+QString installerSilentText();
+QString installerGoneText();
+
 } // namespace qv

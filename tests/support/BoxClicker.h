@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QFileDialog>
 #include <QMessageBox>
+#include <QPointer>
 #include <QPushButton>
 #include <QTimer>
 
@@ -43,7 +44,7 @@ private:
         static const QStringList icons { "None", "Information", "Warning", "Critical", "Question" };
         static const QStringList roles { "Accept", "Reject" };
         const QString wanted = answers.isEmpty() ? QStringLiteral("OK") : answers.takeFirst();
-        QAbstractButton *found = nullptr;
+        QPointer<QAbstractButton> found;
         QStringList buttons;
         for (auto *button : box->findChildren<QPushButton *>()) {
             const QString text = button->text().remove(QLatin1Char('&'));
@@ -56,8 +57,12 @@ private:
             boxes.last() += QStringLiteral(" (not modal)");
         if (!found)
             boxes.last() += QStringLiteral(" (no button ") + wanted + QLatin1Char(')');
-        onBox();
-        found ? found->click() : box->reject();
+        const QPointer<QMessageBox> shown(box);
+        onBox(); // which may take the box along
+        if (found)
+            found->click();
+        else if (shown)
+            shown->reject();
     }
 
     void choose(QFileDialog *dialog)
