@@ -36,6 +36,10 @@ void runHost(const QStringList &arguments)
     UpdatePolicy policy;
     policy.replacesApplication = true;
     client->setPolicy(policy);
+    clicker.onBox = [&] {
+        if (when == "asked" && clicker.boxes.size() == 2)
+            client.reset();
+    };
 
     QTimer watch; // what it waits for is there for a moment only
     bool isCancelled = false, isBegun = false;
@@ -102,6 +106,8 @@ private slots:
         row("later", sound, ":", later, QStringList { "1.0 ends\n", "the new version is installed\n" }, true);
         row("later, the client goes before the host", sound, ":", QStringList { "client goes" } + later.mid(1),
             QStringList("the new version is installed\n"), true);
+        row("the client goes while it asks", sound, ":", QStringList { "asked" } + now.mid(1),
+            QStringList("\n1.0 ends"), false);
         row("without the program", QList<ZipItem> { program("other"), program("bin/tst_replace") }, ":", fails,
             QStringList(missing), false);
         row("two deep", QList<ZipItem> { program("a/b/tst_replace") }, ":", fails, QStringList(missing), false);
