@@ -221,6 +221,9 @@ private slots:
         add("the same", "ln -s \"$APP/..\" way", "IN/way/app", 1, "are the same");
         add("new in old", "ln -s \"$APP\" way", "IN/way/sub", 1, "inside each other");
         add("old in new", "ln -s \"$APP/../../..\" way", "IN/way/work", 1, "inside each other");
+        add("the same, to be discarded", "ln -s \"$APP/..\" way", "IN/way/app -discard", 1, "are the same");
+        add("old in new, to be discarded", "ln -s \"$APP/../../..\" way", "IN/way/work -discard", 1,
+            "inside each other");
         add("swap impossible", ":", "IN/new", 1, "cannot swap", EPERM);
         add("disk full", ":", "OUT/new", 1, "cannot write", EFBIG);
 

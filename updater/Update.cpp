@@ -273,11 +273,13 @@ void Update::discardSpare()
         say("what remains of it is called " + leftover.string());
 }
 
-/// Only where nobody else can put another folder in its place meanwhile.
+/// Never what is installed, whatever the caller takes for new; and only where nobody else can put another folder in its
+/// place meanwhile.
 void Update::discardNew()
 {
     try {
-        if (!isThere(newDir))
+        if (!isThere(newDir) || identity(newDir) == identity(at.folder) || isInside(newDir, at.folder)
+            || isInside(at.folder, newDir))
             return;
         checkFolder(newDir.parent_path());
         if (moveOrSay(newDir, usedUp(newDir)))

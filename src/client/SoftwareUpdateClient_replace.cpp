@@ -40,14 +40,14 @@ void SoftwareUpdateClientPrivate::replaceApplication(const Download &download)
     progress->setLabelText(
         QCoreApplication::translate("DownloadManager", "Unpacking '%1'").arg(QFileInfo(download.file).fileName()));
     progress->setRange(0, 0);
-    const auto closeProgress = [progress] {
+    const auto dismiss = [progress] {
         progress->reset(); // or it would still show itself, until it is gone
         progress->deleteLater();
     };
     QObject::connect(progress, &QProgressDialog::canceled, replacement, &QObject::deleteLater);
-    QObject::connect(replacement, &Replacement::unpacked, progress, closeProgress);
-    QObject::connect(replacement, &Replacement::failed, progress, closeProgress);
-    QObject::connect(replacement, &QObject::destroyed, progress, closeProgress);
+    QObject::connect(replacement, &Replacement::unpacked, progress, dismiss);
+    QObject::connect(replacement, &Replacement::failed, progress, dismiss);
+    QObject::connect(replacement, &QObject::destroyed, progress, dismiss);
     QObject::connect(replacement, &Replacement::unpacked, q, [this, replacement] { finishReplacement(replacement); });
     QObject::connect(replacement, &Replacement::failed, q, [this, replacement](const QString &text) {
         replacement->deleteLater();
