@@ -42,12 +42,17 @@ void runHost(const QStringList &arguments)
     };
 
     QTimer watch; // what it waits for is there for a moment only
-    bool isCancelled = false, isBegun = false;
+    bool isCancelled = false, isBegun = false, isRepeated = false;
     QObject::connect(&watch, &QTimer::timeout, &host.window, [&] {
         if (!std::exchange(isBegun, isBegun || (host.availableDialog() && host.availableDialog()->isVisible()))) {
             if (isBegun)
                 QTimer::singleShot(0, &host.window, [&] { emit host.availableDialog()->installPackage(0); });
             return;
+        }
+        if (clicker.boxes.size() == 2 && answers.size() > 2 && !QApplication::activeModalWidget()
+            && !std::exchange(isRepeated, true)) {
+            isBegun = false;
+            return client->checkForUpdate();
         }
         const auto *dialog = host.window.findChild<QProgressDialog *>();
         const bool unpacks = dialog && dialog->labelText() == "Unpacking 'p.zip'";
@@ -104,6 +109,7 @@ private slots:
         row("now, and it fails", QList<ZipItem> { program("tst_replace", "exit 3") }, ":", now,
             QStringList { "2.0 runs updated\n", "1.0 told 3: the new program ended with exit code 3\n" }, false);
         row("later", sound, ":", later, QStringList { "1.0 ends\n", "the new version is installed\n" }, true);
+        row("later, twice", sound, ":", later + later.mid(1), QStringList("the new version is installed\n"), true);
         row("later, the client goes before the host", sound, ":", QStringList { "client goes" } + later.mid(1),
             QStringList("the new version is installed\n"), true);
         row("the client goes while it asks", sound, ":", QStringList { "asked" } + now.mid(1),
@@ -170,6 +176,7 @@ private slots:
         const QString output = QString::fromUtf8(process.readAll());
         for (QString text : says)
             QVERIFY2(output.contains(text.replace("%1/..", place).replace("%1", app)), qPrintable(output));
+        QVERIFY2(!output.contains("Sanitizer") && output.count("updating ") <= 1, qPrintable(output));
         QCOMPARE(output.contains("2.0 runs"), says[0].startsWith("2.0"));
         QVERIFY(shell(QString("chmod u+w '%1' '%2'").arg(app, place)));
         QCOMPARE(QFile(app + "/tst_replace").size() < 100, isNew);
