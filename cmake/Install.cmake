@@ -17,6 +17,7 @@ set(QV_PUBLIC_HEADERS
     src/dialogs/SoftwareUpdateAvailableDialog.h
     src/dialogs/SoftwareUpdateDialog.h
     src/manager/DownloadManager.h
+    src/manager/UpdateResult.h
     src/trust/UpdatePolicy.h
     platform/base/ExceptionQt.h
     platform/base/IOException.h

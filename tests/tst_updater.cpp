@@ -173,7 +173,7 @@ private slots:
             mkdir '%1/'$version; cd '%1/'$version
             mkdir -p sub/deep empty closed
             echo 'data '$version | tee sub/deep/data sub/$version closed/data >/dev/null
-            printf '#!/bin/sh\necho '$version' runs\n' >program
+            printf '#!/bin/sh\necho '$version' runs $QV_UPDATE_RESULT\n' >program
             ln -s deep/data sub/link; ln -s program start
             chmod 750 program; chmod 640 sub/deep/data; chmod 555 closed
             touch -hd '2026-01-02 03:04:05.678 UTC' sub/link sub/deep/* sub/* closed/* * .
@@ -196,7 +196,9 @@ private slots:
         for (const char *words :
              { "", "-oldDir OLD -newDir IN/new", "-oldDir OLD -newDir IN/new -exe",
                "-oldDir OLD -newdir IN/new -exe program", "-oldDir OLD -oldDir IN/new -exe program",
-               "-oldDir OLD -newDir IN/new -exe program --help x", "-oldDir - -newDir IN/new -exe program",
+               "-oldDir OLD -newDir IN/new -exe program --help x",
+               "-oldDir OLD -newDir IN/new -exe program -tell -tell", "-oldDir OLD -newDir IN/new -exe program -wait",
+               "-oldDir OLD -newDir IN/new -exe program -wait 1h", "-oldDir - -newDir IN/new -exe program",
                "-oldDir OLD -newDir IN/new -exe -", "-oldDir OLD -newDir IN/new -exe /bin/true",
                "-oldDir OLD -newDir IN/new -exe sub/../../program" })
             row(words, ":", words, 0, 2, "usage: UpdateInstaller -oldDir DIR -newDir DIR -exe NAME\n");
@@ -219,6 +221,9 @@ private slots:
         add("the same", "ln -s \"$APP/..\" way", "IN/way/app", 1, "are the same");
         add("new in old", "ln -s \"$APP\" way", "IN/way/sub", 1, "inside each other");
         add("old in new", "ln -s \"$APP/../../..\" way", "IN/way/work", 1, "inside each other");
+        add("the same, to be discarded", "ln -s \"$APP/..\" way", "IN/way/app -discard", 1, "are the same");
+        add("old in new, to be discarded", "ln -s \"$APP/../../..\" way", "IN/way/work -discard", 1,
+            "inside each other");
         add("swap impossible", ":", "IN/new", 1, "cannot swap", EPERM);
         add("disk full", ":", "OUT/new", 1, "cannot write", EFBIG);
 
@@ -308,6 +313,73 @@ private slots:
         }
     }
 
+    void options_data()
+    {
+        // tells: a line of the started program; work is done in the folder of the new version
+        columns<QString, QString, int, QString>("work", "options", "exitCode", "tells");
+
+        row("told", ":", "-tell", 0, "2.0 runs updated\n");
+        row("told of nothing new", "rm program", "-tell", 1, "1.0 runs unchanged: the new version lacks its program");
+        row("told of a failure", "echo exit 3 >>program", "-tell -discard", 3,
+            "1.0 runs reverted: the new program ended with exit code 3\n");
+        row("told of a swap", ":", "-tell -discard -wait 0 <", 0, "2.0 runs updated\n");
+        row("discarded", "rm program", "-discard", 1, "1.0 runs\n");
+        row("not started", ":", "-noStart", 0, "");
+        row("not tried", "echo exit 3 >>program", "-noStart", 0, "");
+        row("nothing new, not started", "rm program", "-noStart -discard", 1, "");
+        row("given up", ":", "-wait 0", 6, "");
+        row("given up, discarded", ":", "-wait 0 -discard", 6, "");
+        if (geteuid() == 0)
+            row("discarded by strangers", "chmod 777 ..", "-discard", 1, "1.0 runs\n");
+    }
+
+    void options()
+    {
+        QFETCH(QString, work);
+        QFETCH(QString, options);
+        QFETCH(int, exitCode);
+        QFETCH(QString, tells);
+        prepare("cd new; " + work + "; cd ..");
+        const bool ends = options.endsWith('<');
+        const bool discards = options.contains("-discard") && !work.contains("777");
+        int pipe[2];
+        QVERIFY(pipe2(pipe, O_CLOEXEC) == 0);
+
+        const Outcome outcome = run(order(incoming + "/new") + options.remove(" <").split(QChar(' ')), 0, [&] {
+            dup2(ends ? open("/dev/null", O_RDONLY | O_CLOEXEC) : pipe[0], STDIN_FILENO);
+        });
+        close(pipe[0]);
+        close(pipe[1]);
+        QCOMPARE(outcome.exitCode, exitCode);
+        QVERIFY2(outcome.output.contains(tells.toUtf8()), outcome.output);
+        QCOMPARE(outcome.output.contains(" runs"), !tells.isEmpty());
+        QCOMPARE(tree(app), exitCode == 0 ? newTree : oldTree);
+        QCOMPARE(tree(incoming + "/new"), exitCode == 0 || discards ? QByteArray() : newTree);
+        QCOMPARE(namesBeside(), withLog);
+    }
+
+    /// A caller that still runs loses nothing; what it writes meanwhile does not matter, its end does.
+    void waitsForItsCaller()
+    {
+        prepare(":");
+        QProcess updater;
+        updater.setProcessChannelMode(QProcess::MergedChannels);
+        updater.start(UPDATE_INSTALLER, order(incoming + "/new") + QStringList { "-wait", "3600", "-noStart" });
+        QByteArray output;
+        while (!output.contains("waiting for the caller")) {
+            QVERIFY(updater.waitForReadyRead());
+            output += updater.readAll();
+        }
+        updater.write("still here");
+        QVERIFY(updater.waitForBytesWritten());
+        QCOMPARE(tree(app), oldTree);
+        QCOMPARE(namesBeside(), withLog);
+        updater.closeWriteChannel();
+        QVERIFY(updater.waitForFinished());
+        QCOMPARE(updater.exitCode(), 0);
+        QCOMPARE(tree(app), newTree);
+    }
+
     void tellsAboutItself()
     {
         prepare(":");
@@ -324,12 +396,15 @@ private slots:
     {
         for (const QString how : { "good", "good, three steps", "good, copied", "bad", "bad, three steps",
                                    "good the first time", "good, killed twice", "bad, three steps, killed twice",
-                                   "good, another next", "good, three steps, another next" }) {
+                                   "good, another next", "good, three steps, another next", "good, not started",
+                                   "good, three steps, not started", "bad, discarded" }) {
             const bool exchange = !how.contains("three steps"), twice = how.contains("twice");
             const bool other = how.contains("another");
             const bool isBad = how.startsWith("bad"), isFickle = how == "good the first time";
             const auto failing = [exchange] { exchange ? void() : failExchange(EINVAL); };
             const QString newDir = (how.contains("copied") ? abroad : incoming) + "/new";
+            const bool discards = how.contains("discarded"), starts = !how.contains("not started");
+            const QStringList more(!starts ? "-noStart" : discards ? "-discard" : "-tell");
             const QString script = isBad ? "false" : isFickle ? "mkdir " + first.filePath("work/tried") : "true";
 
             int step = 0, exitCode = killed;
@@ -337,22 +412,30 @@ private slots:
                 prepare("printf '#!/bin/sh\n" + script + "\n' >new/program");
                 const QByteArray where = how.toLatin1() + ", killed at step " + QByteArray::number(++step);
 
-                exitCode = run(order(newDir), step, failing).exitCode;
+                exitCode = run(order(newDir) + more, step, failing).exitCode;
                 if (twice)
                     run(order(newDir), step, failing);
                 // Between the steps of three, and only there, the installed folder is aside for a moment.
                 const QByteArray found = tree(exchange || QFile::exists(app) ? app : place + "/.app.update-aside");
                 QVERIFY2(found == oldTree || found == newTree, where);
 
-                const Outcome next = run(order(other ? incoming + "/other" : newDir), 0, failing);
+                const Outcome next = run(order(other ? incoming + "/other" : newDir) + more, 0, failing);
                 const QByteArray what = where + '\n' + next.output;
                 const QByteArray left = tree(newDir);
                 if (next.exitCode == 3) {
-                    QVERIFY2((isBad || isFickle) && next.output.contains("1.0 runs\n"), what);
-                    QVERIFY2(tree(app) == oldTree && left == newTree, what);
+                    QVERIFY2((isBad || isFickle)
+                                 && next.output.contains(discards ? "1.0 runs\n" : "1.0 runs reverted: "),
+                             what);
+                    QVERIFY2(tree(app) == oldTree && left == (discards ? QByteArray() : newTree), what);
+                } else if (discards) { // so far that nothing new was left
+                    QVERIFY2(next.exitCode == 1 && tree(app) == oldTree && !QFile::exists(newDir), what);
                 } else {
                     QVERIFY2(next.exitCode == 0 || (next.exitCode == 1 && !QFile::exists(newDir)), what);
-                    QVERIFY2(!isBad && next.output.contains(other ? "3.0 runs\n" : "started "), what);
+                    QVERIFY2(!isBad
+                                 && next.output.contains(other        ? "3.0 runs updated\n"
+                                                             : starts ? "started "
+                                                                      : "is "),
+                             what);
                     QVERIFY2(tree(app) == (other ? otherTree : newTree), what);
                     QVERIFY2(left.isEmpty() || (other && left == newTree), what);
                 }

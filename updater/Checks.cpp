@@ -28,11 +28,6 @@ struct stat folderStatus(const fs::path &folder)
     return status;
 }
 
-bool isInside(const fs::path &inner, const fs::path &outer)
-{
-    return std::mismatch(outer.begin(), outer.end(), inner.begin(), inner.end()).first == outer.end();
-}
-
 bool isWritable(const fs::path &folder)
 {
     return access(folder.c_str(), R_OK | W_OK | X_OK) == 0;

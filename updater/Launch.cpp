@@ -7,6 +7,7 @@
 #include <csignal>
 #include <ctime>
 #include <fcntl.h>
+#include <poll.h>
 #include <spawn.h>
 #include <sys/syscall.h>
 #include <sys/time.h>
@@ -75,6 +76,25 @@ std::string failureIn(int status)
     return {};
 }
 
+timespec now()
+{
+    timespec time {};
+    clock_gettime(CLOCK_MONOTONIC, &time);
+    return time;
+}
+
+/// The time from now to @p end, negative when that has passed.
+timespec timeTo(const timespec &end)
+{
+    const timespec begin = now();
+    timespec left = { end.tv_sec - begin.tv_sec, end.tv_nsec - begin.tv_nsec };
+    if (left.tv_nsec < 0) {
+        left.tv_nsec += 1000000000;
+        --left.tv_sec;
+    }
+    return left;
+}
+
 } // namespace
 
 void forgetTheCaller()
@@ -93,6 +113,26 @@ void forgetTheCaller()
             signal(number, SIG_DFL);
     }
     closeInheritedFiles();
+}
+
+bool callerEnds(int seconds)
+{
+    timespec end = now();
+    end.tv_sec += seconds;
+    for (;;) {
+        const timespec left = timeTo(end), none {};
+        pollfd input { STDIN_FILENO, POLLIN, 0 };
+        char ignored[256];
+        if (ppoll(&input, 1, left.tv_sec < 0 ? &none : &left, nullptr) > 0
+            && read(STDIN_FILENO, ignored, sizeof ignored) <= 0)
+            break;
+        if (left.tv_sec < 0)
+            return false;
+    }
+    const int nothing = open("/dev/null", O_RDWR | O_CLOEXEC); // a program that is started reads no pipe of ours
+    dup2(nothing, STDIN_FILENO);
+    close(nothing);
+    return true;
 }
 
 pid_t launch(const fs::path &program, const fs::path &workingDir)
@@ -115,19 +155,13 @@ std::string failureWithin(int seconds, pid_t process)
     sigaddset(&childEnded, SIGCHLD);
     sigprocmask(SIG_BLOCK, &childEnded, nullptr);
 
-    timespec now {};
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    const timespec end = { now.tv_sec + seconds, now.tv_nsec };
+    timespec end = now();
+    end.tv_sec += seconds;
     for (;;) {
         int status = 0;
         if (waitpid(process, &status, WNOHANG) == process) // the caller may have left us children of its own
             return failureIn(status);
-        clock_gettime(CLOCK_MONOTONIC, &now);
-        timespec left = { end.tv_sec - now.tv_sec, end.tv_nsec - now.tv_nsec };
-        if (left.tv_nsec < 0) {
-            left.tv_nsec += 1000000000;
-            --left.tv_sec;
-        }
+        const timespec left = timeTo(end);
         if (left.tv_sec < 0)
             return {};
         sigtimedwait(&childEnded, nullptr, &left);

@@ -1,6 +1,8 @@
 // Names: what the caller's paths mean, and what this program calls its own beside the installed folder.
 #include "Places.h"
 
+#include <algorithm>
+
 namespace fs = std::filesystem;
 
 namespace qv {
@@ -22,6 +24,11 @@ fs::path located(const fs::path &path)
     else
         place = fs::canonical(given.parent_path(), error) / name;
     return error || !place.has_filename() ? fs::path() : place;
+}
+
+bool isInside(const fs::path &inner, const fs::path &outer)
+{
+    return std::mismatch(outer.begin(), outer.end(), inner.begin(), inner.end()).first == outer.end();
 }
 
 Places::Places(const fs::path &folder) : folder(folder), parent(folder.parent_path())

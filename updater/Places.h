@@ -8,6 +8,9 @@ namespace qv {
 /// link or missing. Empty when @p path is empty, is the root, or its parent folder does not exist.
 std::filesystem::path located(const std::filesystem::path &path);
 
+/// Of paths from located(); also where both are the same.
+bool isInside(const std::filesystem::path &inner, const std::filesystem::path &outer);
+
 /// The installed folder and the names beside it that belong to this program. After a run that ended by itself only the
 /// log stays.
 struct Places

@@ -12,6 +12,7 @@
 #include "Swap.h"
 #include "Trust.h"
 
+#include <cstdlib>
 #include <ctime>
 #include <sys/stat.h>
 
@@ -30,9 +31,9 @@ fs::path currentDir()
 }
 
 /// A copied folder is renamed to this before it is removed: half of it must not be taken for a new version.
-fs::path usedUp(const Journal &journal)
+fs::path usedUp(const fs::path &newDir)
 {
-    return journal.newDir.string() + ".update-done";
+    return newDir.string() + ".update-done";
 }
 
 bool moveOrSay(const fs::path &from, const fs::path &to)
@@ -61,8 +62,8 @@ fs::path locatedFolder(const fs::path &oldDir)
 
 } // namespace
 
-Update::Update(const fs::path &oldDir, const fs::path &newDir, const fs::path &exe)
-    : workingDir(currentDir()), at(locatedFolder(oldDir)), newDir(located(newDir)), exe(exe)
+Update::Update(const fs::path &oldDir, const fs::path &newDir, const fs::path &exe, const Options &options)
+    : workingDir(currentDir()), at(locatedFolder(oldDir)), newDir(located(newDir)), exe(exe), options(options)
 {
 }
 
@@ -70,6 +71,20 @@ ExitCode Update::run()
 {
     openLog(at.log);
     say("updating " + at.folder.string() + " from \"" + newDir.string() + "\"");
+    ExitCode outcome = GaveUp;
+    if (options.secondsToWait >= 0)
+        say("waiting for the caller to end");
+    if (options.secondsToWait < 0 || callerEnds(options.secondsToWait))
+        outcome = update();
+    else
+        say("the caller has not ended in time, giving up");
+    if (options.discards && outcome != Installed && outcome != NeedsHelp)
+        discardNew();
+    return outcome;
+}
+
+ExitCode Update::update()
+{
     try {
         checkFolder(at.parent);
         if (isThere(at.folder))
@@ -93,13 +108,14 @@ ExitCode Update::run()
             }
             outcome = SwappedBack;
         } catch (const std::exception &failure) {
-            say(failure.what());
+            sayReason(failure.what());
         }
         const bool undone = undo();
-        return startInstalled() && undone ? outcome : NeedsHelp;
+        const char *const how = !undone ? "unclear" : outcome == SwappedBack ? "reverted" : "unchanged";
+        return startInstalled(how) && undone ? outcome : NeedsHelp;
     } catch (const std::exception &failure) { // no lock, or not our ground: touch nothing
-        say(failure.what());
-        return startInstalled() ? Unchanged : NeedsHelp;
+        sayReason(failure.what());
+        return startInstalled("unchanged") ? Unchanged : NeedsHelp;
     }
 }
 
@@ -161,15 +177,18 @@ void Update::swapIn()
 
 bool Update::passesTrial()
 {
+    if (!options.starts)
+        return true;
     try {
+        tell("updated");
         const pid_t process = launch(at.folder / exe, workingDir);
         say("started " + (at.folder / exe).string() + " as process " + std::to_string(process));
         const std::string failure = failureWithin(trialSeconds, process);
         if (failure.empty())
             return true;
-        say("the new program " + failure);
+        sayReason("the new program " + failure);
     } catch (const Failure &failure) {
-        say(failure.what());
+        sayReason(failure.what());
     }
     return false;
 }
@@ -180,8 +199,8 @@ void Update::finish()
     try {
         const Journal journal = Journal::read(at.journal).value();
         if (identity(journal.newDir) == journal.newIdentity) // copied: it still stands there, too
-            moveOrSay(journal.newDir, usedUp(journal));
-        removeOrSay(usedUp(journal));
+            moveOrSay(journal.newDir, usedUp(journal.newDir));
+        removeOrSay(usedUp(journal.newDir));
         Journal::remove(at.journal);
         say("the new version is installed");
         discardSpare();
@@ -206,7 +225,7 @@ bool Update::undo()
             if (isThere(at.spare) && identity(journal->newDir) != journal->newIdentity
                 && moveOrSay(at.spare, journal->newDir))
                 say("the new version is back in " + journal->newDir.string());
-            removeOrSay(usedUp(*journal));
+            removeOrSay(usedUp(journal->newDir));
             Journal::remove(at.journal);
         }
         discardSpare();
@@ -217,9 +236,13 @@ bool Update::undo()
     }
 }
 
-bool Update::startInstalled()
+/// @p how it stands there goes with the reason.
+bool Update::startInstalled(const std::string &how)
 {
+    if (!options.starts)
+        return true;
     try {
+        tell(how + ": " + reason);
         launch(at.folder / exe, workingDir);
         say("started " + (at.folder / exe).string() + " again");
         return true;
@@ -229,12 +252,41 @@ bool Update::startInstalled()
     }
 }
 
+void Update::sayReason(const std::string &text)
+{
+    if (reason.empty())
+        reason = text;
+    say(text);
+}
+
+void Update::tell(const std::string &result) const
+{
+    if (options.tells)
+        setenv("QV_UPDATE_RESULT", result.c_str(), 1);
+}
+
 /// What cannot be removed (files of another user, say) must not be in the way of all later updates.
 void Update::discardSpare()
 {
     const fs::path leftover = at.spare.string() + "-" + std::to_string(time(nullptr));
     if (!removeOrSay(at.spare) && moveOrSay(at.spare, leftover))
         say("what remains of it is called " + leftover.string());
+}
+
+/// Never what is installed, whatever the caller takes for new; and only where nobody else can put another folder in its
+/// place meanwhile.
+void Update::discardNew()
+{
+    try {
+        if (!isThere(newDir) || identity(newDir) == identity(at.folder) || isInside(newDir, at.folder)
+            || isInside(at.folder, newDir))
+            return;
+        checkFolder(newDir.parent_path());
+        if (moveOrSay(newDir, usedUp(newDir)))
+            removeOrSay(usedUp(newDir));
+    } catch (const Failure &failure) {
+        say(failure.what());
+    }
 }
 
 } // namespace qv

@@ -8,6 +8,8 @@
 
 #include <cstdio>
 #include <map>
+#include <set>
+#include <string_view>
 
 using namespace qv;
 
@@ -22,6 +24,12 @@ Replaces the folder of an application by the folder of its new version and start
   -newDir DIR   the folder with the new version; it is used up. If it is empty or missing, nothing is changed
                 and the installed program is started again.
   -exe NAME     the program to start: a path inside the folder
+  -wait SECONDS first waits for the end of standard input, which is a pipe that the application holds open as long
+                as it runs; gives up after that time
+  -noStart      starts no program; without a trial the new version is installed at once
+  -tell         the started program finds the outcome in QV_UPDATE_RESULT: "updated", "unchanged: REASON",
+                "reverted: REASON" or "unclear: REASON"
+  -discard      the folder with the new version goes even if nothing could be installed
   --help        this text
   --version     the version of UpdateInstaller
 
@@ -38,21 +46,42 @@ Exit codes:
   3  the new version could not be started or failed at once; the old one is back and was started again
   4  another update of the same folder is under way; nothing was changed, nothing was started
   5  the old version could not be brought back, or the installed program could not be started: see the log
+  6  the application still ran when the time was up; nothing was changed, nothing was started
 )";
 
 using Arguments = std::map<std::string, std::string>;
 
-/// The three values by their names; anything missing, doubled or unknown makes the result useless and so empty.
+bool isNumber(const std::string &text)
+{
+    return !text.empty() && text.size() < 7 && text.find_first_not_of("0123456789") == std::string::npos;
+}
+
+/// The values by their names; anything missing, doubled or unknown makes the result useless and so empty.
 Arguments parsed(int count, char *words[])
 {
+    static const std::set<std::string_view> flags { "-noStart", "-tell", "-discard" };
+    static const std::set<std::string_view> values { "-oldDir", "-newDir", "-exe", "-wait" };
     Arguments arguments;
-    if (count != 7)
-        return {};
-    for (int i = 1; i < count; i += 2)
-        arguments[words[i]] = words[i + 1];
-    const bool complete = arguments.size() == 3 && arguments.count("-oldDir") && arguments.count("-newDir")
-        && arguments.count("-exe") && !arguments["-oldDir"].empty() && staysInside(arguments["-exe"]);
+    for (int i = 1; i < count; ++i) {
+        const char *const name = words[i];
+        if (flags.count(name) + values.count(name) == 0 || (values.count(name) && ++i == count)
+            || !arguments.emplace(name, words[i]).second)
+            return {};
+    }
+    const bool complete = arguments.count("-newDir") && !arguments["-oldDir"].empty() && staysInside(arguments["-exe"])
+        && (!arguments.count("-wait") || isNumber(arguments["-wait"]));
     return complete ? arguments : Arguments();
+}
+
+Options optionsIn(const Arguments &arguments)
+{
+    Options options;
+    if (const auto wait = arguments.find("-wait"); wait != arguments.end())
+        options.secondsToWait = std::stoi(wait->second);
+    options.starts = arguments.count("-noStart") == 0;
+    options.tells = arguments.count("-tell") != 0;
+    options.discards = arguments.count("-discard") != 0;
+    return options;
 }
 
 } // namespace
@@ -76,7 +105,7 @@ int main(int count, char *words[])
         return WrongUsage;
     }
     try {
-        return Update(arguments["-oldDir"], arguments["-newDir"], arguments["-exe"]).run();
+        return Update(arguments["-oldDir"], arguments["-newDir"], arguments["-exe"], optionsIn(arguments)).run();
     } catch (const Failure &failure) {
         say(failure.what());
         return NeedsHelp;

@@ -9,6 +9,7 @@
 #include "Kinds.h"
 #include "LogQt.h"
 #include "PolicyTexts.h"
+#include "Replacement.h"
 #include "SoftwareUpdateAvailableDialog.h"
 #include "StringUtils.h"
 
@@ -69,6 +70,8 @@ void SoftwareUpdateClient::installPackage(int row)
     d->selectedRows = { row };
     const PackageInfo package = d->packages.value(row); // a check may bring others while the box is open
     const bool wasInstallable = d->isInstallable(package);
+    if (d->replaces(package) && !d->canReplace())
+        return;
     const QPointer<SoftwareUpdateClient> self(this);
     const bool accepted = isAccepted(
         QCoreApplication::translate("SoftwareUpdateClient", "Install Package"),
@@ -85,9 +88,12 @@ void SoftwareUpdateClient::installPackage(int row)
         return;
     }
 
-    // Deliberate: nobody keeps or frees the manager.
+    // Deliberate: by default nobody keeps or frees the manager.
     DownloadManager *manager = d->newManager();
     const QString file = SoftwareUpdateClientPrivate::newFile(package);
+
+    if (d->replaces(package))
+        new Replacement(file, manager, this);
 
     // Deliberate: a second download beside the first goes on unheard.
     if (!d->progressDialog) {
@@ -280,6 +286,8 @@ void SoftwareUpdateClient::unzippedMPKGPackage(const QString &unzippedFilePath)
 
 void SoftwareUpdateClientPrivate::installZIPPackage(const Download &download)
 {
+    if (replaces(download.package))
+        return replaceApplication(download);
     // Deliberate: nobody hears where the archive is unpacked to, nobody waits for it, and nobody frees the manager.
     auto *manager = new DownloadManager;
     manager->unzipPackage(download.file);
@@ -287,14 +295,18 @@ void SoftwareUpdateClientPrivate::installZIPPackage(const Download &download)
                     .arg(download.file, unpackedFolder));
 
     const QPointer<SoftwareUpdateClient> self(q);
-    const bool accepted =
-        isAccepted(QCoreApplication::translate("SoftwareUpdateClient", "Restart required"),
-                   QCoreApplication::translate("SoftwareUpdateClient",
-                                               "Please restart your application to finish the installation process."),
-                   QCoreApplication::translate("SoftwareUpdateClient", "Restart later"),
-                   QCoreApplication::translate("SoftwareUpdateClient", "Restart now"), parentWidget, windowFlags);
-    if (accepted && self)
+    if (acceptsRestart() && self)
         q->startZipInstall();
+}
+
+bool SoftwareUpdateClientPrivate::acceptsRestart() const
+{
+    return isAccepted(
+        QCoreApplication::translate("SoftwareUpdateClient", "Restart required"),
+        QCoreApplication::translate("SoftwareUpdateClient",
+                                    "Please restart your application to finish the installation process."),
+        QCoreApplication::translate("SoftwareUpdateClient", "Restart later"),
+        QCoreApplication::translate("SoftwareUpdateClient", "Restart now"), parentWidget, windowFlags);
 }
 
 void SoftwareUpdateClient::startZipInstall()
@@ -322,10 +334,16 @@ void SoftwareUpdateClient::startZipInstall()
     logFailure(
         QStringLiteral("SoftwareUpdateClient::startInstallApplication() -> one of the following file/dir is missing: ")
         + folder.absolutePath() + QStringLiteral(" or ") + updaterSource.fileName());
+    d->failInstallation();
+}
+
+/// Without a @p reason that helps, it gives the advice that always does.
+void SoftwareUpdateClientPrivate::failInstallation(const QString &reason) const
+{
+    const QString advice = QCoreApplication::translate(
+        "SoftwareUpdateClient", "Installation process failed. If problem persists try manual install.");
     showFailure(QCoreApplication::translate("SoftwareUpdateClient", "Installation failed"),
-                QCoreApplication::translate("SoftwareUpdateClient",
-                                            "Installation process failed. If problem persists try manual install."),
-                d->parentWidget, d->windowFlags);
+                reason.isEmpty() ? advice : reason, parentWidget, windowFlags);
 }
 
 // Deliberate: the routines of the types below only tell that they were reached.

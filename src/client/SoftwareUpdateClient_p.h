@@ -19,6 +19,7 @@
 namespace qv {
 
 class DownloadManager;
+class Replacement;
 class SoftwareUpdateAvailableDialog;
 class SoftwareUpdateDialog;
 
@@ -112,6 +113,12 @@ public:
     void installEXEPackage(const Download &download);
     void installMPKGPackage(const Download &download);
     void installZIPPackage(const Download &download);
+    bool acceptsRestart() const;
+    void failInstallation(const QString &reason = QString()) const;
+    bool replaces(const PackageInfo &package) const;
+    bool canReplace();
+    void replaceApplication(const Download &download);
+    void finishReplacement(Replacement *replacement);
     void installMSIPackage(const Download &download);
     void installDEBPackage(const Download &download);
     void installRPKPackage(const Download &download);

@@ -4,6 +4,7 @@
 #include "PackageInfo.h"
 #include "RequestData.h"
 #include "UpdatePolicy.h"
+#include "UpdateResult.h"
 
 #include <QDir>
 #include <QDomElement>
@@ -101,6 +102,14 @@ public:
     /// The program to start in an unpacked folder, relative to @p folder: the largest executable file of the first
     /// folder that has one, itself before its subfolders. Empty where there is none. Links that lead out do not count.
     static QString findDefaultExecutable(const QDir &folder);
+
+    /// How the update ended by which this program was started: UpdateInstaller tells it with its option -tell, as the
+    /// client does with UpdatePolicy::replacesApplication after "Restart now". Nothing is told after "Restart later",
+    /// which starts no program: then the version tells, and the updater's log.
+    ///
+    /// Deliberate: the first call takes the variable QV_UPDATE_RESULT out of the environment, so that programs started
+    /// from here do not take it for theirs. Call it early, from the GUI thread.
+    static UpdateResult lastUpdateResult();
 
     // The words of a catalogue: its elements, and the values that stand in them as child elements or attributes.
     static const QString DOCUMENT_TAG; ///< "softwareList", the usual root; any other is read too

@@ -53,6 +53,21 @@ void copyByShell(const QString &unpackedFolder, const QString &chosenFolder, con
           unpacked.constData(), "&&", start.constData(), static_cast<char *>(nullptr));
 }
 
+UpdateResult takeUpdateResult()
+{
+    const QString told = qEnvironmentVariable("QV_UPDATE_RESULT");
+    qunsetenv("QV_UPDATE_RESULT");
+    using R = UpdateResult;
+    for (const auto &[word, kind] : { std::pair(QLatin1String("updated"), R::Updated),
+                                      { QLatin1String("unchanged"), R::Unchanged },
+                                      { QLatin1String("reverted"), R::Reverted },
+                                      { QLatin1String("unclear"), R::Unclear } }) {
+        if (told.section(QLatin1Char(':'), 0, 0) == word)
+            return { kind, told.section(QLatin1Char(':'), 1).trimmed() };
+    }
+    return {};
+}
+
 } // namespace
 
 void DownloadManager::unzipPackage(const QString &packageFile)
@@ -99,6 +114,12 @@ void DownloadManager::startUpdate(const QString &updateApplicationPath, const QS
     const QByteArray program = newApplication.toLocal8Bit();
     execl(updater.constData(), updater.constData(), "-oldDir", oldFolder.constData(), "-newDir", newFolder.constData(),
           "-exe", program.constData(), static_cast<char *>(nullptr));
+}
+
+UpdateResult DownloadManager::lastUpdateResult()
+{
+    static const UpdateResult result = takeUpdateResult();
+    return result;
 }
 
 void DownloadManager::installLater(const PackageInfo &info, bool confirmInstall)

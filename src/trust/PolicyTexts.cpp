@@ -39,6 +39,30 @@ QString refusalText(const Seal &seal)
     return QString();
 }
 
+QString obstacleText(Obstacle obstacle, const QString &name)
+{
+    switch (obstacle) {
+    case Obstacle::NotWritable:
+        return QCoreApplication::translate("SoftwareUpdatePolicy",
+                                           "The update cannot be installed: you may not write the folder %1.")
+            .arg(name);
+    case Obstacle::WritableByOthers:
+        return QCoreApplication::translate("SoftwareUpdatePolicy",
+                                           "The update cannot be installed: others may write the folder %1, too.")
+            .arg(name);
+    case Obstacle::NoUpdater:
+        return QCoreApplication::translate(
+                   "SoftwareUpdatePolicy",
+                   "The update cannot be installed: the program UpdateInstaller is missing in the folder %1.")
+            .arg(name);
+    case Obstacle::NoProgram:
+        return QCoreApplication::translate("SoftwareUpdatePolicy",
+                                           "The update cannot be installed: the package does not hold the program %1.")
+            .arg(name);
+    }
+    return QString();
+}
+
 QString downloadFailureText(const QString &reason)
 {
     return QCoreApplication::translate("SoftwareUpdatePolicy", "Error downloading! %1").arg(reason);

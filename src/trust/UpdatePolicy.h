@@ -46,7 +46,8 @@ struct UpdatePolicy
     QHash<QString, PackageInstaller *> installers;
 
     /// "zip" packages really replace the application's folder: the archive is looked at and unpacked before the user is
-    /// asked for the restart, and "Restart later" installs when the application ends.
+    /// asked for the restart, and "Restart later" installs when the application ends. Where the folder or the one
+    /// around it cannot be written, or UpdateInstaller is not in it, a box says so instead of downloading.
     bool replacesApplication = false;
 
     // The next three are called in the GUI thread and must not throw. They may start a check, set another policy, or
