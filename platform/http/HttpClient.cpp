@@ -105,6 +105,7 @@ HttpClient::HttpClient()
         connect(limit, &QTimer::timeout, this, [this] {
             endRequest();
             current->status = 0;
+            current->timedOut = true;
         });
     }
     connect(&HttpThreads::instance(), &HttpThreads::freed, this, &HttpClient::ask);
@@ -295,6 +296,7 @@ void HttpClient::readBody()
         current->broken = mightPass(reply->error());
         if (!current->whole)
             current->error = reply->errorString();
+        current->errorCode = reply->error();
         endRequest();
     }
 }

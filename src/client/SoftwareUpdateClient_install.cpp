@@ -42,14 +42,6 @@ bool isAccepted(const QString &title, const QString &text, const QString &reject
     return accepted;
 }
 
-void showFailure(const QString &title, const QString &text, QWidget *parent, Qt::WindowFlags flags)
-{
-    const QPointer<QMessageBox> box =
-        new QMessageBox(QMessageBox::Critical, title, text, QMessageBox::Ok, parent, flags);
-    box->exec();
-    delete box;
-}
-
 void logProgress(const QString &line)
 {
     LogQt::write(Log::Progress, line);
@@ -104,8 +96,9 @@ void SoftwareUpdateClient::installPackage(int row)
         d->progressDialog = new QProgressDialog(d->availableDialog, d->windowFlags);
         d->lastDownload = { package, file, d->progressDialog, wasInstallable };
         d->downloads.insert(manager, d->lastDownload);
-        d->progressDialog->setLabelText(
-            QCoreApplication::translate("SoftwareUpdateClient", "Downloading package to temporary folder..."));
+        d->progressDialog->setLabelText(d->downloadingText());
+        d->progressClock.invalidate();
+        d->msProgressTold = -1;
         qv::connect(manager, SIGNAL(downloadProgress(int, int)), this, SLOT(downloadProgress(int, int)));
         qv::connect(manager, SIGNAL(downloadFailure(int)), this, SLOT(downloadError(int)));
         qv::connect(manager, SIGNAL(downloadSuccess()), this, SLOT(downloadFinished()));
@@ -113,6 +106,11 @@ void SoftwareUpdateClient::installPackage(int row)
         qv::connect(manager, SIGNAL(downloadAborted()), this, SLOT(abortDownload()));
     }
     manager->startDownload(package, file);
+}
+
+QString SoftwareUpdateClientPrivate::downloadingText()
+{
+    return QCoreApplication::translate("SoftwareUpdateClient", "Downloading package to temporary folder...");
 }
 
 bool SoftwareUpdateClientPrivate::isInstallable(const PackageInfo &package) const
@@ -148,6 +146,7 @@ void SoftwareUpdateClient::downloadProgress(int value, int total)
         d->progressDialog->setRange(0, total);
     if (d->progressDialog)
         d->progressDialog->setValue(value);
+    d->tellProgress(d->downloadOf(sender()), value, total);
 }
 
 void SoftwareUpdateClient::downloadFinished()
@@ -182,20 +181,30 @@ void SoftwareUpdateClient::downloadError(int httpStatusCode)
 {
     const auto *manager = qobject_cast<DownloadManager *>(sender());
     const QString reason = manager && d->policy.followAddresses ? manager->errorText() : QString();
-    d->failDownload(d->takeDownload(sender()),
-                    reason.isEmpty()
-                        ? QCoreApplication::translate("SoftwareUpdateClient", "Error downloading! Http status code %1")
-                              .arg(httpStatusCode)
-                        : downloadFailureText(reason));
+    const QString text = reason.isEmpty()
+        ? QCoreApplication::translate("SoftwareUpdateClient", "Error downloading! Http status code %1")
+              .arg(httpStatusCode)
+        : downloadFailureText(reason);
+    d->failDownload(d->takeDownload(sender()), d->toldText(text, manager));
 }
 
 void SoftwareUpdateClientPrivate::failDownload(const Download &download, const QString &text)
 {
     closeProgress(download); // it would come up beside the box
     const QPointer<SoftwareUpdateClient> self(q);
-    showFailure(QCoreApplication::translate("SoftwareUpdateClient", "Download Error"), text, parentWidget, windowFlags);
+    showFailure(QCoreApplication::translate("SoftwareUpdateClient", "Download Error"), text);
     if (self)
         discard(download);
+}
+
+void SoftwareUpdateClientPrivate::showFailure(const QString &title, const QString &text)
+{
+    const QPointer<QMessageBox> box =
+        new QMessageBox(QMessageBox::Critical, title, text, QMessageBox::Ok, parentWidget, windowFlags);
+    if (policy.explains)
+        box->setTextFormat(Qt::PlainText); // servers and folders have names
+    box->exec();
+    delete box;
 }
 
 void SoftwareUpdateClient::abortDownload()
@@ -228,7 +237,8 @@ void SoftwareUpdateClient::deleteProgressDialog()
 void SoftwareUpdateClientPrivate::installEXEPackage(const Download &download)
 {
     QFile::setPermissions(download.file, QFile::permissions(download.file) | QFileDevice::ExeOwner);
-    QProcess::startDetached(download.file, QStringList());
+    if (!QProcess::startDetached(download.file, QStringList()))
+        tellNotStarted(Failure::NotStarted, QFileInfo(download.file).path());
 }
 
 void SoftwareUpdateClientPrivate::installMPKGPackage(const Download &download)
@@ -249,10 +259,13 @@ void SoftwareUpdateClient::unzippedMPKGPackage(const QString &unzippedFilePath)
                 + unzippedFilePath);
     const QFileInfoList installers =
         QDir(unzippedFilePath).entryInfoList({ macPackages }, QDir::AllEntries | QDir::NoDotAndDotDot, QDir::Name);
+    if (installers.isEmpty())
+        d->tellNotStarted(Failure::NoInstaller, unzippedFilePath);
     for (const QFileInfo &installer : installers) {
         logProgress(QStringLiteral("SoftwareUpdateClient::installMPKGPackage ") + installer.absoluteFilePath());
         if (!QDesktopServices::openUrl(QUrl::fromLocalFile(installer.absoluteFilePath()))) {
             logFailure(QStringLiteral("SoftwareUpdateClient::installMPKGPackage, can't start package installer!"));
+            d->tellNotStarted(Failure::NotStarted, unzippedFilePath);
             return;
         }
     }
@@ -302,10 +315,9 @@ void SoftwareUpdateClient::startZipInstall()
     logFailure(
         QStringLiteral("SoftwareUpdateClient::startInstallApplication() -> one of the following file/dir is missing: ")
         + folder.absolutePath() + QStringLiteral(" or ") + updaterSource.fileName());
-    showFailure(QCoreApplication::translate("SoftwareUpdateClient", "Installation failed"),
-                QCoreApplication::translate("SoftwareUpdateClient",
-                                            "Installation process failed. If problem persists try manual install."),
-                d->parentWidget, d->windowFlags);
+    d->showFailure(QCoreApplication::translate("SoftwareUpdateClient", "Installation failed"),
+                   QCoreApplication::translate("SoftwareUpdateClient",
+                                               "Installation process failed. If problem persists try manual install."));
 }
 
 // Deliberate: the routines of the types below only tell that they were reached.
