@@ -13,6 +13,12 @@ QByteArray beginningOf(const QString &path)
     return file.open(QIODevice::ReadOnly) ? file.read(1024) : QByteArray();
 }
 
+/// Without a name there was no folder either, of those for temporary files.
+QString folderOf(const QString &path)
+{
+    return path.isEmpty() ? qEnvironmentVariable("TMPDIR", QStringLiteral("/tmp")) : QFileInfo(path).path();
+}
+
 /// Of several causes the one that is the most likely, and the first that a user could do something about.
 Failure::Kind likelyKind(const RequestData &request, const QFile &file)
 {
@@ -34,7 +40,7 @@ Failure DownloadManagerPrivate::failureOf(const PackageDownload &download, const
     const QUrl &server = request.urls().constLast();
     const bool isAnswered = request.statusCode() / 100 == success || request.isTimedOut() || request.isDeviceFull();
     Failure failure = qv::failureOf(request.networkError(), request.statusCode());
-    failure.place = QFileInfo(file.fileName()).path();
+    failure.place = folderOf(file.fileName());
     failure.received = request.bodySize();
     failure.expected = download.package.fileSize;
     if (!isWritable) {
