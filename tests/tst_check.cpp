@@ -293,18 +293,6 @@ private slots:
         QTRY_VERIFY(f.availableDialog());
     }
 
-    void secondCheckWhileOneRuns()
-    {
-        Fixture f(HttpAnswer(update).hold());
-        f.client.checkForUpdate();
-        f.client.checkForUpdate();
-        QTRY_COMPARE(f.server.requests.size(), 2);
-        f.server.release();
-        QTRY_VERIFY(f.availableDialog());
-        f.release();
-        QCOMPARE(f.log.take().filter("-> update available").size(), 1);
-    }
-
     void goneInTheMiddle()
     {
         enum What { DialogClosed, DialogDestroyed, ClientDestroyed };

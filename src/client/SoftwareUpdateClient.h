@@ -73,7 +73,8 @@ public:
     /// unless the settings dialog is open: then its notification line does.
     void checkNow();
 
-    /// Brings up the table of the packages that were found last; false, and nothing comes up, where there are none.
+    /// Brings up the table of the packages that the last check found which reached its server; false, and nothing comes
+    /// up, where there are none.
     bool showAvailable();
 
     /// The proxy for all requests: the host's NodeDB::globalProxy(), or none. The system's is never asked.
