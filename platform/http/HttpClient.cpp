@@ -105,6 +105,7 @@ HttpClient::HttpClient()
         connect(limit, &QTimer::timeout, this, [this] {
             endRequest();
             current->status = 0;
+            current->timedOut = true;
         });
     }
     connect(&HttpThreads::instance(), &HttpThreads::freed, this, &HttpClient::ask);
@@ -296,6 +297,7 @@ void HttpClient::readBody()
         current->broken = (isFine && !current->whole) || mightPass(reply->error());
         if (!isFine)
             current->error = reply->errorString();
+        current->errorCode = reply->error();
         endRequest();
     }
 }

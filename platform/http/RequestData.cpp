@@ -41,12 +41,12 @@ bool isLatin1(const QString &charset)
 
 constexpr qint64 mostUnwanted = 1024LL * 1024;
 constexpr qint64 bytesBetweenLooks = 4LL * 1024 * 1024;
-constexpr quint64 diskReserve = 64ULL * 1024 * 1024; // left to everybody else
 
 bool isDiskFull(const QFileDevice *file)
 {
     struct statvfs disk;
-    return file && fstatvfs(file->handle(), &disk) == 0 && quint64(disk.f_bavail) * disk.f_frsize < diskReserve;
+    return file && fstatvfs(file->handle(), &disk) == 0
+        && quint64(disk.f_bavail) * disk.f_frsize < quint64(RequestData::diskReserve);
 }
 
 } // namespace
@@ -105,13 +105,15 @@ bool RequestData::append(const char *bytes, qint64 size)
         return (unwantedBytes += size) < mostUnwanted;
     if (received >= nextLookAtDisk) {
         nextLookAtDisk += bytesBetweenLooks;
-        if (isDiskFull(qobject_cast<QFileDevice *>(target)))
+        deviceFull = isDiskFull(qobject_cast<QFileDevice *>(target));
+        if (deviceFull)
             maxBodySize = received;
     }
     const qint64 taken = std::min(size, maxBodySize - received);
     const qint64 written = target->write(bytes, taken);
     received += std::max<qint64>(written, 0);
     cut = taken < size;
+    deviceFull = deviceFull || written != taken;
     return written == size;
 }
 
@@ -119,7 +121,7 @@ void RequestData::flush()
 {
     buffer.seek(0);
     if (auto *file = qobject_cast<QFileDevice *>(output.data()))
-        file->flush();
+        deviceFull = !file->flush() || deviceFull;
 }
 
 } // namespace qv

@@ -6,6 +6,7 @@
 
 #include <QBuffer>
 #include <QList>
+#include <QNetworkReply>
 #include <QPointer>
 
 #include <algorithm>
@@ -48,9 +49,10 @@ public:
 
     /// A body that is longer ends there, and with it the request. So an endless one fills neither memory nor disk.
     /// Unless set: maxBytesKept for a body that stays in the request, no limit with an output device. A file ends, too,
-    /// where it would leave less than 64 MiB of its disk free.
+    /// where it would leave less than diskReserve of its disk free.
     void setMaxBodySize(qint64 bytes) { maxBodySize = std::max<qint64>(bytes, 0); }
     static constexpr qint64 maxBytesKept = 32LL * 1024 * 1024;
+    static constexpr qint64 diskReserve = 64LL * 1024 * 1024; // left to everybody else
 
     /// The body was longer than the request takes: what is there is its beginning.
     bool isCut() const { return cut; }
@@ -76,6 +78,15 @@ public:
 
     /// Why it did not, in Qt's words, those of TLS among them; empty where nobody had to tell Qt.
     QString errorText() const { return error; }
+
+    /// The same for programs; NoError where nobody had to tell Qt.
+    QNetworkReply::NetworkError networkError() const { return errorCode; }
+
+    /// The server fell silent, or the request took longer than setTimeLimit() allows.
+    bool isTimedOut() const { return timedOut; }
+
+    /// The output device has not taken all that it was to take; a file that reached its disk's reserve is one, too.
+    bool isDeviceFull() const { return deviceFull; }
 
     /// How long the request may take in all, however busy its server is; then it ends as one whose server fell silent.
     /// 0: as long as it likes. Unless set: msKeptLimit for a body that stays in the request, no limit with an output
@@ -109,6 +120,7 @@ private:
     HttpHeader header;
     QList<QUrl> visited;
     QString error;
+    QNetworkReply::NetworkError errorCode = QNetworkReply::NoError;
     qint64 received = 0;
     qint64 nextLookAtDisk = 0;
     qint64 announced = -1;
@@ -121,6 +133,8 @@ private:
     bool cut = false;
     bool whole = false;
     bool broken = true;
+    bool timedOut = false;
+    bool deviceFull = false;
 };
 
 /// The shared handle of one request.

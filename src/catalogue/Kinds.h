@@ -60,7 +60,8 @@ inline const QString tarBz2 = QStringLiteral("tar.bz2");
 /// When checks run by themselves, as the store counts them and the settings dialog lists them.
 enum class Interval { AtApplicationStart = 0, Daily = 1, Weekly = 2, Monthly = 3 };
 
-/// The language of links that name none, and the one whose release notes are opened.
+/// The language of links that name none, and the one whose release notes are opened unless a policy
+/// says otherwise.
 inline const QString defaultLanguage = QStringLiteral("en");
 
 } // namespace qv

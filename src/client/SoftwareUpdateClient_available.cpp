@@ -4,7 +4,6 @@
 
 #include "BrowserLinks.h"
 #include "ConnectHelpers.h"
-#include "Kinds.h"
 #include "LogLimit.h"
 #include "Offer.h"
 #include "SoftwareUpdateAvailableDialog.h"
@@ -114,7 +113,7 @@ void SoftwareUpdateClient::manageUpdateAvailableDialog(const SoftUpIndexList &ro
     }
     const PackageInfo package = d->packages.at(rows.first());
     d->availableDialog->setInstallButtonState(d->isInstallable(package));
-    d->availableDialog->setRealeaseNotesButtonState(!package.releaseNotes.value(defaultLanguage).isEmpty());
+    d->availableDialog->setRealeaseNotesButtonState(!d->releaseNotesOf(package).isEmpty());
     d->availableDialog->setCommentText(packageComment(package));
 }
 
@@ -131,7 +130,7 @@ void SoftwareUpdateClient::showHideForeignLanguageItems(bool state)
 
 void SoftwareUpdateClient::downloadReleaseNotes(const SoftUpIndexList &rows)
 {
-    openInBrowser(d->packages.value(rows.value(0, -1)).releaseNotes.value(defaultLanguage),
+    openInBrowser(d->releaseNotesOf(d->packages.value(rows.value(0, -1))),
                   "SoftwareUpdateClient::downloadReleaseNotes() -> no address for the browser: ");
 }
 

@@ -63,6 +63,7 @@ QString SoftwareUpdateClientPrivate::lastCheckText(const QDateTime &lastCheck)
 void SoftwareUpdateClientPrivate::performUpdateCheck(const QUrl &url)
 {
     announceCheck(url);
+    noteRequest(url);
     QNetworkRequest request(url);
     request.setHeader(QNetworkRequest::ContentTypeHeader, QStringLiteral("text/xml"));
     request.setRawHeader("Accept-Encoding", "identity"); // what unfolds on arrival could unfold without end
@@ -137,9 +138,10 @@ void SoftwareUpdateClientPrivate::takeAnswer(QNetworkReply *reply)
     }
     if (settingsDialog)
         settingsDialog->disbaleProgress();
+    noteAnswer(*reply);
     const bool isSignatureMissing = !unsealed.isEmpty() && isMissing(*reply);
     if (reply->error() != QNetworkReply::NoError && !isSignatureMissing)
-        failCheck(errorTextOf(*reply));
+        failCheck(errorTextOf(*reply), failureOf(*reply));
     else if (trust.isSet() || !unsealed.isEmpty()) // another policy may have come meanwhile
         takeSealed(reply);
     else
@@ -160,8 +162,9 @@ void SoftwareUpdateClientPrivate::takeSealed(QNetworkReply *reply)
     const Seal seal = trust.examine(catalogue, isMissing(*reply) ? QByteArray() : reply->readAll());
     if (seal.verdict != Seal::Accepted) {
         packages.clear();
-        showNotification(refusalText(seal));
-        endCheck(current, CheckOutcome::NotTrusted, refusalText(seal));
+        const QString text = isPage ? toldText(refusalText(seal), Failure::WebPage) : refusalText(seal);
+        showNotification(text);
+        endCheck(current, CheckOutcome::NotTrusted, text);
         offerNothing();
         return;
     }
@@ -201,13 +204,16 @@ void SoftwareUpdateClientPrivate::followRedirect(const QUrl &target)
     announceCheck(target);
     if (settingsDialog)
         settingsDialog->disbaleProgress();
-    failCheck(QCoreApplication::translate("QNetworkReply", unknownProtocol).arg(target.scheme()));
+    noteRequest(target);
+    failCheck(QCoreApplication::translate("QNetworkReply", unknownProtocol).arg(target.scheme()), Failure::BadAddress);
 }
 
-void SoftwareUpdateClientPrivate::failCheck(const QString &errorText)
+void SoftwareUpdateClientPrivate::failCheck(const QString &errorText, const Failure &failure)
 {
     q->requestError(errorText);
-    endCheck(current, CheckOutcome::Unreachable, errorText);
+    const QString text = toldText(errorText, failure);
+    showNotification(text);
+    endCheck(current, CheckOutcome::Unreachable, text);
     LogQt::write(Log::Progress,
                  QStringLiteral("SoftwareUpdateClient::evaluateServerResponse() -> reply->errorString(): ")
                      + errorText);
@@ -222,7 +228,8 @@ int SoftwareUpdateClientPrivate::parseServerResponse(QIODevice *catalogue)
     if (found.isEmpty()) {
         packages.clear();
         LogQt::write(Log::Error, QStringLiteral("SoftwareUpdateClient::parseServerResponse() -> no update available"));
-        const QString text = QCoreApplication::translate("SoftwareUpdateClient", "No update available!");
+        const QString text =
+            toldText(QCoreApplication::translate("SoftwareUpdateClient", "No update available!"), Failure::NoCatalogue);
         showNotification(text);
         endCheck(current, CheckOutcome::NoCatalogue, text);
         offerNothing();
@@ -261,7 +268,8 @@ void SoftwareUpdateClient::requestTimeout()
     if (d->settingsDialog)
         d->settingsDialog->disbaleProgress();
     const QString text =
-        QCoreApplication::translate("SoftwareUpdateClient", "Timeout error! Update server unreachable!");
+        d->toldText(QCoreApplication::translate("SoftwareUpdateClient", "Timeout error! Update server unreachable!"),
+                    Failure::TimedOut);
     d->showNotification(text);
     deleteNetworkmanager();
     LogQt::write(Log::Error,

@@ -43,14 +43,6 @@ bool isAccepted(const QString &title, const QString &text, const QString &reject
     return accepted;
 }
 
-void showFailure(const QString &title, const QString &text, QWidget *parent, Qt::WindowFlags flags)
-{
-    const QPointer<QMessageBox> box =
-        new QMessageBox(QMessageBox::Critical, title, text, QMessageBox::Ok, parent, flags);
-    box->exec();
-    delete box;
-}
-
 void logProgress(const QString &line)
 {
     LogQt::write(Log::Progress, line);
@@ -100,8 +92,9 @@ void SoftwareUpdateClient::installPackage(int row)
         d->progressDialog = new QProgressDialog(d->availableDialog, d->windowFlags);
         d->lastDownload = { package, file, d->progressDialog, wasInstallable };
         d->downloads.insert(manager, d->lastDownload);
-        d->progressDialog->setLabelText(
-            QCoreApplication::translate("SoftwareUpdateClient", "Downloading package to temporary folder..."));
+        d->progressDialog->setLabelText(d->downloadingText());
+        d->progressClock.invalidate();
+        d->msProgressTold = -1;
         qv::connect(manager, SIGNAL(downloadProgress(int, int)), this, SLOT(downloadProgress(int, int)));
         qv::connect(manager, SIGNAL(downloadFailure(int)), this, SLOT(downloadError(int)));
         qv::connect(manager, SIGNAL(downloadSuccess()), this, SLOT(downloadFinished()));
@@ -132,6 +125,11 @@ QString SoftwareUpdateClientPrivate::newFile(const PackageInfo &package)
     const QString file = folder.isEmpty() ? QString() : folder + QLatin1Char('/') + link.section(QLatin1Char('/'), -1);
     logProgress(QStringLiteral("SoftwareUpdateClient::downloadPackage() -> %1 to %2").arg(link, file));
     return file;
+}
+
+QString SoftwareUpdateClientPrivate::downloadingText()
+{
+    return QCoreApplication::translate("SoftwareUpdateClient", "Downloading package to temporary folder...");
 }
 
 bool SoftwareUpdateClientPrivate::isInstallable(const PackageInfo &package) const
@@ -169,6 +167,7 @@ void SoftwareUpdateClient::downloadProgress(int value, int total)
         d->progressDialog->setRange(0, total);
     if (d->progressDialog)
         d->progressDialog->setValue(value);
+    d->tellProgress(d->downloadOf(sender()), value, total);
 }
 
 void SoftwareUpdateClient::downloadFinished()
@@ -209,19 +208,30 @@ QString SoftwareUpdateClientPrivate::downloadErrorText(const QObject *manager, i
 {
     const auto *asked = qobject_cast<const DownloadManager *>(manager);
     const QString reason = asked && policy.followAddresses ? asked->errorText() : QString();
-    return reason.isEmpty()
+    const QString text = reason.isEmpty()
         ? QCoreApplication::translate("SoftwareUpdateClient", "Error downloading! Http status code %1")
               .arg(httpStatusCode)
         : downloadFailureText(reason);
+    return toldText(text, asked);
 }
 
 void SoftwareUpdateClientPrivate::failDownload(const Download &download, const QString &text)
 {
     closeProgress(download); // it would come up beside the box
     const QPointer<SoftwareUpdateClient> self(q);
-    showFailure(QCoreApplication::translate("SoftwareUpdateClient", "Download Error"), text, parentWidget, windowFlags);
+    showFailure(QCoreApplication::translate("SoftwareUpdateClient", "Download Error"), text);
     if (self)
         discard(download);
+}
+
+void SoftwareUpdateClientPrivate::showFailure(const QString &title, const QString &text) const
+{
+    const QPointer<QMessageBox> box =
+        new QMessageBox(QMessageBox::Critical, title, text, QMessageBox::Ok, parentWidget, windowFlags);
+    if (policy.explains)
+        box->setTextFormat(Qt::PlainText); // servers and folders have names
+    box->exec();
+    delete box;
 }
 
 void SoftwareUpdateClient::abortDownload()
@@ -254,7 +264,8 @@ void SoftwareUpdateClient::deleteProgressDialog()
 void SoftwareUpdateClientPrivate::installEXEPackage(const Download &download)
 {
     QFile::setPermissions(download.file, QFile::permissions(download.file) | QFileDevice::ExeOwner);
-    QProcess::startDetached(download.file, QStringList());
+    if (!QProcess::startDetached(download.file, QStringList()))
+        tellNotStarted(Failure::NotStarted, QFileInfo(download.file).path());
 }
 
 void SoftwareUpdateClientPrivate::installMPKGPackage(const Download &download)
@@ -275,10 +286,13 @@ void SoftwareUpdateClient::unzippedMPKGPackage(const QString &unzippedFilePath)
                 + unzippedFilePath);
     const QFileInfoList installers =
         QDir(unzippedFilePath).entryInfoList({ macPackages }, QDir::AllEntries | QDir::NoDotAndDotDot, QDir::Name);
+    if (installers.isEmpty())
+        d->tellNotStarted(Failure::NoInstaller, unzippedFilePath);
     for (const QFileInfo &installer : installers) {
         logProgress(QStringLiteral("SoftwareUpdateClient::installMPKGPackage ") + installer.absoluteFilePath());
         if (!QDesktopServices::openUrl(QUrl::fromLocalFile(installer.absoluteFilePath()))) {
             logFailure(QStringLiteral("SoftwareUpdateClient::installMPKGPackage, can't start package installer!"));
+            d->tellNotStarted(Failure::NotStarted, unzippedFilePath);
             return;
         }
     }
@@ -343,7 +357,7 @@ void SoftwareUpdateClientPrivate::failInstallation(const QString &reason) const
     const QString advice = QCoreApplication::translate(
         "SoftwareUpdateClient", "Installation process failed. If problem persists try manual install.");
     showFailure(QCoreApplication::translate("SoftwareUpdateClient", "Installation failed"),
-                reason.isEmpty() ? advice : reason, parentWidget, windowFlags);
+                reason.isEmpty() ? advice : reason);
 }
 
 // Deliberate: the routines of the types below only tell that they were reached.

@@ -3,11 +3,13 @@
 // Not installed: the inside of SoftwareUpdateClient.
 
 #include "CheckOutcome.h"
+#include "FailureTexts.h"
 #include "HttpThreads.h"
 #include "PackageInstaller.h"
 #include "SoftwareUpdateClient.h"
 #include "Trust.h"
 
+#include <QElapsedTimer>
 #include <QHash>
 #include <QNetworkAccessManager>
 #include <QNetworkRequest>
@@ -78,7 +80,7 @@ public:
     void announceCheck(const QUrl &url);
     void takeAnswer(QNetworkReply *reply);
     void followRedirect(const QUrl &target);
-    void failCheck(const QString &errorText);
+    void failCheck(const QString &errorText, const Failure &failure);
     void takeSealed(QNetworkReply *reply);
     void takeCatalogue(QIODevice *catalogue);
     int parseServerResponse(QIODevice *catalogue);
@@ -97,6 +99,16 @@ public:
     void tellOutcomes();
     void showOutcome(const CheckOutcome &outcome);
 
+    void noteRequest(const QUrl &url);
+    void noteAnswer(QNetworkReply &reply);
+    static Failure failureOf(const QNetworkReply &reply);
+    QString toldText(const QString &usual, Failure failure) const;
+    QString toldText(const QString &usual, const DownloadManager *manager) const;
+    void tellProgress(const Download &download, int value, int total);
+    void tellNotStarted(Failure::Kind kind, const QString &folder);
+    QUrl releaseNotesOf(const PackageInfo &package) const;
+
+    static QString downloadingText();
     bool isInstallable(const PackageInfo &package) const;
     PackageInstaller *installerOf(const PackageInfo &package) const;
     bool canQueue(const SoftUpIndexList &rows) const;
@@ -110,6 +122,7 @@ public:
     void closeProgress(const Download &download);
     void failDownload(const Download &download, const QString &text);
     void discard(const Download &download);
+    void showFailure(const QString &title, const QString &text) const;
     void installEXEPackage(const Download &download);
     void installMPKGPackage(const Download &download);
     void installZIPPackage(const Download &download);
@@ -138,12 +151,16 @@ public:
     QList<Check> underWay;          // that have a request
     QList<Check> untold;            // that have ended
     int lastCheckId = 0;
+    QUrl asked;          // by the last request of a check
+    bool isPage = false; // what came in the place of a catalogue
     QTimer *const checkTimer;
     PackageInfoList packages;                       // what the last check found; row i of the table is package i
     SoftUpIndexList selectedRows;                   // the row that is being installed
     SoftwareUpdateDialog *settingsDialog = nullptr; // set until it is destroyed, hidden or not
     SoftwareUpdateAvailableDialog *availableDialog = nullptr; // likewise
     QPointer<QProgressDialog> progressDialog;                 // exists while a package downloads
+    QElapsedTimer progressClock;                              // of that dialog, from the first bytes on
+    qint64 msProgressTold = -1;                               // when its text was set
     QHash<const QObject *, Download> downloads;               // that are heard of, by their managers
     Download lastDownload;
     QString unpackedFolder; // Deliberate: stays empty, the updater gets an empty new folder

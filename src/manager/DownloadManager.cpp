@@ -134,6 +134,11 @@ QString DownloadManager::errorText() const
     return d->errorText;
 }
 
+QString DownloadManager::failureText() const
+{
+    return d->failure ? qv::failureText(*d->failure) : QString();
+}
+
 bool DownloadManager::isRegularCheck() const
 {
     return d->regularCheck;

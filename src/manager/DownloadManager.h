@@ -81,6 +81,11 @@ public:
     /// What kept the last download from coming to its end, in Qt's words; empty where the transfer itself did not fail.
     QString errorText() const;
 
+    /// What the last download failed of and what a user can do about it, a sentence or two of plain text in the user's
+    /// language (translations "SoftwareUpdatePolicy_*"), whatever the policy; empty where none has failed. To be asked
+    /// from a slot for downloadFailure() on.
+    QString failureText() const;
+
     /// Whether the user asked for regular checks: remembered here, acted on by the host.
     bool isRegularCheck() const;
     void setRegularCheck(bool isRegular);

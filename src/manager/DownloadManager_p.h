@@ -3,6 +3,7 @@
 // Not installed: the inside of DownloadManager.
 
 #include "DownloadManager.h"
+#include "FailureTexts.h"
 #include "HttpClient.h"
 #include "Trust.h"
 
@@ -10,6 +11,8 @@
 #include <QHash>
 #include <QPointer>
 #include <QTimer>
+
+#include <optional>
 
 namespace qv {
 
@@ -42,6 +45,8 @@ public:
     bool fetchLater(DownloadManager *manager, const RequestPtr &broken);
     bool isTold(const PackageInfo &package) const;
     bool isComplete(const PackageInfo &package, const qv::RequestData &request, qint64 size) const;
+    static Failure failureOf(const PackageDownload &download, const qv::RequestData &request, const QFile &file,
+                             bool isWritable);
     void forgetOldest();
     void loadHistory(QSettings &settings, const QString &cacheFile);
 
@@ -55,6 +60,7 @@ public:
     QHash<QString, QDateTime> history; // by PackageInfo::stringID(): when first seen, UTC
     QString cookie;                    // kept, read by nothing
     QString errorText;                 // of the last download that ended
+    std::optional<Failure> failure;    // likewise
     QList<RequestPtr> downloads;       // from startDownload() to their end, waiting or running
     QList<QTimer *> pauses;            // before the next attempts; children of the manager
     Unzipper *unzipper = nullptr;      // from the first unzipPackage() on; a child of the manager

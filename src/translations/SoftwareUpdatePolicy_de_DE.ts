@@ -99,5 +99,117 @@
         <source>The installer has ended unexpectedly.</source>
         <translation>Das Installationsprogramm wurde unerwartet beendet.</translation>
     </message>
+    <message>
+        <source>The server %1 cannot be reached. Please check your network connection and try again.</source>
+        <translation>Der Server %1 ist nicht erreichbar. Bitte prüfen Sie Ihre Netzwerkverbindung und versuchen Sie es erneut.</translation>
+    </message>
+    <message>
+        <source>The proxy server cannot be reached. Please check the proxy settings and your network connection.</source>
+        <translation>Der Proxyserver ist nicht erreichbar. Bitte prüfen Sie die Proxy-Einstellungen und Ihre Netzwerkverbindung.</translation>
+    </message>
+    <message>
+        <source>The proxy server asks for a login. Please check user name and password in the proxy settings.</source>
+        <translation>Der Proxyserver verlangt eine Anmeldung. Bitte prüfen Sie Benutzername und Kennwort in den Proxy-Einstellungen.</translation>
+    </message>
+    <message>
+        <source>The certificate of the server %1 was not accepted. Please check the date and time of your computer, and whether your network asks for a login in a web browser.</source>
+        <translation>Das Zertifikat des Servers %1 wurde nicht akzeptiert. Bitte prüfen Sie Datum und Uhrzeit Ihres Computers und ob Ihr Netzwerk eine Anmeldung im Webbrowser verlangt.</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; is not the address of a web server. Please correct it, or tell the publisher of the software.</source>
+        <translation>„%1“ ist keine Adresse eines Webservers. Bitte korrigieren Sie sie oder wenden Sie sich an den Herausgeber der Software.</translation>
+    </message>
+    <message>
+        <source>The server %1 does not answer. Please check your network connection, or try again later.</source>
+        <translation>Der Server %1 antwortet nicht. Bitte prüfen Sie Ihre Netzwerkverbindung oder versuchen Sie es später erneut.</translation>
+    </message>
+    <message>
+        <source>The transfer from the server %1 failed. Please try again later.</source>
+        <translation>Die Übertragung vom Server %1 ist fehlgeschlagen. Bitte versuchen Sie es später erneut.</translation>
+    </message>
+    <message>
+        <source>The server %1 denies access. Please ask its administrator.</source>
+        <translation>Der Server %1 verweigert den Zugriff. Bitte wenden Sie sich an seinen Administrator.</translation>
+    </message>
+    <message>
+        <source>The server %1 does not have what was asked for. It may have been replaced: please check for updates again later.</source>
+        <translation>Auf dem Server %1 fehlt, was angefordert wurde. Vielleicht wurde es ersetzt: Bitte suchen Sie später erneut nach Updates.</translation>
+    </message>
+    <message>
+        <source>The server %1 cannot answer at the moment. Please try again later.</source>
+        <translation>Der Server %1 kann im Moment nicht antworten. Bitte versuchen Sie es später erneut.</translation>
+    </message>
+    <message>
+        <source>The server %1 answered with an error (%2). Please try again later.</source>
+        <translation>Der Server %1 hat mit einem Fehler geantwortet (%2). Bitte versuchen Sie es später erneut.</translation>
+    </message>
+    <message>
+        <source>The server %1 answered with a web page. Your network may ask for a login: please open a web browser, log in there, and try again.</source>
+        <translation>Der Server %1 hat mit einer Webseite geantwortet. Vielleicht verlangt Ihr Netzwerk eine Anmeldung: Bitte öffnen Sie einen Webbrowser, melden Sie sich dort an und versuchen Sie es erneut.</translation>
+    </message>
+    <message>
+        <source>The list of updates from the server %1 is empty or cannot be read. Please try again later.</source>
+        <translation>Die Liste der Updates vom Server %1 ist leer oder nicht lesbar. Bitte versuchen Sie es später erneut.</translation>
+    </message>
+    <message>
+        <source>The connection broke off after %1. Please check your network connection and try again.</source>
+        <translation>Die Verbindung ist nach %1 abgebrochen. Bitte prüfen Sie Ihre Netzwerkverbindung und versuchen Sie es erneut.</translation>
+    </message>
+    <message>
+        <source>The connection to the server %1 broke off. Please check your network connection and try again.</source>
+        <translation>Die Verbindung zum Server %1 ist abgebrochen. Bitte prüfen Sie Ihre Netzwerkverbindung und versuchen Sie es erneut.</translation>
+    </message>
+    <message>
+        <source>There is not enough room on the disk: %1 are needed in %2. Please make room and try again.</source>
+        <translation>Auf dem Datenträger ist nicht genug Platz: %1 werden in %2 benötigt. Bitte schaffen Sie Platz und versuchen Sie es erneut.</translation>
+    </message>
+    <message>
+        <source>The disk is full: there is no room left in %1. Please make room and try again.</source>
+        <translation>Der Datenträger ist voll: In %1 ist kein Platz mehr. Bitte schaffen Sie Platz und versuchen Sie es erneut.</translation>
+    </message>
+    <message>
+        <source>The package cannot be saved in %1. Please check that you may write there, and that the disk has room.</source>
+        <translation>Das Paket kann in %1 nicht gespeichert werden. Bitte prüfen Sie, ob Sie dort schreiben dürfen und ob der Datenträger Platz hat.</translation>
+    </message>
+    <message>
+        <source>The package arrived damaged and was not installed. Please try again; if that does not help, tell the publisher of the software.</source>
+        <translation>Das Paket ist beschädigt angekommen und wurde nicht installiert. Bitte versuchen Sie es erneut; wenn das nicht hilft, wenden Sie sich an den Herausgeber der Software.</translation>
+    </message>
+    <message>
+        <source>The installer could not be started. It lies in %1: please start it from there yourself.</source>
+        <translation>Das Installationsprogramm konnte nicht gestartet werden. Es liegt in %1: Bitte starten Sie es von dort selbst.</translation>
+    </message>
+    <message>
+        <source>The package holds no installer that can be started. Please tell the publisher of the software.</source>
+        <translation>Das Paket enthält kein Installationsprogramm, das gestartet werden kann. Bitte wenden Sie sich an den Herausgeber der Software.</translation>
+    </message>
+    <message>
+        <source>%1 of %2</source>
+        <translation>%1 von %2</translation>
+    </message>
+    <message>
+        <source>less than a minute left</source>
+        <translation>noch weniger als eine Minute</translation>
+    </message>
+    <message>
+        <source>about a minute left</source>
+        <translation>noch etwa eine Minute</translation>
+    </message>
+    <message>
+        <source>about %1 minutes left</source>
+        <translation>noch etwa %1 Minuten</translation>
+    </message>
+    <message>
+        <source>about an hour left</source>
+        <translation>noch etwa eine Stunde</translation>
+    </message>
+    <message>
+        <source>about %1 hours left</source>
+        <translation>noch etwa %1 Stunden</translation>
+    </message>
+    <message>
+        <source>more than a day left</source>
+        <translation>noch mehr als einen Tag</translation>
+    </message>
 </context>
 </TS>

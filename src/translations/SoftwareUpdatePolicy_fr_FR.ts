@@ -99,5 +99,117 @@
         <source>The installer has ended unexpectedly.</source>
         <translation>Le programme d&apos;installation s&apos;est arrêté de façon inattendue.</translation>
     </message>
+    <message>
+        <source>The server %1 cannot be reached. Please check your network connection and try again.</source>
+        <translation>Le serveur %1 est injoignable. Veuillez vérifier votre connexion réseau et réessayer.</translation>
+    </message>
+    <message>
+        <source>The proxy server cannot be reached. Please check the proxy settings and your network connection.</source>
+        <translation>Le serveur proxy est injoignable. Veuillez vérifier les paramètres du proxy et votre connexion réseau.</translation>
+    </message>
+    <message>
+        <source>The proxy server asks for a login. Please check user name and password in the proxy settings.</source>
+        <translation>Le serveur proxy demande une authentification. Veuillez vérifier le nom d&apos;utilisateur et le mot de passe dans les paramètres du proxy.</translation>
+    </message>
+    <message>
+        <source>The certificate of the server %1 was not accepted. Please check the date and time of your computer, and whether your network asks for a login in a web browser.</source>
+        <translation>Le certificat du serveur %1 n&apos;a pas été accepté. Veuillez vérifier la date et l&apos;heure de votre ordinateur, et si votre réseau demande une connexion dans un navigateur web.</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; is not the address of a web server. Please correct it, or tell the publisher of the software.</source>
+        <translation>« %1 » n&apos;est pas l&apos;adresse d&apos;un serveur web. Veuillez la corriger ou prévenir l&apos;éditeur du logiciel.</translation>
+    </message>
+    <message>
+        <source>The server %1 does not answer. Please check your network connection, or try again later.</source>
+        <translation>Le serveur %1 ne répond pas. Veuillez vérifier votre connexion réseau ou réessayer plus tard.</translation>
+    </message>
+    <message>
+        <source>The transfer from the server %1 failed. Please try again later.</source>
+        <translation>Le transfert depuis le serveur %1 a échoué. Veuillez réessayer plus tard.</translation>
+    </message>
+    <message>
+        <source>The server %1 denies access. Please ask its administrator.</source>
+        <translation>Le serveur %1 refuse l&apos;accès. Veuillez vous adresser à son administrateur.</translation>
+    </message>
+    <message>
+        <source>The server %1 does not have what was asked for. It may have been replaced: please check for updates again later.</source>
+        <translation>Le serveur %1 n&apos;a pas ce qui lui a été demandé. Cela a peut-être été remplacé : veuillez rechercher à nouveau des mises à jour plus tard.</translation>
+    </message>
+    <message>
+        <source>The server %1 cannot answer at the moment. Please try again later.</source>
+        <translation>Le serveur %1 ne peut pas répondre pour le moment. Veuillez réessayer plus tard.</translation>
+    </message>
+    <message>
+        <source>The server %1 answered with an error (%2). Please try again later.</source>
+        <translation>Le serveur %1 a répondu par une erreur (%2). Veuillez réessayer plus tard.</translation>
+    </message>
+    <message>
+        <source>The server %1 answered with a web page. Your network may ask for a login: please open a web browser, log in there, and try again.</source>
+        <translation>Le serveur %1 a répondu par une page web. Votre réseau demande peut-être une connexion : veuillez ouvrir un navigateur web, vous y connecter et réessayer.</translation>
+    </message>
+    <message>
+        <source>The list of updates from the server %1 is empty or cannot be read. Please try again later.</source>
+        <translation>La liste des mises à jour du serveur %1 est vide ou illisible. Veuillez réessayer plus tard.</translation>
+    </message>
+    <message>
+        <source>The connection broke off after %1. Please check your network connection and try again.</source>
+        <translation>La connexion a été interrompue après %1. Veuillez vérifier votre connexion réseau et réessayer.</translation>
+    </message>
+    <message>
+        <source>The connection to the server %1 broke off. Please check your network connection and try again.</source>
+        <translation>La connexion au serveur %1 a été interrompue. Veuillez vérifier votre connexion réseau et réessayer.</translation>
+    </message>
+    <message>
+        <source>There is not enough room on the disk: %1 are needed in %2. Please make room and try again.</source>
+        <translation>L&apos;espace disque est insuffisant : il faut %1 dans %2. Veuillez libérer de l&apos;espace et réessayer.</translation>
+    </message>
+    <message>
+        <source>The disk is full: there is no room left in %1. Please make room and try again.</source>
+        <translation>Le disque est plein : il n&apos;y a plus de place dans %1. Veuillez libérer de l&apos;espace et réessayer.</translation>
+    </message>
+    <message>
+        <source>The package cannot be saved in %1. Please check that you may write there, and that the disk has room.</source>
+        <translation>Le paquet ne peut pas être enregistré dans %1. Veuillez vérifier que vous avez le droit d&apos;y écrire et qu&apos;il reste de la place sur le disque.</translation>
+    </message>
+    <message>
+        <source>The package arrived damaged and was not installed. Please try again; if that does not help, tell the publisher of the software.</source>
+        <translation>Le paquet est arrivé endommagé et n&apos;a pas été installé. Veuillez réessayer ; si cela ne suffit pas, prévenez l&apos;éditeur du logiciel.</translation>
+    </message>
+    <message>
+        <source>The installer could not be started. It lies in %1: please start it from there yourself.</source>
+        <translation>Le programme d&apos;installation n&apos;a pas pu être lancé. Il se trouve dans %1 : veuillez le lancer vous-même depuis ce dossier.</translation>
+    </message>
+    <message>
+        <source>The package holds no installer that can be started. Please tell the publisher of the software.</source>
+        <translation>Le paquet ne contient aucun programme d&apos;installation qui puisse être lancé. Veuillez prévenir l&apos;éditeur du logiciel.</translation>
+    </message>
+    <message>
+        <source>%1 of %2</source>
+        <translation>%1 sur %2</translation>
+    </message>
+    <message>
+        <source>less than a minute left</source>
+        <translation>moins d&apos;une minute restante</translation>
+    </message>
+    <message>
+        <source>about a minute left</source>
+        <translation>environ une minute restante</translation>
+    </message>
+    <message>
+        <source>about %1 minutes left</source>
+        <translation>environ %1 minutes restantes</translation>
+    </message>
+    <message>
+        <source>about an hour left</source>
+        <translation>environ une heure restante</translation>
+    </message>
+    <message>
+        <source>about %1 hours left</source>
+        <translation>environ %1 heures restantes</translation>
+    </message>
+    <message>
+        <source>more than a day left</source>
+        <translation>plus d&apos;un jour restant</translation>
+    </message>
 </context>
 </TS>

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QLocale>
 #include <QString>
 
 namespace qv {
@@ -49,5 +50,12 @@ QString cancelledLine(const QString &package);
 QString installerBusyText();
 QString installerSilentText();
 QString installerGoneText();
+
+/// "12.3 of 40.0 MB", in the unit of the @p total; "12.3 MB" where that is 0 or less.
+QString amountText(qint64 bytes, qint64 total, const QLocale &locale = QLocale::system());
+
+/// How far a download is, @p msElapsed after its first bytes: "12.3 of 40.0 MB, about 2 minutes left". Of the time left
+/// nothing is said in the first two seconds, and where nobody knows the @p total.
+QString progressText(qint64 bytes, qint64 total, qint64 msElapsed, const QLocale &locale = QLocale::system());
 
 } // namespace qv
