@@ -11,6 +11,8 @@
 
 #include <QtWidgets>
 
+#include <optional>
+
 using namespace qv;
 
 Q_DECLARE_METATYPE(HttpAnswer)

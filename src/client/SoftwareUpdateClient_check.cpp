@@ -168,6 +168,7 @@ void SoftwareUpdateClientPrivate::takeSealed(QNetworkReply *reply)
         offerNothing();
         return;
     }
+    isPage = false; // whatever its server calls it
     storeSeals();
     QBuffer device(&catalogue);
     device.open(QIODevice::ReadOnly);

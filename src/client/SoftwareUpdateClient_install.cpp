@@ -163,11 +163,11 @@ void SoftwareUpdateClient::downloadProgress(int value, int total)
 {
     if (d->downloadOf(sender()).dialog != d->progressDialog)
         return;
+    d->tellProgress(d->downloadOf(sender()), value, total);
     if (d->progressDialog)
         d->progressDialog->setRange(0, total);
     if (d->progressDialog)
         d->progressDialog->setValue(value);
-    d->tellProgress(d->downloadOf(sender()), value, total);
 }
 
 void SoftwareUpdateClient::downloadFinished()

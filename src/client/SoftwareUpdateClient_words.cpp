@@ -22,7 +22,7 @@ constexpr qint64 msBetweenTexts = 500;
 
 } // namespace
 
-/// A request leaves for @p url, of a catalogue or of its signature.
+/// A request leaves for @p url, that of a catalogue or of its signature.
 void SoftwareUpdateClientPrivate::noteRequest(const QUrl &url)
 {
     asked = url;
@@ -34,6 +34,7 @@ void SoftwareUpdateClientPrivate::noteRequest(const QUrl &url)
 void SoftwareUpdateClientPrivate::noteAnswer(QNetworkReply &reply)
 {
     constexpr qint64 enough = 1024;
+    asked = reply.url();
     if (policy.explains && unsealed.isEmpty() && reply.error() == QNetworkReply::NoError)
         isPage = isWebPage(reply.header(QNetworkRequest::ContentTypeHeader).toString(), reply.peek(enough));
 }
