@@ -11,6 +11,7 @@
 #include <QSslCertificate>
 #include <QSslConfiguration>
 
+#include <memory>
 #include <utility>
 
 namespace qv {
@@ -58,12 +59,13 @@ CameraLink::CameraLink(const OnvifCamera &camera, const OnvifTimes &times, QObje
 {
     guard.setSingleShot(true);
     connect(&guard, &QTimer::timeout, this, [this] {
-        if (failure == CameraNews::Asked)
-            failure = file ? CameraNews::NotSent : CameraNews::Unreachable;
-        if (current)
-            current->abort(); // evaluates
-        else
-            finish({ failure, oneLine(target.toDisplayString()), SoapAnswer() });
+        if (!current) {
+            finish({ failure, failureDetail, SoapAnswer() });
+            return;
+        }
+        failure = path.isNull() ? CameraNews::Unreachable : CameraNews::NotSent;
+        failureDetail = noAnswerText();
+        current->abort(); // evaluates
     });
 }
 
@@ -81,10 +83,10 @@ void CameraLink::ask(const QString &question, bool credentials, const Handler &w
     send(hasTriedToken ? Login::Token : Login::None);
 }
 
-void CameraLink::upload(const QUrl &address, QFile *content, const Handler &whenAnswered)
+void CameraLink::upload(const QUrl &address, const QString &file, const Handler &whenAnswered)
 {
     begin(address, whenAnswered);
-    file = content;
+    path = file;
     mayTell = !camera.user.isEmpty();
     hasTriedToken = true; // there is no place for one
     // At once, so that the file need not be sent twice; one answer to a new challenge is left.
@@ -97,7 +99,7 @@ void CameraLink::begin(const QUrl &url, const Handler &whenAnswered)
     target = url;
     handler = whenAnswered;
     hasTriedDigest = false;
-    file = nullptr;
+    path.clear();
 }
 
 void CameraLink::send(Login login)
@@ -105,28 +107,26 @@ void CameraLink::send(Login login)
     tried = login;
     received.clear();
     failure = CameraNews::Asked;
+    failureDetail.clear();
     const bool isSecure = target.scheme() == QStringLiteral("https");
-    if (target.host().isEmpty() || (!isSecure && target.scheme() != QStringLiteral("http")))
-        failure = CameraNews::Unreachable;
-    else if (!isSecure && !camera.certificateSha256.isEmpty())
-        failure = CameraNews::OtherCamera; // nobody could tell who listens
-    if (failure != CameraNews::Asked) {
-        guard.start(0);
+    if (target.host().isEmpty() || (!isSecure && target.scheme() != QStringLiteral("http"))) {
+        failLater(CameraNews::Unreachable, oneLine(target.toDisplayString()));
+        return;
+    }
+    if (!isSecure && !camera.certificateSha256.isEmpty()) {
+        failLater(CameraNews::OtherCamera); // nobody could tell who listens
         return;
     }
     QNetworkRequest request =
-        plainRequest(target, file ? "application/octet-stream" : "application/soap+xml; charset=utf-8");
+        plainRequest(target, path.isNull() ? "application/soap+xml; charset=utf-8" : "application/octet-stream");
     if (login == Login::Digest) {
         constexpr auto besides = QUrl::RemoveScheme | QUrl::RemoveAuthority | QUrl::RemoveFragment;
         request.setRawHeader("Authorization",
                              digestAuthorization(*challenge, "POST", target.toEncoded(besides), camera.user,
                                                  camera.password, randomBytes(4).toHex(), ++answersToChallenge));
     }
-    if (file) {
-        file->seek(0);
-        request.setHeader(QNetworkRequest::ContentLengthHeader, file->size());
-        watch(access().post(request, file));
-        guard.start(times.msStalled);
+    if (!path.isNull()) {
+        sendFile(request);
         return;
     }
     const QDateTime now = QDateTime::currentDateTimeUtc().addSecs(secondsAhead);
@@ -134,6 +134,27 @@ void CameraLink::send(Login login)
         login == Login::Token ? usernameToken(camera.user, camera.password, randomBytes(5), now) : QString();
     watch(access().post(request, soapMessage(body, header)));
     guard.start(times.msRequest);
+}
+
+void CameraLink::sendFile(QNetworkRequest request)
+{
+    auto file = std::make_unique<QFile>(path);
+    if (!file->open(QIODevice::ReadOnly)) {
+        failLater(CameraNews::NoFile, oneLine(file->errorString()));
+        return;
+    }
+    request.setHeader(QNetworkRequest::ContentLengthHeader, file->size());
+    QNetworkReply *reply = access().post(request, file.get());
+    file.release()->setParent(reply); // which reads it to its own end
+    watch(reply);
+    guard.start(times.msStalled);
+}
+
+void CameraLink::failLater(CameraNews news, const QString &detail)
+{
+    failure = news;
+    failureDetail = detail;
+    guard.start(0);
 }
 
 QNetworkAccessManager &CameraLink::access()
@@ -174,7 +195,7 @@ void CameraLink::watch(QNetworkReply *reply)
             failure = CameraNews::Unintelligible, reply->abort();
     });
     connect(reply, &QNetworkReply::uploadProgress, this, [this](qint64 bytes, qint64 total) {
-        if (!file || bytes == 0)
+        if (path.isNull() || bytes == 0)
             return;
         guard.start(bytes < total ? times.msStalled : msForAnswer);
         emit uploaded(bytes, total);
@@ -190,9 +211,9 @@ void CameraLink::evaluate(QNetworkReply *reply)
     reply->deleteLater();
     if (failure == CameraNews::Asked)
         received += reply->read(mostSoapBytes + 1 - received.size());
-    CameraAnswer answer = file ? answerToFile(*reply) : answerToQuestion(*reply);
+    CameraAnswer answer = path.isNull() ? answerToQuestion(*reply) : answerToFile(*reply);
     if (failure != CameraNews::Asked)
-        answer = { failure, noAnswerText(), SoapAnswer() };
+        answer = { failure, failureDetail, SoapAnswer() };
     if (answer.news == CameraNews::NotAuthorized && mayTell && chooseLogin(reply->rawHeader("WWW-Authenticate"))) {
         send(tried);
         return;

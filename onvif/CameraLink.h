@@ -10,9 +10,9 @@
 #include <functional>
 #include <optional>
 
-class QFile;
 class QNetworkAccessManager;
 class QNetworkReply;
+class QNetworkRequest;
 
 namespace qv {
 
@@ -44,8 +44,8 @@ public:
     /// forgotten. A request without @p credentials tells nobody who we are.
     void ask(const QString &body, bool credentials, const Handler &handler);
 
-    /// Posts @p file, which stays open, to @p address, piece by piece, with uploaded() meanwhile.
-    void upload(const QUrl &address, QFile *file, const Handler &handler);
+    /// Posts the file at @p path to @p address, piece by piece, with uploaded() meanwhile.
+    void upload(const QUrl &address, const QString &path, const Handler &handler);
 
     /// How long the camera may take to answer once it has the whole file.
     void setMsForAnswer(int ms) { msForAnswer = ms; }
@@ -66,7 +66,9 @@ private:
     enum class Login { None, Digest, Token };
 
     void begin(const QUrl &url, const Handler &whenAnswered);
+    void failLater(CameraNews news, const QString &detail = QString());
     void send(Login login);
+    void sendFile(QNetworkRequest request);
     QNetworkAccessManager &access();
     bool isPinned(const QNetworkReply &reply) const;
     void watch(QNetworkReply *reply);
@@ -85,12 +87,13 @@ private:
     QTimer guard;
 
     QUrl target;
-    QString body;          // of a question
-    QFile *file = nullptr; // instead of it
+    QString body; // of a question
+    QString path; // of a file, instead of it
     Handler handler;
     bool mayTell = false; // who we are
     QByteArray received;
     CameraNews failure = CameraNews::Asked; // why we ended it; Asked: we did not
+    QString failureDetail;
 
     Login worked = Login::None; // the last that a camera took
     Login tried = Login::None;

@@ -47,10 +47,10 @@ void CameraUpdate::read()
     askVersion([this](const CameraAnswer &answer) { end(answer.news, answer.detail); });
 }
 
-void CameraUpdate::update(const PackageInfo &newPackage, const QString &path)
+void CameraUpdate::update(const PackageInfo &newPackage, const QString &file)
 {
     package = newPackage;
-    file.setFileName(path);
+    path = file;
     stage = Stage::Asking;
     askVersion([this](const CameraAnswer &answer) { decide(answer); });
     emit moved(0, CameraNews::Asked);
@@ -113,14 +113,9 @@ void CameraUpdate::prepare(const CameraAnswer &answer)
 
 void CameraUpdate::send()
 {
-    if (!file.open(QIODevice::ReadOnly)) {
-        end(CameraNews::NoFile, file.errorString());
-        return;
-    }
     stage = Stage::Sending;
-    emit moved(0, CameraNews::Sending);
     link.setMsForAnswer(msAway);
-    link.upload(uploadUrl, &file, [this](const CameraAnswer &answer) {
+    link.upload(uploadUrl, path, [this](const CameraAnswer &answer) {
         // A camera may restart before it answers.
         const bool isLost = stage == Stage::Returning && answer.news == CameraNews::NotSent;
         if (answer.news == CameraNews::Asked || isLost)
@@ -128,12 +123,12 @@ void CameraUpdate::send()
         else
             end(answer.news, answer.detail);
     });
+    emit moved(0, CameraNews::Sending);
 }
 
 void CameraUpdate::awaitReturn()
 {
     stage = Stage::Returning;
-    file.close();
     refusals = 0;
     away.start();
     emit moved(sentPercent, CameraNews::Restarting);
@@ -168,7 +163,6 @@ void CameraUpdate::end(CameraNews news, const QString &detail)
     stage = Stage::Idle;
     next.stop();
     link.drop();
-    file.close();
     emit ended(news, detail);
 }
 

@@ -4,7 +4,6 @@
 #include "PackageInfo.h"
 
 #include <QElapsedTimer>
-#include <QFile>
 
 namespace qv {
 
@@ -21,8 +20,8 @@ public:
     /// Asks for model and version.
     void read();
 
-    /// Asks, and updates where @p package is newer, from the file at @p path.
-    void update(const PackageInfo &package, const QString &path);
+    /// Asks, and updates where @p package is newer, from @p file.
+    void update(const PackageInfo &package, const QString &file);
 
     /// Ends an update with CameraNews::Skipped, unless the camera has the whole file.
     void cancel();
@@ -63,7 +62,7 @@ private:
 
     Stage stage = Stage::Idle;
     PackageInfo package;
-    QFile file;
+    QString path;
     QUrl uploadUrl;
     QString versionBefore;
     QTimer next; // until the file may go, then until the next look

@@ -4,6 +4,8 @@
 #include <QHash>
 #include <QList>
 
+#include <cstring>
+
 namespace qv {
 
 namespace {
@@ -39,18 +41,19 @@ QByteArray takeValue(const QByteArray &header, int &at)
 
 QList<Challenge> challengesIn(const QByteArray &header)
 {
-    const auto skipBlanks = [&header](int &at) {
-        while (at < header.size() && strchr(" \t", header.at(at)))
+    const auto skip = [&header](const char *signs, int &at) {
+        while (at < header.size() && strchr(signs, header.at(at)))
             ++at;
     };
     QList<Challenge> challenges;
     for (int at = 0; at < header.size();) {
+        skip(" \t,", at);
         const QByteArray word = takeWord(header, at).toLower();
-        skipBlanks(at);
+        skip(" \t", at);
         if (word.isEmpty()) {
             ++at;
         } else if (at < header.size() && header.at(at) == '=') {
-            skipBlanks(++at);
+            skip(" \t", ++at);
             const QByteArray value = takeValue(header, at);
             if (!challenges.isEmpty())
                 challenges.last().values.insert(word, value);

@@ -112,11 +112,11 @@ void OnvifCameras::Private::end(int camera, CameraNews news, const QString &deta
 void OnvifCameras::Private::note(int camera, CameraNews news, const QString &detail)
 {
     percents[camera] = 100;
-    if (news == CameraNews::NotMeant)
-        return;
-    hasFailed = hasFailed || (news != CameraNews::Installed && news != CameraNews::UpToDate);
-    lines.insert(camera, cameraLine(at(camera).name(), cameraText(news, detail)));
-    tell(lines.value(camera));
+    if (news != CameraNews::NotMeant) {
+        hasFailed = hasFailed || (news != CameraNews::Installed && news != CameraNews::UpToDate);
+        lines.insert(camera, cameraLine(at(camera).name(), cameraText(news, detail)));
+    }
+    tell(lines.value(camera, lastTold));
 }
 
 void OnvifCameras::Private::tell(const QString &what)
