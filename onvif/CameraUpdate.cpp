@@ -5,6 +5,7 @@
 #include "Firmware.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace qv {
 
@@ -71,8 +72,8 @@ void CameraUpdate::askVersion(const CameraLink::Handler &then)
                 answer.news = CameraNews::Unintelligible;
             if (answer.news == CameraNews::Asked) {
                 itsModel = oneLine(answer.soap.text("tds:GetDeviceInformationResponse/tds:Model"));
-                itsVersion = told;
-                emit versionRead();
+                if (std::exchange(itsVersion, told) != told || stage == Stage::Asking)
+                    emit versionRead();
             }
             then(answer);
         });

@@ -92,14 +92,15 @@ void OnvifCameras::Private::startNext()
 
 void OnvifCameras::Private::end(int camera, CameraNews news, const QString &detail)
 {
-    const auto job =
-        std::find_if(running.begin(), running.end(), [camera](const Job &one) { return one.camera == camera; });
-    const bool isUpdate = job->isUpdate;
-    running.erase(job);
+    const auto job = [this, camera] {
+        return std::find_if(running.begin(), running.end(), [camera](const Job &one) { return one.camera == camera; });
+    };
+    const bool isUpdate = job()->isUpdate;
     if (isUpdate)
         note(camera, news, detail);
     else if (news != CameraNews::Asked)
         emit q->cameraFailed(camera, cameraText(news, detail));
+    running.erase(job());
     startNext();
     if (has(isUpdate))
         return;
@@ -113,8 +114,11 @@ void OnvifCameras::Private::note(int camera, CameraNews news, const QString &det
 {
     percents[camera] = 100;
     if (news != CameraNews::NotMeant) {
-        hasFailed = hasFailed || (news != CameraNews::Installed && news != CameraNews::UpToDate);
+        const bool isRight = news == CameraNews::Installed || news == CameraNews::UpToDate;
+        hasFailed = hasFailed || !isRight;
         lines.insert(camera, cameraLine(at(camera).name(), cameraText(news, detail)));
+        LogQt::write(isRight ? Log::Progress : Log::Error,
+                     QStringLiteral("OnvifCameras::install() -> ") + lines.value(camera));
     }
     tell(lines.value(camera, lastTold));
 }

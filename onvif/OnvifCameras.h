@@ -87,17 +87,17 @@ public:
     void cancel() override;
 
 signals:
-    /// What the camera, by its place in the list, calls its model and its firmware: from readVersions(), and whenever
-    /// install() has asked.
+    /// What the camera, by its place in the list, calls its model and its firmware: from readVersions(), when install()
+    /// has asked, and when an update has changed it.
     void versionRead(int camera, const QString &model, const QString &version);
 
     /// readVersions() has got no answer; @p why is a text for users.
     void cameraFailed(int camera, const QString &why);
 
-    /// Of all cameras that answered, for SoftwareUpdateClient::setCurrentCameraVersions(): each model once, with the
-    /// oldest version that one of its cameras runs, so that the client offers what any of them needs. Not in it are
-    /// models that the client's settings cannot keep, with "," or ":", as the log says: name them in
-    /// OnvifCamera::model.
+    /// Of all cameras that have answered, now or before, for SoftwareUpdateClient::setCurrentCameraVersions(): each
+    /// model once, with the oldest version that one of its cameras runs, so that the client offers what any of them
+    /// needs. Not in it are models that the client's settings cannot keep, with "," or ":", as the log says: name them
+    /// in OnvifCamera::model.
     void versionsRead(const SoftUpCurrentCameraVersions &versions);
 
 private:

@@ -16,9 +16,9 @@ constexpr int maxElements = 4000;
 constexpr int maxAttributes = 64;
 constexpr int maxPathLength = 1000;
 
-const auto envelopeNamespace = QStringLiteral("http://www.w3.org/2003/05/soap-envelope");
-const auto deviceNamespace = QStringLiteral("http://www.onvif.org/ver10/device/wsdl");
-const auto schemaNamespace = QStringLiteral("http://www.onvif.org/ver10/schema");
+constexpr QLatin1String envelopeNamespace("http://www.w3.org/2003/05/soap-envelope");
+constexpr QLatin1String deviceNamespace("http://www.onvif.org/ver10/device/wsdl");
+constexpr QLatin1String schemaNamespace("http://www.onvif.org/ver10/schema");
 
 /// Qt takes its time for very many attributes and for a DTD, before it reports any of them.
 bool isCostly(const QByteArray &bytes)
