@@ -416,6 +416,12 @@ void TestOnvif::others()
     QVERIFY(update.run() && !update.isInstalled() && camera.actions.isEmpty());
     update.finished.clear();
     update.package.suffix = "rpk";
+    update.package.release = "4.3.0 build 7"; // for which the version from before would do, as it tells no build
+    camera.version = "4.3.0";
+    camera.fault = CameraServer::StaysOld;
+    QVERIFY(update.run() && !update.isInstalled() && update.message().contains("runs version 4.3.0, not the new one"));
+    update.finished.clear();
+    camera.actions.clear();
     QFile::remove(update.path);
     connect(&update.cameras, &PackageInstaller::finished, this, [&] { QVERIFY(update.cameras.setCameras({})); });
     QVERIFY(update.run() && !update.isInstalled() && update.message().contains("The firmware cannot be read"));
