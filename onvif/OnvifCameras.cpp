@@ -30,7 +30,7 @@ struct OnvifCameras::Private
     bool has(bool isUpdate) const;
     void end(int camera, CameraNews news, const QString &detail);
     void note(int camera, CameraNews news, const QString &detail);
-    void finishReading();
+    void tellVersions();
     void finishInstalling();
     void cancel();
     void tell(const QString &what);
@@ -43,7 +43,8 @@ struct OnvifCameras::Private
     std::deque<Job> waiting;
     std::vector<Job> running;
 
-    int installs = 0; // so far
+    bool hasRead = false; // versions of all cameras, as far as they can be reached
+    int installs = 0;     // so far
     PackageInfo package;
     QString file;
     QMap<int, int> percents;  // of the cameras that are meant
@@ -107,7 +108,7 @@ void OnvifCameras::Private::end(int camera, CameraNews news, const QString &deta
     if (isUpdate)
         finishInstalling();
     else
-        finishReading();
+        tellVersions();
 }
 
 void OnvifCameras::Private::note(int camera, CameraNews news, const QString &detail)
@@ -130,7 +131,7 @@ void OnvifCameras::Private::tell(const QString &what)
     emit q->progress(done, 100 * int(percents.size()), what);
 }
 
-void OnvifCameras::Private::finishReading()
+void OnvifCameras::Private::tellVersions()
 {
     QMap<QString, VersionNumber> oldest;
     for (const auto &camera : cameras) {
@@ -139,7 +140,7 @@ void OnvifCameras::Private::finishReading()
         const VersionNumber version = firmwareVersion(camera->version());
         if (!isStorable(camera->model()) || camera->model().isEmpty() || version == VersionNumber()) {
             LogQt::write(Log::Warning,
-                         QStringLiteral("OnvifCameras::finishReading() -> of no use for updates: ") + camera->model()
+                         QStringLiteral("OnvifCameras::versionsRead() -> of no use for updates: ") + camera->model()
                              + QLatin1Char(' ') + camera->version());
             continue;
         }
@@ -147,6 +148,7 @@ void OnvifCameras::Private::finishReading()
         if (known == oldest.cend() || version < *known)
             oldest.insert(camera->model(), version);
     }
+    hasRead = true;
     SoftUpCurrentCameraVersions versions;
     for (auto one = oldest.cbegin(); one != oldest.cend(); ++one)
         versions.append({ one.key(), one.value() });
@@ -156,6 +158,8 @@ void OnvifCameras::Private::finishReading()
 void OnvifCameras::Private::finishInstalling()
 {
     heartbeat.stop();
+    if (hasRead)
+        tellVersions();
     const QStringList told = lines.values();
     emit q->finished(!hasFailed, told.isEmpty() ? noCameraText() : told.join(QLatin1Char('\n')));
 }
@@ -191,6 +195,7 @@ bool OnvifCameras::setCameras(const QList<OnvifCamera> &cameras)
     if (d->has(true) || d->has(false))
         return false;
     d->cameras.clear();
+    d->hasRead = false;
     for (const OnvifCamera &camera : cameras) {
         const int place = int(d->cameras.size());
         auto update = std::make_unique<CameraUpdate>(camera, d->times);
@@ -225,7 +230,7 @@ void OnvifCameras::readVersions()
         d->waiting.push_back({ camera, false });
     d->startNext();
     if (!d->has(false))
-        d->finishReading();
+        d->tellVersions();
 }
 
 void OnvifCameras::install(const PackageInfo &package, const QString &file)

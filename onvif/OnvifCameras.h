@@ -94,10 +94,11 @@ signals:
     /// readVersions() has got no answer; @p why is a text for users.
     void cameraFailed(int camera, const QString &why);
 
-    /// Of all cameras that have answered, now or before, for SoftwareUpdateClient::setCurrentCameraVersions(): each
-    /// model once, with the oldest version that one of its cameras runs, so that the client offers what any of them
-    /// needs. Not in it are models that the client's settings cannot keep, with "," or ":", as the log says: name them
-    /// in OnvifCamera::model.
+    /// After readVersions(), of all cameras that have answered, now or before, for
+    /// SoftwareUpdateClient::setCurrentCameraVersions(): each model once, with the oldest version that one of its
+    /// cameras runs, so that the client offers what any of them needs. Once more before finished(), if it has come
+    /// before, as versions change then. Not in it are models that the client's settings cannot keep, with "," or ":",
+    /// as the log says: name them in OnvifCamera::model.
     void versionsRead(const SoftUpCurrentCameraVersions &versions);
 
 private:

@@ -412,6 +412,15 @@ void TestOnvif::others()
 {
     CameraServer camera;
     Update update({ &camera });
+    QStringList told; // versions, by the first camera alone
+    connect(&update.cameras, &OnvifCameras::versionsRead, this,
+            [&told](const SoftUpCurrentCameraVersions &all) { told << all.value(0).second.toString(); });
+    update.cameras.readVersions();
+    QTRY_COMPARE(told.size(), 1);
+    QVERIFY(update.run() && update.isInstalled());
+    QCOMPARE(told, QStringList({ "4.1.0", "4.3.0" }));
+    update.finished.clear();
+    camera.actions.clear();
     update.package.suffix = "zip";
     QVERIFY(update.run() && !update.isInstalled() && camera.actions.isEmpty());
     update.finished.clear();
