@@ -16,15 +16,16 @@
 
 namespace qv {
 
-struct OnvifCameras::Private
+class OnvifCamerasPrivate
 {
+public:
     struct Job
     {
         int camera;
         bool isUpdate;
     };
 
-    explicit Private(OnvifCameras *q);
+    explicit OnvifCamerasPrivate(OnvifCameras *q);
     void startNext();
     bool mayStart(const Job &job) const;
     bool has(bool isUpdate) const;
@@ -54,20 +55,20 @@ struct OnvifCameras::Private
     QString lastTold;
 };
 
-OnvifCameras::Private::Private(OnvifCameras *q) : q(q)
+OnvifCamerasPrivate::OnvifCamerasPrivate(OnvifCameras *q) : q(q)
 {
     heartbeat.setInterval(30 * 1000);
-    connect(&heartbeat, &QTimer::timeout, q, [this] { tell(lastTold); });
+    QObject::connect(&heartbeat, &QTimer::timeout, q, [this] { tell(lastTold); });
 }
 
-bool OnvifCameras::Private::has(bool isUpdate) const
+bool OnvifCamerasPrivate::has(bool isUpdate) const
 {
     const auto matches = [isUpdate](const Job &job) { return job.isUpdate == isUpdate; };
     return std::any_of(waiting.cbegin(), waiting.cend(), matches)
         || std::any_of(running.cbegin(), running.cend(), matches);
 }
 
-bool OnvifCameras::Private::mayStart(const Job &job) const
+bool OnvifCamerasPrivate::mayStart(const Job &job) const
 {
     return int(running.size()) < std::max(1, maxParallel)
         && std::none_of(running.cbegin(), running.cend(), [&](const Job &other) {
@@ -75,7 +76,7 @@ bool OnvifCameras::Private::mayStart(const Job &job) const
            });
 }
 
-void OnvifCameras::Private::startNext()
+void OnvifCamerasPrivate::startNext()
 {
     const auto next = [this] {
         return std::find_if(waiting.begin(), waiting.end(), [this](const Job &job) { return mayStart(job); });
@@ -91,7 +92,7 @@ void OnvifCameras::Private::startNext()
     }
 }
 
-void OnvifCameras::Private::end(int camera, CameraNews news, const QString &detail)
+void OnvifCamerasPrivate::end(int camera, CameraNews news, const QString &detail)
 {
     const auto job = [this, camera] {
         return std::find_if(running.begin(), running.end(), [camera](const Job &one) { return one.camera == camera; });
@@ -111,7 +112,7 @@ void OnvifCameras::Private::end(int camera, CameraNews news, const QString &deta
         tellVersions();
 }
 
-void OnvifCameras::Private::note(int camera, CameraNews news, const QString &detail)
+void OnvifCamerasPrivate::note(int camera, CameraNews news, const QString &detail)
 {
     percents[camera] = 100;
     if (news != CameraNews::NotMeant) {
@@ -124,14 +125,14 @@ void OnvifCameras::Private::note(int camera, CameraNews news, const QString &det
     tell(lines.value(camera, lastTold));
 }
 
-void OnvifCameras::Private::tell(const QString &what)
+void OnvifCamerasPrivate::tell(const QString &what)
 {
     lastTold = what;
     const int done = std::accumulate(percents.cbegin(), percents.cend(), 0);
     emit q->progress(done, 100 * int(percents.size()), what);
 }
 
-void OnvifCameras::Private::tellVersions()
+void OnvifCamerasPrivate::tellVersions()
 {
     QMap<QString, VersionNumber> oldest;
     for (const auto &camera : cameras) {
@@ -155,7 +156,7 @@ void OnvifCameras::Private::tellVersions()
     emit q->versionsRead(versions);
 }
 
-void OnvifCameras::Private::finishInstalling()
+void OnvifCamerasPrivate::finishInstalling()
 {
     heartbeat.stop();
     if (hasRead)
@@ -164,13 +165,14 @@ void OnvifCameras::Private::finishInstalling()
     emit q->finished(!hasFailed, told.isEmpty() ? noCameraText() : told.join(QLatin1Char('\n')));
 }
 
-void OnvifCameras::Private::cancel()
+void OnvifCamerasPrivate::cancel()
 {
     const auto isRead = [](const Job &job) { return !job.isUpdate; };
     const auto begin = std::stable_partition(waiting.begin(), waiting.end(), isRead);
-    for (auto job = begin; job != waiting.end(); ++job)
-        note(job->camera, CameraNews::Skipped, QString());
+    const std::vector<Job> skipped(begin, waiting.end());
     waiting.erase(begin, waiting.end());
+    for (const Job &job : skipped)
+        note(job.camera, CameraNews::Skipped, QString());
     if (!has(true)) {
         finishInstalling();
         return;
@@ -183,7 +185,7 @@ void OnvifCameras::Private::cancel()
 }
 
 OnvifCameras::OnvifCameras(const QList<OnvifCamera> &cameras, QObject *parent)
-    : PackageInstaller(parent), d(std::make_unique<Private>(this))
+    : PackageInstaller(parent), d(std::make_unique<OnvifCamerasPrivate>(this))
 {
     setCameras(cameras);
 }

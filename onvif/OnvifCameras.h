@@ -11,6 +11,8 @@
 
 namespace qv {
 
+class OnvifCamerasPrivate;
+
 /// One camera of the host, by its ONVIF device service. A plain value.
 struct OnvifCamera
 {
@@ -102,8 +104,7 @@ signals:
     void versionsRead(const SoftUpCurrentCameraVersions &versions);
 
 private:
-    struct Private;
-    const std::unique_ptr<Private> d;
+    const std::unique_ptr<OnvifCamerasPrivate> d;
 };
 
 } // namespace qv

@@ -139,7 +139,7 @@ private:
         if (camera->fault == CameraServer::RefusesFile)
             return send(415, "no firmware");
         if (camera->fault == CameraServer::FailsUpgrade)
-            return sendSoap(500, fault("FirmwareUpgradeFailed", "Flash is\nworn\x01 out"));
+            return sendSoap(500, fault("FirmwareUpgradeFailed", "Flash is\nworn\xe2\x80\xae out"));
         send(200, {});
         socket->flush();
         camera->restart(body.left(int(body.indexOf('\n'))));
