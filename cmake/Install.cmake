@@ -49,11 +49,19 @@ set(QV_PUBLIC_HEADERS
     platform/xml/XmlTree.h
     platform/xml/XmlUtils.h
 )
+if(TARGET qvOnvif)
+    list(APPEND QV_PUBLIC_HEADERS onvif/OnvifCameras.h onvif/OnvifExport.h)
+endif()
 install(FILES ${QV_PUBLIC_HEADERS} DESTINATION ${QV_INCLUDEDIR} COMPONENT development)
 
-# A host that brings both libraries along keeps them in one folder.
+# A host that brings the libraries along keeps them in one folder.
+set(QV_LIBRARIES qvPlatform SoftwareUpdateClient)
+if(TARGET qvOnvif)
+    list(APPEND QV_LIBRARIES qvOnvif)
+    set_target_properties(qvOnvif PROPERTIES INSTALL_RPATH "$ORIGIN")
+endif()
 set_target_properties(SoftwareUpdateClient PROPERTIES INSTALL_RPATH "$ORIGIN")
-install(TARGETS qvPlatform SoftwareUpdateClient
+install(TARGETS ${QV_LIBRARIES}
     EXPORT SoftwareUpdateClientTargets
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development
     INCLUDES DESTINATION ${QV_INCLUDEDIR})
@@ -74,7 +82,7 @@ string(REGEX REPLACE "[^/]+" ".." PREFIX_FROM_PKGCONFIG ${CMAKE_INSTALL_LIBDIR}/
 if(QT_VERSION_MAJOR EQUAL 5)
     set(PC_PIC -fPIC) # Qt 6 says so itself
 endif()
-foreach(name qvPlatform SoftwareUpdateClient)
+foreach(name IN LISTS QV_LIBRARIES)
     set(file ${PROJECT_BINARY_DIR}/cmake/${name}-qt${QT_VERSION_MAJOR}.pc)
     configure_file(cmake/${name}.pc.in ${file} @ONLY)
     install(FILES ${file} DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)

@@ -1,13 +1,14 @@
 # Do sources and catalogues agree? lupdate brings copies of the catalogues up to date; whatever it finds new or gone is a
-# fault. Those of SoftwareUpdateClient have 48 texts; what policies add stands in src/trust/ and in catalogues of its own.
+# fault. Those of SoftwareUpdateClient have 48 texts; what policies add stands in src/trust/ and onvif/, and in
+# catalogues of its own.
 #   cmake -DLUPDATE=PROGRAM -DSOURCES=src -DSCRATCH=FOLDER -P scripts/check-translations.cmake
 # To mend the catalogues:
 #   lupdate -locations none src/{catalogue,client,dialogs,manager} -ts src/translations/SoftwareUpdateClient_*.ts
-#   lupdate -locations none src/trust -ts src/translations/SoftwareUpdatePolicy_*.ts
+#   lupdate -locations none src/trust onvif -ts src/translations/SoftwareUpdatePolicy_*.ts
 cmake_minimum_required(VERSION 3.22)
 set(expected 48)
 set(roomsOfSoftwareUpdateClient ${SOURCES}/catalogue ${SOURCES}/client ${SOURCES}/dialogs ${SOURCES}/manager)
-set(roomsOfSoftwareUpdatePolicy ${SOURCES}/trust)
+set(roomsOfSoftwareUpdatePolicy ${SOURCES}/trust ${SOURCES}/../onvif)
 
 file(REMOVE_RECURSE ${SCRATCH})
 foreach(texts SoftwareUpdateClient SoftwareUpdatePolicy)

@@ -1,6 +1,7 @@
 // A host from its start to the packages that a check finds. Prints their rows; fails when none are shown.
 #include "CatalogueServer.h"
 
+#include <OnvifCameras.h>
 #include <SoftwareUpdateAvailableDialog.h>
 #include <SoftwareUpdateClient.h>
 
@@ -25,6 +26,10 @@ int main(int argc, char *argv[])
         </package-set></softwareList>)");
     QWidget window;
     qv::SoftwareUpdateClient updates("Consumer", qv::VersionNumber("1.0"), server.url(), &window);
+    qv::OnvifCameras cameras;
+    qv::UpdatePolicy policy;
+    policy.installers.insert("rpk", &cameras);
+    updates.setPolicy(policy);
     updates.doInitialCheck();
 
     // An open dialog is idle: its table is filled by then.
