@@ -21,19 +21,19 @@
     </message>
     <message>
         <source>The update cannot be installed: you may not write the folder %1.</source>
-        <translation>La mise à jour ne peut pas être installée : vous n&apos;avez pas le droit d&apos;écrire dans le dossier %1.</translation>
+        <translation>La mise à jour ne peut pas être installée : vous n&apos;avez pas le droit d&apos;écrire dans le dossier %1.</translation>
     </message>
     <message>
         <source>The update cannot be installed: others may write the folder %1, too.</source>
-        <translation>La mise à jour ne peut pas être installée : d&apos;autres ont aussi le droit d&apos;écrire dans le dossier %1.</translation>
+        <translation>La mise à jour ne peut pas être installée : d&apos;autres ont aussi le droit d&apos;écrire dans le dossier %1.</translation>
     </message>
     <message>
         <source>The update cannot be installed: the program UpdateInstaller is missing in the folder %1.</source>
-        <translation>La mise à jour ne peut pas être installée : le programme UpdateInstaller manque dans le dossier %1.</translation>
+        <translation>La mise à jour ne peut pas être installée : le programme UpdateInstaller manque dans le dossier %1.</translation>
     </message>
     <message>
         <source>The update cannot be installed: the package does not hold the program %1.</source>
-        <translation>La mise à jour ne peut pas être installée : le paquet ne contient pas le programme %1.</translation>
+        <translation>La mise à jour ne peut pas être installée : le paquet ne contient pas le programme %1.</translation>
     </message>
     <message>
         <source>Error downloading! %1</source>
@@ -53,7 +53,7 @@
     </message>
     <message>
         <source>%1 of %2: %3</source>
-        <translation>%1 sur %2 : %3</translation>
+        <translation>%1 sur %2 : %3</translation>
     </message>
     <message>
         <source>Installing package...</source>
@@ -73,19 +73,19 @@
     </message>
     <message>
         <source>Packages installed: %1 of %2</source>
-        <translation>Paquets installés : %1 sur %2</translation>
+        <translation>Paquets installés : %1 sur %2</translation>
     </message>
     <message>
         <source>%1: installed.</source>
-        <translation>%1 : installé.</translation>
+        <translation>%1 : installé.</translation>
     </message>
     <message>
         <source>%1: not installed.</source>
-        <translation>%1 : non installé.</translation>
+        <translation>%1 : non installé.</translation>
     </message>
     <message>
         <source>%1: cancelled.</source>
-        <translation>%1 : annulé.</translation>
+        <translation>%1 : annulé.</translation>
     </message>
     <message>
         <source>The installer is busy with another package.</source>
@@ -221,7 +221,7 @@
     </message>
     <message>
         <source>The camera installs the firmware and restarts. Do not switch it off!</source>
-        <translation>La caméra installe le micrologiciel et redémarre. Ne l&apos;éteignez pas !</translation>
+        <translation>La caméra installe le micrologiciel et redémarre. Ne l&apos;éteignez pas !</translation>
     </message>
     <message>
         <source>Version %1 is installed.</source>
@@ -237,7 +237,7 @@
     </message>
     <message>
         <source>The camera cannot be reached: %1</source>
-        <translation>La caméra est injoignable : %1</translation>
+        <translation>La caméra est injoignable : %1</translation>
     </message>
     <message>
         <source>The camera does not accept the user name and the password.</source>
@@ -253,7 +253,7 @@
     </message>
     <message>
         <source>The camera reports: %1</source>
-        <translation>La caméra signale : %1</translation>
+        <translation>La caméra signale : %1</translation>
     </message>
     <message>
         <source>The camera cannot be updated this way.</source>
@@ -265,15 +265,15 @@
     </message>
     <message>
         <source>The firmware cannot be read: %1</source>
-        <translation>Impossible de lire le micrologiciel : %1</translation>
+        <translation>Impossible de lire le micrologiciel : %1</translation>
     </message>
     <message>
         <source>The camera refuses the file: it is no firmware for this camera.</source>
-        <translation>La caméra refuse le fichier : ce n&apos;est pas un micrologiciel pour cette caméra.</translation>
+        <translation>La caméra refuse le fichier : ce n&apos;est pas un micrologiciel pour cette caméra.</translation>
     </message>
     <message>
         <source>The firmware could not be sent: %1</source>
-        <translation>Le micrologiciel n&apos;a pas pu être envoyé : %1</translation>
+        <translation>Le micrologiciel n&apos;a pas pu être envoyé : %1</translation>
     </message>
     <message>
         <source>After the update the camera runs version %1, not the new one.</source>
@@ -285,7 +285,7 @@
     </message>
     <message>
         <source>%1: %2</source>
-        <translation>%1 : %2</translation>
+        <translation>%1 : %2</translation>
     </message>
     <message>
         <source>It does not answer in time.</source>
