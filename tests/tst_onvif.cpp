@@ -297,7 +297,8 @@ void TestOnvif::road_data()
     on(
         "refuses the file", [](CameraServer &c) { c.fault = CameraServer::RefusesFile; }, "it is no firmware");
     on(
-        "fails", [](CameraServer &c) { c.fault = CameraServer::FailsUpgrade; }, "The camera reports: Flash is worn? out");
+        "fails", [](CameraServer &c) { c.fault = CameraServer::FailsUpgrade; },
+        "The camera reports: Flash is worn? out");
     on(
         "cuts the upload", [](CameraServer &c) { c.fault = CameraServer::CutsUpload; }, "could not be sent: ");
     on(
