@@ -1,25 +1,25 @@
-// What a host writes to have software updates: the client as a member of its main window, the firmware versions of its
-// cameras told, a check at start, and a menu entry.
+// What a host writes to have software updates: the client as a member of its main window, a policy, its cameras with
+// their firmware versions, a check at start, and a menu.
 #include "MainWindow.h"
 
-#include "SelfUpdate.h"
+#include "CheckOutcome.h"
 
 #include <QCoreApplication>
 #include <QHeaderView>
 #include <QLibraryInfo>
 #include <QLocale>
 #include <QMenuBar>
+#include <QPushButton>
 #include <QStatusBar>
 #include <QTranslator>
 #include <QTreeWidget>
 
-// Place, model, firmware. A real host asks its cameras.
-static const QStringList cameras[] = {
-    { "Main entrance", "QD-2204", "4.1.0" },    { "Reception", "QF-1812", "4.1.0" },
-    { "Car park, north", "QB-3108", "10.2.0" }, { "Car park, south", "QB-3108", "10.3.2" },
-    { "Loading bay", "QP-5216", "10.2.0" },     { "Server room", "QT-4402", "2.9" },
-    { "Back door", "QI-7001", "1.6.3" },        { "Warehouse", "QM-6060", "3.0.1" },
-};
+static const QString skipped = "skippedUpdates"; // a setting of this host's own
+
+static QString versionOf(const qv::PackageInfo &package)
+{
+    return package.name + ' ' + package.release;
+}
 
 void MainWindow::installTranslators()
 {
@@ -38,11 +38,30 @@ void MainWindow::installTranslators()
     }
 }
 
-MainWindow::MainWindow(const QUrl &updateServer, const QUrl &nextVersion, const qv::UpdatePolicy &policy)
-    : updates(QCoreApplication::applicationName(), qv::VersionNumber::fromText(QCoreApplication::applicationVersion()),
-              updateServer.toString(), this),
-      catalogue(updateServer, policy, this)
+QString MainWindow::updateResult()
 {
+    const QString version = QCoreApplication::applicationVersion();
+    switch (qv::DownloadManager::lastUpdateResult().kind) {
+    case qv::UpdateResult::None:
+        return QString();
+    case qv::UpdateResult::Updated:
+        return tr("Updated to %1").arg(version);
+    default:
+        return tr("The update did not work, %1 goes on").arg(version);
+    }
+}
+
+MainWindow::MainWindow(const QUrl &updateServer, qv::UpdatePolicy policy, const QStringList &places,
+                       const QList<qv::OnvifCamera> &logins)
+    : cameras(logins),
+      updates(QCoreApplication::applicationName(), qv::VersionNumber::fromText(QCoreApplication::applicationVersion()),
+              updateServer.toString(), this),
+      catalogue(updateServer, policy, this), list(new QTreeWidget), button(new QPushButton)
+{
+    policy.installers.insert("rpk", &cameras);
+    policy.replacesApplication = true;
+    policy.explains = true;
+    tellInStatusBar(policy);
     updates.setPolicy(policy);
 
     // What the client has written is the host's to change: the types of packages that it knows how to handle, and the
@@ -54,33 +73,86 @@ MainWindow::MainWindow(const QUrl &updateServer, const QUrl &nextVersion, const 
     settings.installablePackageTypes = QStringList { "zip", "exe", "mpkg" };
     updates.setCurrentSettings(&settings);
 
-    qv::SoftUpCurrentCameraVersions versions;
-    for (const QStringList &camera : cameras)
-        versions.append({ camera.at(1), qv::VersionNumber::fromText(camera.at(2)) });
-    updates.setCurrentCameraVersions(versions);
-
-    auto *list = new QTreeWidget;
-    list->setHeaderLabels({ tr("Camera"), tr("Model"), tr("Firmware") });
-    list->setRootIsDecorated(false);
-    for (const QStringList &camera : cameras)
-        list->addTopLevelItem(new QTreeWidgetItem(camera));
-    list->header()->setSectionResizeMode(QHeaderView::Stretch);
-    setCentralWidget(list);
-    setWindowTitle(QCoreApplication::applicationName() + ' ' + QCoreApplication::applicationVersion());
-    statusBar()->showMessage(SelfUpdate::outcome());
-    resize(560, 320);
-
     menuBar()->addMenu(tr("&File"))->addAction(tr("&Quit"), this, &QWidget::close);
     QMenu *help = menuBar()->addMenu(tr("&Help"));
+    help->addAction(tr("Check &Now"), &updates, [this] { updates.checkNow(); });
     help->addAction(tr("Check for &Updates..."), &updates, [this] { updates.queryForUpdate(); });
     help->addAction(tr("&Catalogue..."), &catalogue, [this] {
         catalogue.show();
         catalogue.activateWindow();
     });
-    help->addAction(tr("Update &Myself..."), this, [this, nextVersion, policy] {
-        if (!findChild<SelfUpdate *>()) // one at a time
-            new SelfUpdate(nextVersion, policy, this);
-    });
+    setWindowTitle(QCoreApplication::applicationName() + ' ' + QCoreApplication::applicationVersion());
+    statusBar()->showMessage(updateResult());
+    resize(560, 320);
+    listCameras(places);
+}
 
-    updates.doInitialCheck(500); // milliseconds: first the window, then the network
+void MainWindow::listCameras(const QStringList &places)
+{
+    list->setHeaderLabels({ tr("Camera"), tr("Model"), tr("Firmware") });
+    list->setRootIsDecorated(false);
+    for (const QString &place : places)
+        list->addTopLevelItem(new QTreeWidgetItem({ place }));
+    list->header()->setSectionResizeMode(QHeaderView::Stretch);
+    setCentralWidget(list);
+
+    connect(&cameras, &qv::OnvifCameras::versionRead, list,
+            [this](int camera, const QString &model, const QString &version) {
+                list->topLevelItem(camera)->setText(1, model);
+                list->topLevelItem(camera)->setText(2, version);
+            });
+    connect(&cameras, &qv::OnvifCameras::cameraFailed, list,
+            [this](int camera, const QString &why) { list->topLevelItem(camera)->setText(2, why); });
+    connect(&cameras, &qv::OnvifCameras::versionsRead, &updates,
+            [this](const qv::SoftUpCurrentCameraVersions &versions) {
+                updates.setCurrentCameraVersions(versions);
+                updates.doInitialCheck(); // at start, and for what is left after an update
+            });
+    qv::OnvifTimes times;
+    times.msPoll = 200;
+    times.msBack = 5000; // real ones take longer
+    cameras.setTimes(times);
+    cameras.readVersions();
+}
+
+void MainWindow::tellInStatusBar(qv::UpdatePolicy &policy)
+{
+    button->setObjectName("updates");
+    button->setContextMenuPolicy(Qt::ActionsContextMenu);
+    auto *skip = new QAction(tr("Skip This Version"), button);
+    button->addAction(skip);
+    button->hide();
+    statusBar()->addPermanentWidget(button);
+    connect(button, &QPushButton::clicked, &updates, [this] { updates.showAvailable(); });
+    connect(skip, &QAction::triggered, this, &MainWindow::skipFound);
+
+    policy.isOffered = [](const qv::PackageInfo &package) {
+        return !QSettings().value(skipped).toStringList().contains(versionOf(package));
+    };
+    policy.announce = [](const qv::PackageInfoList &) { return true; }; // the button does
+    policy.checked = [this](const qv::CheckOutcome &outcome) {
+        if (outcome.kind == qv::CheckOutcome::Cancelled)
+            return; // another check tells
+        if (outcome.kind != qv::CheckOutcome::Unreachable && outcome.kind != qv::CheckOutcome::TimedOut)
+            showFound(outcome.packages); // else those found before still stand
+        if (outcome.isByUser)
+            statusBar()->showMessage(outcome.text);
+    };
+}
+
+void MainWindow::showFound(const qv::PackageInfoList &packages)
+{
+    found.clear();
+    for (const qv::PackageInfo &package : packages)
+        found << versionOf(package);
+    found.removeDuplicates(); // of one version there are packages for several systems and languages
+    button->setText(found.size() == 1 ? tr("1 update") : tr("%1 updates").arg(found.size()));
+    button->setToolTip(found.join('\n'));
+    button->setVisible(!found.isEmpty());
+}
+
+void MainWindow::skipFound()
+{
+    QSettings().setValue(skipped, QSettings().value(skipped).toStringList() + found);
+    showFound({});
 }
