@@ -101,8 +101,10 @@ void MainWindow::listCameras(const QStringList &places)
                 list->topLevelItem(camera)->setText(1, model);
                 list->topLevelItem(camera)->setText(2, version);
             });
-    connect(&cameras, &qv::OnvifCameras::cameraFailed, list,
-            [this](int camera, const QString &why) { list->topLevelItem(camera)->setText(2, why); });
+    connect(&cameras, &qv::OnvifCameras::cameraFailed, list, [this](int camera, const QString &why) {
+        list->topLevelItem(camera)->setText(2, why);
+        list->topLevelItem(camera)->setToolTip(2, why);
+    });
     connect(&cameras, &qv::OnvifCameras::versionsRead, &updates,
             [this](const qv::SoftUpCurrentCameraVersions &versions) {
                 updates.setCurrentCameraVersions(versions);
@@ -119,12 +121,9 @@ void MainWindow::tellInStatusBar(qv::UpdatePolicy &policy)
 {
     button->setObjectName("updates");
     button->setContextMenuPolicy(Qt::ActionsContextMenu);
-    auto *skip = new QAction(tr("Skip This Version"), button);
-    button->addAction(skip);
     button->hide();
     statusBar()->addPermanentWidget(button);
     connect(button, &QPushButton::clicked, &updates, [this] { updates.showAvailable(); });
-    connect(skip, &QAction::triggered, this, &MainWindow::skipFound);
 
     policy.isOffered = [](const qv::PackageInfo &package) {
         return !QSettings().value(skipped).toStringList().contains(versionOf(package));
@@ -142,17 +141,21 @@ void MainWindow::tellInStatusBar(qv::UpdatePolicy &policy)
 
 void MainWindow::showFound(const qv::PackageInfoList &packages)
 {
-    found.clear();
+    QStringList versions;
     for (const qv::PackageInfo &package : packages)
-        found << versionOf(package);
-    found.removeDuplicates(); // of one version there are packages for several systems and languages
-    button->setText(found.size() == 1 ? tr("1 update") : tr("%1 updates").arg(found.size()));
-    button->setToolTip(found.join('\n'));
-    button->setVisible(!found.isEmpty());
-}
+        versions << versionOf(package);
+    versions.removeDuplicates(); // of one version there are packages for several systems and languages
+    button->setText(versions.size() == 1 ? tr("1 update") : tr("%1 updates").arg(versions.size()));
+    button->setVisible(!versions.isEmpty());
 
-void MainWindow::skipFound()
-{
-    QSettings().setValue(skipped, QSettings().value(skipped).toStringList() + found);
-    showFound({});
+    for (QAction *action : button->actions())
+        action->deleteLater();
+    for (const QString &version : std::as_const(versions)) {
+        auto *skip = new QAction(tr("Skip %1").arg(version), button);
+        connect(skip, &QAction::triggered, &updates, [this, version] {
+            QSettings().setValue(skipped, QSettings().value(skipped).toStringList() << version);
+            updates.checkNow();
+        });
+        button->addAction(skip);
+    }
 }

@@ -33,12 +33,10 @@ private:
     void listCameras(const QStringList &places);
     void tellInStatusBar(qv::UpdatePolicy &policy);
     void showFound(const qv::PackageInfoList &packages);
-    void skipFound();
 
     qv::OnvifCameras cameras;
     qv::SoftwareUpdateClient updates;
     CatalogueWindow catalogue;
     QTreeWidget *list;
     QPushButton *button;
-    QStringList found; // by the last check, as users call them
 };

@@ -132,7 +132,12 @@ const auto downloading = [](Window window) {
 const auto exists = [](const char *pattern) {
     return QDirIterator(QDir::tempPath(), { pattern }, QDir::Files, QDirIterator::Subdirectories).hasNext();
 };
-const auto found = [] { return part<QWidget>(mainWindow, "updates")->isVisible(); };
+const auto updates = [](const char *count) {
+    return [=] {
+        return part<QPushButton>(mainWindow, "updates")->isVisibleTo(host.get())
+            && part<QPushButton>(mainWindow, "updates")->text() == count;
+    };
+};
 const auto runs = [](std::vector<const char *> versions) { // the first cameras
     return [=] {
         size_t right = 0;
@@ -142,7 +147,9 @@ const auto runs = [](std::vector<const char *> versions) { // the first cameras
         return right == versions.size();
     };
 };
-const auto updating = [] { return part<QLabel>(progress)->text().contains("127.0.0."); };
+const auto updating = [] {
+    return part<QProgressBar>(progress)->value() > 0 && part<QLabel>(progress)->text().contains("127.0.0.");
+};
 const auto gone = [](Window window) { return [=] { return !window(); }; };
 const auto failure = [] { return question()->icon() == QMessageBox::Critical; };
 const auto hiddenRows = [] { return table()->verticalHeader()->hiddenSectionCount(); };
@@ -152,22 +159,26 @@ const auto newPackages = [] { return list()->findItems("new", Qt::MatchExactly, 
 const std::vector<Step> steps = {
     // The window: updates found by themselves, and firmware onto the cameras.
     { "The main window lists the cameras", {}, mainWindow, "main-window", "",
-      [] { return runs({ "4.1.0", "4.1.0", "10.2.0", "10.3.2", "10.2.0", "2.9", "1.6.3", "3.0.1" })() && found(); } },
+      [] { return runs({ "4.1.0", "4.1.0", "10.2.0", "10.3.2", "10.2.0", "2.9", "1.6.3", "3.0.1" })() && updates("5 updates")(); } },
     { "The updates can be skipped", { openMenu }, menu, "skip" },
-    { "Then there are none", { close(menu), choose(mainWindow, "Skip This Version"), choose(mainWindow, "Check Now") },
-      mainWindow, "skipped", "", [] { return !part<QStatusBar>(mainWindow)->currentMessage().isEmpty() && !found(); } },
+    { "One is skipped", { close(menu), choose(mainWindow, "Skip Dome Firmware 4.2.0") }, mainWindow, "skipped", "",
+      updates("4 updates") },
     { "Not for ever", { [] { QSettings().remove("skippedUpdates"); }, choose(mainWindow, "Check Now") }, mainWindow,
-      "", "", found },
-    { "The button shows them", { showFound }, available },
+      "", "", updates("5 updates") },
+    { "A check that fails tells why", { tamper("catalogue"), choose(mainWindow, "Check Now") }, mainWindow,
+      "check-failed", "", [] { return !part<QStatusBar>(mainWindow)->currentMessage().isEmpty(); } },
+    { "One that works brings the button back", { tamper(""), choose(mainWindow, "Check Now") }, mainWindow, "", "",
+      updates("5 updates") },
+    { "It shows the table", { showFound }, available },
     { "Install asks for firmware", { fault("refuses"), select("Dome Firmware"), install }, box, "firmware" },
     { "The cameras are updated", { agree }, progress, "firmware-progress", "", updating },
     { "One has refused it", {}, box, "firmware-refused", "", runs({ "4.2.0", "4.1.0" }) },
     { "The firmware is still offered", { close(box), close(available), choose(mainWindow, "Check Now") }, mainWindow,
-      "", "", found },
+      "", "", updates("5 updates") },
     { "Install asks again", { fault(""), showFound, select("Dome Firmware"), install }, box },
     { "Now all have it", { agree }, box, "firmware-installed", "", runs({ "4.2.0", "4.2.0" }) },
     { "The list shows it", { close(box), close(available) }, mainWindow, "firmware-afterwards", "",
-      [] { return part<QPushButton>(mainWindow, "updates")->text() == "4 updates"; } },
+      updates("4 updates") },
 
     // The client: settings, checks, the table of packages.
     { "The menu opens the settings, without what is for experts",
@@ -244,11 +255,13 @@ const std::vector<Step> steps = {
       [] { return newPackages() == 0; } },
     { "Nor is it after the next start", { start, choose(mainWindow, "Catalogue..."), choose(catalogue, "Query Server") },
       catalogue, "", "", [] { return list()->topLevelItemCount() > 0 && newPackages() == 0; } },
+    { "A camera may be away", { fault("offline"), start }, mainWindow, "camera-away", "",
+      [] { return updates("4 updates")() && part<QTreeWidget>(mainWindow)->topLevelItem(1)->text(2).size() > 9; } },
 };
 
 // With an updater beside this program. The last step replaces it.
 const std::vector<Step> replacement = {
-    { "The check at application start finds the next version", {}, mainWindow, "", "", found },
+    { "The check at application start finds the next version", {}, mainWindow, "", "", updates("5 updates") },
     { "There is one that is no archive", { choose(mainWindow, "Check for Updates..."), check("faults.xml") }, available },
     { "Install asks for it", { select("zip"), install }, box },
     { "It cannot be unpacked", { agree }, box, "broken-package", "", failure },
