@@ -6,6 +6,7 @@
 
 #include <QCoreApplication>
 #include <QHeaderView>
+#include <QLabel>
 #include <QLibraryInfo>
 #include <QLocale>
 #include <QMenuBar>
@@ -13,6 +14,7 @@
 #include <QStatusBar>
 #include <QTranslator>
 #include <QTreeWidget>
+#include <QVBoxLayout>
 
 static const QString skipped = "skippedUpdates"; // a setting of this host's own
 
@@ -56,12 +58,12 @@ MainWindow::MainWindow(const QUrl &updateServer, qv::UpdatePolicy policy, const 
     : cameras(logins),
       updates(QCoreApplication::applicationName(), qv::VersionNumber::fromText(QCoreApplication::applicationVersion()),
               updateServer.toString(), this),
-      catalogue(updateServer, policy, this), list(new QTreeWidget), button(new QPushButton)
+      catalogue(updateServer, policy, this), list(new QTreeWidget), told(new QLabel), button(new QPushButton)
 {
     policy.installers.insert("rpk", &cameras);
     policy.replacesApplication = true;
     policy.explains = true;
-    tellInStatusBar(policy);
+    tellOfUpdates(policy);
     updates.setPolicy(policy);
 
     // What the client has written is the host's to change: the types of packages that it knows how to handle, and the
@@ -90,11 +92,15 @@ MainWindow::MainWindow(const QUrl &updateServer, qv::UpdatePolicy policy, const 
 void MainWindow::listCameras(const QStringList &places)
 {
     list->setHeaderLabels({ tr("Camera"), tr("Model"), tr("Firmware") });
+    list->setObjectName("cameras");
     list->setRootIsDecorated(false);
     for (const QString &place : places)
         list->addTopLevelItem(new QTreeWidgetItem({ place }));
-    list->header()->setSectionResizeMode(QHeaderView::Stretch);
-    setCentralWidget(list);
+    list->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    setCentralWidget(new QWidget);
+    auto *rows = new QVBoxLayout(centralWidget());
+    rows->addWidget(list);
+    rows->addWidget(told);
 
     connect(&cameras, &qv::OnvifCameras::versionRead, list,
             [this](int camera, const QString &model, const QString &version) {
@@ -117,8 +123,12 @@ void MainWindow::listCameras(const QStringList &places)
     cameras.readVersions();
 }
 
-void MainWindow::tellInStatusBar(qv::UpdatePolicy &policy)
+void MainWindow::tellOfUpdates(qv::UpdatePolicy &policy)
 {
+    told->setObjectName("told");
+    told->setTextFormat(Qt::PlainText);
+    told->setWordWrap(true); // a status bar would cut it
+    told->hide();
     button->setObjectName("updates");
     button->setContextMenuPolicy(Qt::ActionsContextMenu);
     button->hide();
@@ -134,8 +144,8 @@ void MainWindow::tellInStatusBar(qv::UpdatePolicy &policy)
             return; // another check tells
         if (outcome.kind != qv::CheckOutcome::Unreachable && outcome.kind != qv::CheckOutcome::TimedOut)
             showFound(outcome.packages); // else those found before still stand
-        if (outcome.isByUser)
-            statusBar()->showMessage(outcome.text);
+        told->setText(outcome.isByUser ? outcome.text : QString());
+        told->setHidden(told->text().isEmpty());
     };
 }
 

@@ -6,6 +6,7 @@
 
 #include <QMainWindow>
 
+class QLabel;
 class QPushButton;
 class QTreeWidget;
 
@@ -31,12 +32,13 @@ public:
 
 private:
     void listCameras(const QStringList &places);
-    void tellInStatusBar(qv::UpdatePolicy &policy);
+    void tellOfUpdates(qv::UpdatePolicy &policy);
     void showFound(const qv::PackageInfoList &packages);
 
     qv::OnvifCameras cameras;
     qv::SoftwareUpdateClient updates;
     CatalogueWindow catalogue;
     QTreeWidget *list;
+    QLabel *told; // of the check that the user asked for
     QPushButton *button;
 };

@@ -142,13 +142,13 @@ const auto runs = [](std::vector<const char *> versions) { // the first cameras
     return [=] {
         size_t right = 0;
         while (right < versions.size()
-               && part<QTreeWidget>(mainWindow)->topLevelItem(int(right))->text(2) == versions.at(right))
+               && part<QTreeWidget>(mainWindow, "cameras")->topLevelItem(int(right))->text(2) == versions.at(right))
             ++right;
         return right == versions.size();
     };
 };
 const auto updating = [] {
-    return part<QProgressBar>(progress)->value() > 0 && part<QLabel>(progress)->text().contains("127.0.0.");
+    return part<QProgressBar>(progress)->value() > 50 && part<QLabel>(progress)->text().contains("127.0.0.");
 };
 const auto gone = [](Window window) { return [=] { return !window(); }; };
 const auto failure = [] { return question()->icon() == QMessageBox::Critical; };
@@ -166,7 +166,7 @@ const std::vector<Step> steps = {
     { "Not for ever", { [] { QSettings().remove("skippedUpdates"); }, choose(mainWindow, "Check Now") }, mainWindow,
       "", "", updates("5 updates") },
     { "A check that fails tells why", { tamper("catalogue"), choose(mainWindow, "Check Now") }, mainWindow,
-      "check-failed", "", [] { return !part<QStatusBar>(mainWindow)->currentMessage().isEmpty(); } },
+      "check-failed", "", [] { return part<QLabel>(mainWindow, "told")->isVisible(); } },
     { "One that works brings the button back", { tamper(""), choose(mainWindow, "Check Now") }, mainWindow, "", "",
       updates("5 updates") },
     { "It shows the table", { showFound }, available },
@@ -256,7 +256,7 @@ const std::vector<Step> steps = {
     { "Nor is it after the next start", { start, choose(mainWindow, "Catalogue..."), choose(catalogue, "Query Server") },
       catalogue, "", "", [] { return list()->topLevelItemCount() > 0 && newPackages() == 0; } },
     { "A camera may be away", { fault("offline"), start }, mainWindow, "camera-away", "",
-      [] { return updates("4 updates")() && part<QTreeWidget>(mainWindow)->topLevelItem(1)->text(2).size() > 9; } },
+      [] { return updates("4 updates")() && part<QTreeWidget>(mainWindow, "cameras")->topLevelItem(1)->text(2).size() > 9; } },
 };
 
 // With an updater beside this program. The last step replaces it.
