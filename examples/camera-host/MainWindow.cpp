@@ -107,10 +107,8 @@ void MainWindow::listCameras(const QStringList &places)
                 list->topLevelItem(camera)->setText(1, model);
                 list->topLevelItem(camera)->setText(2, version);
             });
-    connect(&cameras, &qv::OnvifCameras::cameraFailed, list, [this](int camera, const QString &why) {
-        list->topLevelItem(camera)->setText(2, why);
-        list->topLevelItem(camera)->setToolTip(2, why);
-    });
+    connect(&cameras, &qv::OnvifCameras::cameraFailed, list,
+            [this](int camera, const QString &why) { list->topLevelItem(camera)->setText(2, why); });
     connect(&cameras, &qv::OnvifCameras::versionsRead, &updates,
             [this](const qv::SoftUpCurrentCameraVersions &versions) {
                 updates.setCurrentCameraVersions(versions);

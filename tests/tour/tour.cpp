@@ -134,21 +134,21 @@ const auto exists = [](const char *pattern) {
 };
 const auto updates = [](const char *count) {
     return [=] {
-        return part<QPushButton>(mainWindow, "updates")->isVisibleTo(host.get())
-            && part<QPushButton>(mainWindow, "updates")->text() == count;
+        const auto *button = part<QPushButton>(mainWindow, "updates");
+        return button->isVisible() && button->text() == count;
     };
 };
-const auto runs = [](std::vector<const char *> versions) { // the first cameras
+const auto runs = [](const QStringList &versions) { // the first cameras
     return [=] {
-        size_t right = 0;
-        while (right < versions.size()
-               && part<QTreeWidget>(mainWindow, "cameras")->topLevelItem(int(right))->text(2) == versions.at(right))
-            ++right;
-        return right == versions.size();
+        QStringList told;
+        for (int camera = 0; camera < versions.size(); ++camera)
+            told << part<QTreeWidget>(mainWindow, "cameras")->topLevelItem(camera)->text(2);
+        return told == versions;
     };
 };
 const auto updating = [] {
-    return part<QProgressBar>(progress)->value() > 50 && part<QLabel>(progress)->text().contains("127.0.0.");
+    const auto *bar = part<QProgressBar>(progress);
+    return 4 * bar->value() > 3 * bar->maximum() && part<QLabel>(progress)->text().contains("127.0.0.");
 };
 const auto gone = [](Window window) { return [=] { return !window(); }; };
 const auto failure = [] { return question()->icon() == QMessageBox::Critical; };
