@@ -8,6 +8,7 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <utility>
 
 DemoServer::DemoServer(const QStringList &folders)
 {
@@ -29,31 +30,40 @@ QUrl DemoServer::url(const QString &path) const
 bool DemoServer::tamper(const QString &what)
 {
     tampered = what;
+    sealedPath.clear();
     return QStringList({ "catalogue", "package", "freeze" }).contains(what);
 }
 
 std::optional<QByteArray> DemoServer::content(const QString &path)
 {
-    if (signatures.contains(path))
-        return signatures.value(path);
+    if (path == sealedPath + ".minisig")
+        return signature;
     QFile file("site:" + path);
     if (path.contains("..") || !file.open(QIODevice::ReadOnly))
         return std::nullopt;
     QByteArray bytes = file.readAll();
     if (path.endsWith(".xml")) {
-        // The time as serial: whatever catalogue a client asks for, it is newer than the last one.
-        const QDateTime now = QDateTime::currentDateTimeUtc();
-        const QString seal = QStringLiteral("<softwareList serial=\"%1\" expires=\"%2\"")
-                                 .arg(now.toMSecsSinceEpoch())
-                                 .arg(now.addDays(tampered == "freeze" ? -1 : 1).toString(Qt::ISODate));
-        bytes.replace("http://127.0.0.1/", url(QString()).toEncoded()).replace("<softwareList", seal.toLatin1());
-        signatures[path + ".minisig"] = publisher.sign(bytes);
+        if (std::exchange(sealedPath, path) != path)
+            seal(bytes);
+        bytes = sealed;
         if (tampered == "catalogue")
             bytes += ' ';
     } else if (tampered == "package" && !path.endsWith(".html")) {
         std::reverse(bytes.begin(), bytes.end()); // as long as it was
     }
     return bytes;
+}
+
+/// The time as serial: whatever catalogue a client asks for, it is newer than the last one, or the same.
+void DemoServer::seal(const QByteArray &catalogue)
+{
+    const QDateTime now = QDateTime::currentDateTimeUtc();
+    const QString attributes = QStringLiteral("<softwareList serial=\"%1\" expires=\"%2\"")
+                                   .arg(now.toMSecsSinceEpoch())
+                                   .arg(now.addDays(tampered == "freeze" ? -1 : 1).toString(Qt::ISODate));
+    sealed = catalogue;
+    sealed.replace("http://127.0.0.1/", url(QString()).toEncoded()).replace("<softwareList", attributes.toLatin1());
+    signature = publisher.sign(sealed);
 }
 
 void DemoServer::answer(QTcpSocket *client)

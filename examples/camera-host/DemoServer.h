@@ -2,7 +2,6 @@
 
 #include "Publisher.h"
 
-#include <QHash>
 #include <QTcpServer>
 #include <QUrl>
 
@@ -37,8 +36,10 @@ public:
 private:
     void answer(QTcpSocket *client);
     std::optional<QByteArray> content(const QString &path);
+    void seal(const QByteArray &catalogue);
 
     const Publisher publisher;
-    QHash<QString, QByteArray> signatures; // by path, each of what was last handed out for it
+    QString sealedPath; // of the catalogue that was handed out last, as it left
+    QByteArray sealed, signature;
     QString tampered;
 };

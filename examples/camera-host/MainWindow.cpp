@@ -1,25 +1,27 @@
-// What a host writes to have software updates: the client as a member of its main window, the firmware versions of its
-// cameras told, a check at start, and a menu entry.
+// What a host writes to have software updates: the client as a member of its main window, a policy, its cameras with
+// their firmware versions, a check at start, and a menu.
 #include "MainWindow.h"
 
-#include "SelfUpdate.h"
+#include "CheckOutcome.h"
 
 #include <QCoreApplication>
 #include <QHeaderView>
+#include <QLabel>
 #include <QLibraryInfo>
 #include <QLocale>
 #include <QMenuBar>
+#include <QPushButton>
 #include <QStatusBar>
 #include <QTranslator>
 #include <QTreeWidget>
+#include <QVBoxLayout>
 
-// Place, model, firmware. A real host asks its cameras.
-static const QStringList cameras[] = {
-    { "Main entrance", "QD-2204", "4.1.0" },    { "Reception", "QF-1812", "4.1.0" },
-    { "Car park, north", "QB-3108", "10.2.0" }, { "Car park, south", "QB-3108", "10.3.2" },
-    { "Loading bay", "QP-5216", "10.2.0" },     { "Server room", "QT-4402", "2.9" },
-    { "Back door", "QI-7001", "1.6.3" },        { "Warehouse", "QM-6060", "3.0.1" },
-};
+static const QString skipped = "skippedUpdates"; // a setting of this host's own
+
+static QString versionOf(const qv::PackageInfo &package)
+{
+    return package.name + ' ' + package.release;
+}
 
 void MainWindow::installTranslators()
 {
@@ -38,11 +40,30 @@ void MainWindow::installTranslators()
     }
 }
 
-MainWindow::MainWindow(const QUrl &updateServer, const QUrl &nextVersion, const qv::UpdatePolicy &policy)
-    : updates(QCoreApplication::applicationName(), qv::VersionNumber::fromText(QCoreApplication::applicationVersion()),
-              updateServer.toString(), this),
-      catalogue(updateServer, policy, this)
+QString MainWindow::updateResult()
 {
+    const QString version = QCoreApplication::applicationVersion();
+    switch (qv::DownloadManager::lastUpdateResult().kind) {
+    case qv::UpdateResult::None:
+        return QString();
+    case qv::UpdateResult::Updated:
+        return tr("Updated to %1").arg(version);
+    default:
+        return tr("The update did not work, %1 goes on").arg(version);
+    }
+}
+
+MainWindow::MainWindow(const QUrl &updateServer, qv::UpdatePolicy policy, const QStringList &places,
+                       const QList<qv::OnvifCamera> &logins)
+    : cameras(logins),
+      updates(QCoreApplication::applicationName(), qv::VersionNumber::fromText(QCoreApplication::applicationVersion()),
+              updateServer.toString(), this),
+      catalogue(updateServer, policy, this), list(new QTreeWidget), told(new QLabel), button(new QPushButton)
+{
+    policy.installers.insert("rpk", &cameras);
+    policy.replacesApplication = true;
+    policy.explains = true;
+    tellOfUpdates(policy);
     updates.setPolicy(policy);
 
     // What the client has written is the host's to change: the types of packages that it knows how to handle, and the
@@ -54,33 +75,95 @@ MainWindow::MainWindow(const QUrl &updateServer, const QUrl &nextVersion, const 
     settings.installablePackageTypes = QStringList { "zip", "exe", "mpkg" };
     updates.setCurrentSettings(&settings);
 
-    qv::SoftUpCurrentCameraVersions versions;
-    for (const QStringList &camera : cameras)
-        versions.append({ camera.at(1), qv::VersionNumber::fromText(camera.at(2)) });
-    updates.setCurrentCameraVersions(versions);
-
-    auto *list = new QTreeWidget;
-    list->setHeaderLabels({ tr("Camera"), tr("Model"), tr("Firmware") });
-    list->setRootIsDecorated(false);
-    for (const QStringList &camera : cameras)
-        list->addTopLevelItem(new QTreeWidgetItem(camera));
-    list->header()->setSectionResizeMode(QHeaderView::Stretch);
-    setCentralWidget(list);
-    setWindowTitle(QCoreApplication::applicationName() + ' ' + QCoreApplication::applicationVersion());
-    statusBar()->showMessage(SelfUpdate::outcome());
-    resize(560, 320);
-
     menuBar()->addMenu(tr("&File"))->addAction(tr("&Quit"), this, &QWidget::close);
     QMenu *help = menuBar()->addMenu(tr("&Help"));
+    help->addAction(tr("Check &Now"), &updates, [this] { updates.checkNow(); });
     help->addAction(tr("Check for &Updates..."), &updates, [this] { updates.queryForUpdate(); });
     help->addAction(tr("&Catalogue..."), &catalogue, [this] {
         catalogue.show();
         catalogue.activateWindow();
     });
-    help->addAction(tr("Update &Myself..."), this, [this, nextVersion, policy] {
-        if (!findChild<SelfUpdate *>()) // one at a time
-            new SelfUpdate(nextVersion, policy, this);
-    });
+    setWindowTitle(QCoreApplication::applicationName() + ' ' + QCoreApplication::applicationVersion());
+    statusBar()->showMessage(updateResult());
+    resize(560, 320);
+    listCameras(places);
+}
 
-    updates.doInitialCheck(500); // milliseconds: first the window, then the network
+void MainWindow::listCameras(const QStringList &places)
+{
+    list->setHeaderLabels({ tr("Camera"), tr("Model"), tr("Firmware") });
+    list->setObjectName("cameras");
+    list->setRootIsDecorated(false);
+    for (const QString &place : places)
+        list->addTopLevelItem(new QTreeWidgetItem({ place }));
+    list->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    setCentralWidget(new QWidget);
+    auto *rows = new QVBoxLayout(centralWidget());
+    rows->addWidget(list);
+    rows->addWidget(told);
+
+    connect(&cameras, &qv::OnvifCameras::versionRead, list,
+            [this](int camera, const QString &model, const QString &version) {
+                list->topLevelItem(camera)->setText(1, model);
+                list->topLevelItem(camera)->setText(2, version);
+            });
+    connect(&cameras, &qv::OnvifCameras::cameraFailed, list,
+            [this](int camera, const QString &why) { list->topLevelItem(camera)->setText(2, why); });
+    connect(&cameras, &qv::OnvifCameras::versionsRead, &updates,
+            [this](const qv::SoftUpCurrentCameraVersions &versions) {
+                updates.setCurrentCameraVersions(versions);
+                updates.doInitialCheck(); // at start, and for what is left after an update
+            });
+    qv::OnvifTimes times;
+    times.msPoll = 200;
+    times.msBack = 5000; // real ones take longer
+    cameras.setTimes(times);
+    cameras.readVersions();
+}
+
+void MainWindow::tellOfUpdates(qv::UpdatePolicy &policy)
+{
+    told->setObjectName("told");
+    told->setTextFormat(Qt::PlainText);
+    told->setWordWrap(true); // a status bar would cut it
+    told->hide();
+    button->setObjectName("updates");
+    button->setContextMenuPolicy(Qt::ActionsContextMenu);
+    button->hide();
+    statusBar()->addPermanentWidget(button);
+    connect(button, &QPushButton::clicked, &updates, [this] { updates.showAvailable(); });
+
+    policy.isOffered = [](const qv::PackageInfo &package) {
+        return !QSettings().value(skipped).toStringList().contains(versionOf(package));
+    };
+    policy.announce = [](const qv::PackageInfoList &) { return true; }; // the button does
+    policy.checked = [this](const qv::CheckOutcome &outcome) {
+        if (outcome.kind == qv::CheckOutcome::Cancelled)
+            return; // another check tells
+        if (outcome.kind != qv::CheckOutcome::Unreachable && outcome.kind != qv::CheckOutcome::TimedOut)
+            showFound(outcome.packages); // else those found before still stand
+        told->setText(outcome.isByUser ? outcome.text : QString());
+        told->setHidden(told->text().isEmpty());
+    };
+}
+
+void MainWindow::showFound(const qv::PackageInfoList &packages)
+{
+    QStringList versions;
+    for (const qv::PackageInfo &package : packages)
+        versions << versionOf(package);
+    versions.removeDuplicates(); // of one version there are packages for several systems and languages
+    button->setText(versions.size() == 1 ? tr("1 update") : tr("%1 updates").arg(versions.size()));
+    button->setVisible(!versions.isEmpty());
+
+    for (QAction *action : button->actions())
+        action->deleteLater();
+    for (const QString &version : std::as_const(versions)) {
+        auto *skip = new QAction(tr("Skip %1").arg(version), button);
+        connect(skip, &QAction::triggered, &updates, [this, version] {
+            QSettings().setValue(skipped, QSettings().value(skipped).toStringList() << version);
+            updates.checkNow();
+        });
+        button->addAction(skip);
+    }
 }

@@ -1,7 +1,7 @@
-// The demo host from its command line to its end: names, language, update server, window.
+// The demo host from its command line to its end: names, language, update server, cameras, window.
+#include "DemoCameras.h"
 #include "DemoServer.h"
 #include "MainWindow.h"
-#include "SelfUpdate.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -20,11 +20,13 @@ int main(int argc, char *argv[])
     const QCommandLineOption key("key", "Trust what is signed with <KEY>, line 2 of the .pub file of minisign.", "KEY");
     const QCommandLineOption tamper("tamper", "Let the demo's own server do harm: catalogue, package or freeze.",
                                     "what");
+    const QCommandLineOption fault(
+        "fault", "Have a camera that is offline, or refuses firmware, stays old, or gets lost.", "what");
     QCommandLineParser options;
     options.setApplicationDescription("A host of the software-update library, and an update server to go with it.");
     options.addHelpOption();
     options.addVersionOption();
-    options.addOptions({ server, key, tamper });
+    options.addOptions({ server, key, tamper, fault });
     options.process(application);
 
     DemoServer ownServer({ SITE, NEXT_VERSION });
@@ -41,14 +43,17 @@ int main(int argc, char *argv[])
         return 1;
     }
 
-    MainWindow window(catalogue, catalogue.resolved(QUrl("next.xml")), policy);
-    window.show();
+    DemoCameras cameras;
+    if (options.isSet(fault) && !cameras.setFault(options.value(fault))) {
+        qCritical("--fault wants offline, refuses, old or lost");
+        return 1;
+    }
 
-    // For scripts: takes the update that this catalogue offers without asking, tells what came of it, and ends.
-    const QString unattended = qEnvironmentVariable("CAMERA_HOST_UPDATE");
-    if (!unattended.isEmpty() && !SelfUpdate::outcome().isEmpty())
-        return puts(qPrintable(SelfUpdate::outcome())) < 0;
-    if (!unattended.isEmpty())
-        new SelfUpdate(catalogue.resolved(unattended), policy, nullptr);
+    // For scripts: tells what came of the update by which it was started, and ends.
+    if (qEnvironmentVariableIsSet("CAMERA_HOST_UPDATE") && !MainWindow::updateResult().isEmpty())
+        return puts(qPrintable(MainWindow::updateResult())) < 0;
+
+    MainWindow window(catalogue, policy, cameras.places, cameras.logins);
+    window.show();
     return QApplication::exec();
 }

@@ -1,6 +1,7 @@
 // Walks through all windows of the demo without a human and saves pictures of them: a table of steps, and the loop that
 // takes one after the other.
 #include "CatalogueWindow.h"
+#include "DemoCameras.h"
 #include "DemoServer.h"
 #include "MainWindow.h"
 #include "SoftwareUpdateAvailableDialog.h"
@@ -32,6 +33,8 @@ struct Step
 };
 
 std::unique_ptr<DemoServer> server;
+std::unique_ptr<DemoCameras> cameras;
+QString firstCatalogue = "catalogue.xml";
 QUrl opened; // by the desktop, last
 std::unique_ptr<MainWindow> host;
 
@@ -46,7 +49,8 @@ QWidget *shown()
 }
 
 constexpr Window mainWindow = shown<MainWindow>, settings = shown<qv::SoftwareUpdateDialog>,
-                 available = shown<qv::SoftwareUpdateAvailableDialog>, catalogue = shown<CatalogueWindow>;
+                 available = shown<qv::SoftwareUpdateAvailableDialog>, catalogue = shown<CatalogueWindow>,
+                 menu = shown<QMenu>;
 constexpr Window progress = [] {
     for (auto *dialog : host->findChildren<QProgressDialog *>())
         dialog->setMinimumDuration(0); // else it appears for what takes more than four seconds
@@ -73,7 +77,8 @@ const auto close = [](Window window) { return [=] { window()->close(); }; };
 const auto agree = [] { question()->buttons().first()->click(); }; // the first is that of accepting, or Yes
 const auto check = [](const char *document) {
     return [=] {
-        part<QLineEdit>(settings, "updateServerLineEdit")->setText(server->url(document).toString());
+        part<QLineEdit>(settings, "updateServerLineEdit")
+            ->setText(server->url(document ? document : firstCatalogue).toString());
         part<QAbstractButton>(settings, "updatePushButton")->click();
     };
 };
@@ -86,9 +91,9 @@ const auto choose = [](Window window, const char *entry) {
     };
 };
 const auto tamper = [](const char *what) { return [=] { server->tamper(what); }; };
-const auto select = [](const char *type) {
+const auto select = [](const char *text) {
     return [=] {
-        for (const QTableWidgetItem *item : table()->findItems(type, Qt::MatchExactly)) {
+        for (const QTableWidgetItem *item : table()->findItems(text, Qt::MatchStartsWith)) {
             if (!table()->isRowHidden(item->row()))
                 table()->selectRow(item->row());
         }
@@ -98,16 +103,24 @@ const auto start = [] {
     qv::UpdatePolicy policy;
     policy.trustedKeys << server->key();
     policy.followAddresses = true;
-    host = std::make_unique<MainWindow>(server->url("catalogue.xml"), server->url("faults.xml"), policy);
+    host = std::make_unique<MainWindow>(server->url(firstCatalogue), policy, cameras->places, cameras->logins);
     host->show();
 };
-const Action install = click(available, "installPushButton"), cancel = click(progress, "");
+const auto fault = [](const char *what) { return [=] { cameras->setFault(what); }; };
+const Action install = click(available, "installPushButton"), showFound = click(mainWindow, "updates");
+const Action openMenu = [] {
+    auto *button = part<QPushButton>(mainWindow, "updates");
+    const QPoint middle = button->rect().center();
+    QContextMenuEvent event(QContextMenuEvent::Mouse, middle, button->mapToGlobal(middle));
+    QCoreApplication::sendEvent(button, &event);
+};
 
 // What is the case then.
 const auto told = [](const char *outcome, const char *context = "SoftwareUpdateClient") {
     return [=] {
-        const QString text = QCoreApplication::translate(context, outcome).section("%1", 0, 0);
-        return part<QLabel>(settings, "updateNotificationLabel")->text().contains(text);
+        const QString text = QCoreApplication::translate(context, outcome);
+        const QString end = text.section(QRegularExpression("%[12]"), -1);
+        return part<QLabel>(settings, "updateNotificationLabel")->text().contains(end);
     };
 };
 const auto downloading = [](Window window) {
@@ -119,6 +132,24 @@ const auto downloading = [](Window window) {
 const auto exists = [](const char *pattern) {
     return QDirIterator(QDir::tempPath(), { pattern }, QDir::Files, QDirIterator::Subdirectories).hasNext();
 };
+const auto updates = [](const char *count) {
+    return [=] {
+        const auto *button = part<QPushButton>(mainWindow, "updates");
+        return button->isVisible() && button->text() == count;
+    };
+};
+const auto runs = [](const QStringList &versions) { // the first cameras
+    return [=] {
+        QStringList told;
+        for (int camera = 0; camera < versions.size(); ++camera)
+            told << part<QTreeWidget>(mainWindow, "cameras")->topLevelItem(camera)->text(2);
+        return told == versions;
+    };
+};
+const auto updating = [] {
+    const auto *bar = part<QProgressBar>(progress);
+    return 4 * bar->value() > 3 * bar->maximum() && part<QLabel>(progress)->text().contains("127.0.0.");
+};
 const auto gone = [](Window window) { return [=] { return !window(); }; };
 const auto failure = [] { return question()->icon() == QMessageBox::Critical; };
 const auto hiddenRows = [] { return table()->verticalHeader()->hiddenSectionCount(); };
@@ -126,12 +157,33 @@ const auto newPackages = [] { return list()->findItems("new", Qt::MatchExactly, 
 
 // clang-format off
 const std::vector<Step> steps = {
-    // The client: settings, checks, the table of packages.
+    // The window: updates found by themselves, and firmware onto the cameras.
     { "The main window lists the cameras", {}, mainWindow, "main-window", "",
-      [] { return part<QTreeWidget>(mainWindow)->topLevelItemCount() == 8; } },
-    { "The check at application start finds updates by itself", {}, available },
+      [] { return runs({ "4.1.0", "4.1.0", "10.2.0", "10.3.2", "10.2.0", "2.9", "1.6.3", "3.0.1" })()
+               && updates("5 updates")(); } },
+    { "The updates can be skipped", { openMenu }, menu, "skip" },
+    { "One is skipped", { close(menu), choose(mainWindow, "Skip Dome Firmware 4.2.0") }, mainWindow, "skipped", "",
+      updates("4 updates") },
+    { "Not for ever", { [] { QSettings().remove("skippedUpdates"); }, choose(mainWindow, "Check Now") }, mainWindow,
+      "", "", updates("5 updates") },
+    { "A check that fails tells why", { tamper("catalogue"), choose(mainWindow, "Check Now") }, mainWindow,
+      "check-failed", "", [] { return part<QLabel>(mainWindow, "told")->isVisible(); } },
+    { "One that works brings the button back", { tamper(""), choose(mainWindow, "Check Now") }, mainWindow, "", "",
+      updates("5 updates") },
+    { "It shows the table", { showFound }, available },
+    { "Install asks for firmware", { fault("refuses"), select("Dome Firmware"), install }, box, "firmware" },
+    { "The cameras are updated", { agree }, progress, "firmware-progress", "", updating },
+    { "One has refused it", {}, box, "firmware-refused", "", runs({ "4.2.0", "4.1.0" }) },
+    { "The firmware is still offered", { close(box), close(available), choose(mainWindow, "Check Now") }, mainWindow,
+      "", "", updates("5 updates") },
+    { "Install asks again", { fault(""), showFound, select("Dome Firmware"), install }, box },
+    { "Now all have it", { agree }, box, "firmware-installed", "", runs({ "4.2.0", "4.2.0" }) },
+    { "The list shows it", { close(box), close(available) }, mainWindow, "firmware-afterwards", "",
+      updates("4 updates") },
+
+    // The client: settings, checks, the table of packages.
     { "The menu opens the settings, without what is for experts",
-      { close(available), choose(mainWindow, "Check for Updates...") }, settings, "settings",
+      { choose(mainWindow, "Check for Updates...") }, settings, "settings",
       "lastCheckLabel updatePushButton -updateServerLabel -updateServerLineEdit -checkForBetaCheckBox" },
     { "Check Now starts a check", { click(settings, "updatePushButton") }, settings, "checking",
       "progressBar -updatePushButton" },
@@ -142,8 +194,12 @@ const std::vector<Step> steps = {
 
     { "The product is up to date", { close(available), check("old.xml") }, settings, "up-to-date", "",
       told("Congratulations! Your product is up-to-date!") },
-    { "There is no update", { check("empty.xml") }, settings, "no-update", "", told("No update available!") },
-    { "There is no catalogue, in Qt's words", { check("missing.xml") }, settings, "error", "", told("missing.xml") },
+    { "There is no update", { check("empty.xml") }, settings, "no-update", "",
+      told("The list of updates from the server %1 is empty or cannot be read. Please try again later.",
+           "SoftwareUpdatePolicy") },
+    { "There is no catalogue", { check("missing.xml") }, settings, "error", "",
+      told("The server %1 does not have what was asked for. It may have been replaced: please check for updates again "
+           "later.", "SoftwareUpdatePolicy") },
 
     // Packages of all types, installed from the table.
     { "There are packages", { check("catalogue.xml") }, available },
@@ -153,11 +209,6 @@ const std::vector<Step> steps = {
     { "There are packages", { check("catalogue.xml") }, available },
     { "Install asks for installers in an archive", { select("mpkg"), install }, box },
     { "They are opened", { agree }, settings, "", "", [] { return opened.toLocalFile().endsWith(".mpkg"); } },
-    { "There are packages", { check("catalogue.xml") }, available },
-    { "Install asks for an archive", { select("zip"), install }, box },
-    { "A restart is asked for", { agree }, box, "restart" },
-    { "Restart later leaves the unpacked package", { close(box) }, settings, "", "",
-      [] { return !exists("*.zip") && exists("camera-host"); } },
 
     // What a user sees when that fails.
     { "There are faulty packages",
@@ -165,13 +216,12 @@ const std::vector<Step> steps = {
     { "Install asks for one that the server does not have", { select("deb"), install }, box },
     { "It cannot be downloaded", { agree }, box, "missing-package", "", failure },
     { "The box closes", { close(box) }, available },
-    { "Install asks for one that is no archive", { select("zip"), install }, box },
-    { "It cannot be unpacked", { agree }, box, "broken-package", "", failure },
-    { "The restart did not wait for it", { close(box) }, box, "", "", [] { return !failure(); } },
+    { "The application cannot be replaced where no updater is", { select("zip"), install }, box, "no-updater", "",
+      failure },
 
     // What users see when somebody got into the server.
-    { "A catalogue was changed after it was signed", { close(box), tamper("catalogue"), check("catalogue.xml") },
-      settings, "tampered-catalogue", "",
+    { "A catalogue was changed after it was signed",
+      { close(box), close(available), tamper("catalogue"), check("catalogue.xml") }, settings, "tampered-catalogue", "",
       told("The list of updates is not what the publisher signed. No update can be offered!", "SoftwareUpdatePolicy") },
     { "New catalogues are held back", { tamper("freeze"), check("catalogue.xml") }, settings, "frozen-catalogue", "",
       told("The list of updates was valid until %1, and your clock says %2. No update can be offered!",
@@ -206,13 +256,22 @@ const std::vector<Step> steps = {
       [] { return newPackages() == 0; } },
     { "Nor is it after the next start", { start, choose(mainWindow, "Catalogue..."), choose(catalogue, "Query Server") },
       catalogue, "", "", [] { return list()->topLevelItemCount() > 0 && newPackages() == 0; } },
+    { "A camera may be away", { fault("offline"), start }, mainWindow, "camera-away", "",
+      [] { return updates("4 updates")() && !runs({ "4.2.0", "" })() && !runs({ "4.2.0", "4.2.0" })(); } },
+};
 
-    // The program's own update, as far as a tour can go on after it. After one that failed there is the next.
-    { "A newer version is offered", { choose(mainWindow, "Update Myself...") }, box, "update-offered" },
-    { "It is no archive", { agree }, box, "update-broken", "", failure },
-    { "The update waits", { close(box) }, progress, "update-waits" },
-    { "Cancel ends it", { cancel }, box, "update-cancelled" },
-    { "The box closes", { close(box) }, mainWindow, "", "", gone(progress) },
+// With an updater beside this program. The last step replaces it.
+const std::vector<Step> replacement = {
+    { "The check at application start finds the next version", {}, mainWindow, "", "", updates("5 updates") },
+    { "There is one that is no archive", { choose(mainWindow, "Check for Updates..."), check("faults.xml") },
+      available },
+    { "Install asks for it", { select("zip"), install }, box },
+    { "It cannot be unpacked", { agree }, box, "broken-package", "", failure },
+    { "The next version is in the table", { close(box), check(nullptr) }, available },
+    { "It can be installed", { select("zip") }, available, "next-version", "installPushButton" },
+    { "Install asks before it begins", { install }, box, "replace" },
+    { "A restart is asked for", { agree }, box, "restart" },
+    { "The next version starts", { agree }, available },
 };
 // clang-format on
 
@@ -223,7 +282,7 @@ class Tour : public QObject
     Q_OBJECT
 
 public:
-    explicit Tour(const QDir &pictures) : pictures(pictures)
+    Tour(const std::vector<Step> &steps, const QDir &pictures) : steps(steps), pictures(pictures)
     {
         pictures.mkpath(".");
         QDesktopServices::setUrlHandler("file", this, "openUrl");
@@ -280,6 +339,7 @@ private:
         return !step.then || step.then();
     }
 
+    const std::vector<Step> &steps;
     const QDir pictures;
     QTimer timer;
     QElapsedTimer patience;
@@ -294,6 +354,8 @@ int main(int argc, char *argv[])
 {
     QCommandLineParser options;
     options.addOption({ "language", "Speak <language>: de, fr or en.", "language", "en" });
+    options.addOption({ "replace", "Replace this program by what <catalogue> offers.", "catalogue" });
+    options.addVersionOption();
     options.addPositionalArgument("pictures", "The folder for the pictures.");
     options.parse(QStringList(argv, argv + argc));
     // Qt asks for the language of the system once, while the application is constructed.
@@ -308,15 +370,22 @@ int main(int argc, char *argv[])
     QCoreApplication::setApplicationVersion("1.0");
     MainWindow::installTranslators();
 
+    if (!MainWindow::updateResult().isEmpty()) // where the next version did not start
+        return puts(qPrintable(MainWindow::updateResult())) < 0;
     options.process(application);
     if (options.positionalArguments().size() != 1)
         options.showHelp(1);
-    server = std::make_unique<DemoServer>(QStringList(SITE));
-    Tour tour(options.positionalArguments().first());
+    const bool isReplaced = options.isSet("replace");
+    if (isReplaced)
+        firstCatalogue = options.value("replace");
+    server = std::make_unique<DemoServer>(isReplaced ? QStringList { NEXT_VERSION, SITE } : QStringList { SITE });
+    cameras = std::make_unique<DemoCameras>();
+    Tour tour(isReplaced ? replacement : steps, options.positionalArguments().first());
     start();
     const int code = QApplication::exec();
     QDesktopServices::unsetUrlHandler("file");
     host.reset();
+    cameras.reset();
     server.reset();
     return code;
 }
