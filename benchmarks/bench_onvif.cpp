@@ -48,7 +48,7 @@ int main(int argc, char **argv)
         quint16 port = 0;
         if (read(pipes[0], &port, sizeof port) != sizeof port)
             return 1;
-        list.append({ QUrl(QStringLiteral("http://127.0.0.%1:%2").arg(i).arg(port)), "admin", "secret", {}, {} });
+        list.append({ QUrl(QStringLiteral("http://127.0.0.%1:%2").arg(i).arg(port)), "admin", "secret", {}, {}, {} });
     }
     QTemporaryDir folder;
     QFile file(folder.filePath("firmware.rpk"));

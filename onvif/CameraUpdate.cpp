@@ -38,6 +38,8 @@ CameraUpdate::CameraUpdate(const OnvifCamera &itsCamera, const OnvifTimes &times
 
 QString CameraUpdate::name() const
 {
+    if (!camera.name.isEmpty())
+        return camera.name;
     const QString port = camera.address.port() < 0 ? QString() : QStringLiteral(":%1").arg(camera.address.port());
     return camera.address.host() + port;
 }

@@ -29,6 +29,8 @@ struct OnvifCamera
     /// browsers show it. Then this certificate counts and no other, whoever signed it, and over http nothing is sent at
     /// all. Empty: https is verified as everywhere.
     QByteArray certificateSha256;
+
+    QString name; ///< as users know it, "Main entrance"; empty: they are told host and port
 };
 
 /// How long cameras are waited for, in milliseconds.
@@ -44,7 +46,7 @@ struct OnvifTimes
 /// they run. Lives in the GUI thread, which it never blocks; the memory that it takes does not depend on the firmware's
 /// size.
 /// @code
-/// qv::OnvifCameras cameras({ { QUrl("http://192.0.2.7"), "admin", "secret", "QD-2204", {} } });
+/// qv::OnvifCameras cameras({ { QUrl("http://192.0.2.7"), "admin", "secret", "QD-2204", {}, "Main entrance" } });
 /// qv::UpdatePolicy policy;
 /// policy.installers.insert("rpk", &cameras);
 /// updates.setPolicy(policy);

@@ -39,7 +39,7 @@ struct Update
     {
         QList<OnvifCamera> list;
         for (const CameraServer *server : servers)
-            list.append({ server->url(), "admin", "secret", {}, {} });
+            list.append({ server->url(), "admin", "secret", {}, {}, {} });
         cameras.setCameras(list);
         cameras.setTimes({ 3000, 300, 20, 1200 });
         package.suffix = "rpk";
@@ -347,7 +347,7 @@ void TestOnvif::certificates()
     camera.uploadAddress = "http://127.0.0.1/upload"; // to be sent by TLS in spite of that
     const auto outcome = [](const QUrl &url, const QByteArray &pin) {
         Update update({});
-        update.cameras.setCameras({ { url, "admin", "secret", "QD-2204", pin } });
+        update.cameras.setCameras({ { url, "admin", "secret", "QD-2204", pin, {} } });
         return update.run() ? update.message() : QString();
     };
     for (const QByteArray &wrong : { QByteArray(pin).replace(0, 2, pin.startsWith("00") ? "01" : "00"), pin.left(20) })
@@ -377,7 +377,7 @@ void TestOnvif::reading()
     QList<OnvifCamera> list;
     for (int i = 0; i < 6; ++i) {
         servers.append(std::make_shared<CameraServer>(QHostAddress(0x7f000001 + quint32(i))));
-        list.append({ servers.last()->url(), "admin", "secret", {}, {} });
+        list.append({ servers.last()->url(), "admin", "secret", {}, {}, {} });
     }
     servers[1]->version = "V4.0.9 build 7";
     servers[2]->model = "QX,1";

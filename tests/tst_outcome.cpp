@@ -191,7 +191,9 @@ private slots:
 
         // Several at once.
         add(found, "slow timer asked:1 late asked:2 release",
-            offers + "Cancelled user shown, UpdatesFound timer 2 shown");
+            offers + "Cancelled user shown, UpdatesFound user 2 shown");
+        add(found, "tells slow timer asked:1 late asked:2 release", // what the user waits for is no news for the host
+            offers + "Cancelled user shown, UpdatesFound user 2 shown");
         add(found, "slow timer asked:1 dialog", offers + "Cancelled timer shown, UpdatesFound user 2 shown");
         add(found, "slow timer asked:1 late asked:2 timeout", "TimedOut timer" + late + ", TimedOut user" + late);
         add(found, "slow timer asked:1 click asked:2 release",

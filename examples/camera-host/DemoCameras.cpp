@@ -24,7 +24,7 @@ DemoCameras::DemoCameras()
         server->nextVersion = camera.nextVersion;
         server->msAway = 1500;
         places << camera.place;
-        logins.append({ server->url(), server->user, server->password, {}, {} });
+        logins.append({ server->url(), server->user, server->password, {}, {}, camera.place });
         servers.push_back(std::move(server));
     }
 }

@@ -28,7 +28,7 @@ struct CheckOutcome
     QString text;
 
     QDateTime started;     ///< local time, as stored for the last check
-    bool isByUser = false; ///< asked for with "Check Now" or checkNow(); not by timer or at start
+    bool isByUser = false; ///< the user waits for it, by "Check Now" or checkNow(); not by timer or at start
 };
 
 } // namespace qv

@@ -112,8 +112,9 @@ void Replacement::unpack()
         examine();
     });
     connect(unzipper, &Unzipper::unzippingFailed, this, [this](const QString &message) {
-        emit failed(QCoreApplication::translate("DownloadManager", "Downloaded file could not be unpacked:<br>")
-                    + message.toHtmlEscaped());
+        const QString text =
+            QCoreApplication::translate("DownloadManager", "Downloaded file could not be unpacked:<br>");
+        emit failed(QString(text).replace(QLatin1String("<br>"), QLatin1String("\n")) + message);
     });
 }
 

@@ -41,7 +41,7 @@ public:
 
 signals:
     void unpacked();
-    void failed(const QString &text); ///< for the user, as rich text where it has tags
+    void failed(const QString &text); ///< plain text for the user
 
 private:
     void examine();

@@ -228,8 +228,8 @@ void SoftwareUpdateClientPrivate::showFailure(const QString &title, const QStrin
 {
     const QPointer<QMessageBox> box =
         new QMessageBox(QMessageBox::Critical, title, text, QMessageBox::Ok, parentWidget, windowFlags);
-    if (policy.explains)
-        box->setTextFormat(Qt::PlainText); // servers and folders have names
+    if (policy.explains || policy.replacesApplication)
+        box->setTextFormat(Qt::PlainText); // servers, folders and entries of archives have names
     box->exec();
     delete box;
 }

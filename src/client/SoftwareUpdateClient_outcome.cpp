@@ -30,16 +30,20 @@ void SoftwareUpdateClientPrivate::beginCheck(const QDateTime &started, Asker ask
 }
 
 /// Goes on with the check that @p reply answers. Those beside it are given up: their requests went with the manager.
+/// Where the user waits for one of them, this is the answer to that.
 void SoftwareUpdateClientPrivate::resumeCheck(const QNetworkReply *reply)
 {
     const int id = reply ? reply->request().attribute(QNetworkRequest::User).toInt() : 0;
+    bool isByUser = false;
     current = Check();
     for (const Check &check : std::exchange(underWay, {})) {
+        isByUser = isByUser || check.outcome.isByUser;
         if (check.id == id)
             current = check;
         else
             untold << check;
     }
+    current.outcome.isByUser = isByUser;
 }
 
 bool SoftwareUpdateClientPrivate::isHostAsking() const

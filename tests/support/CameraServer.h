@@ -16,7 +16,7 @@
 /// @code
 /// CameraServer camera;
 /// camera.fault = CameraServer::RefusesFile;
-/// OnvifCameras cameras({ { camera.url(), "admin", "secret", {}, {} } });
+/// OnvifCameras cameras({ { camera.url(), "admin", "secret", {}, {}, {} } });
 /// @endcode
 class CameraServer : public QTcpServer
 {

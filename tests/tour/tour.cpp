@@ -148,7 +148,7 @@ const auto runs = [](const QStringList &versions) { // the first cameras
 };
 const auto updating = [] {
     const auto *bar = part<QProgressBar>(progress);
-    return 4 * bar->value() > 3 * bar->maximum() && part<QLabel>(progress)->text().contains("127.0.0.");
+    return 4 * bar->value() > 3 * bar->maximum() && part<QLabel>(progress)->text().contains("Main entrance");
 };
 const auto gone = [](Window window) { return [=] { return !window(); }; };
 const auto failure = [] { return question()->icon() == QMessageBox::Critical; };
