@@ -16,7 +16,7 @@
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
-static const QString skipped = "skippedUpdates"; // a setting of this host's own
+static constexpr char skipped[] = "skippedUpdates"; // a setting of this host's own
 
 static QString versionOf(const qv::PackageInfo &package)
 {

@@ -39,7 +39,7 @@ QString cut(const QString &text, int length)
 
 QString nameOf(const PackageInfo &package)
 {
-    return cut(packageRow(package).first().simplified(), longestName);
+    return cut(packageRow(package).constFirst().simplified(), longestName);
 }
 
 /// A box for texts of any origin.
