@@ -148,7 +148,8 @@ const auto runs = [](const QStringList &versions) { // the first cameras
 };
 const auto updating = [] {
     const auto *bar = part<QProgressBar>(progress);
-    return 4 * bar->value() > 3 * bar->maximum() && part<QLabel>(progress)->text().contains("Main entrance");
+    static const QRegularExpression either("Main entrance|Reception"); // whichever was heard of last
+    return 4 * bar->value() > 3 * bar->maximum() && part<QLabel>(progress)->text().contains(either);
 };
 const auto gone = [](Window window) { return [=] { return !window(); }; };
 const auto failure = [] { return question()->icon() == QMessageBox::Critical; };
