@@ -161,9 +161,10 @@ void SoftwareUpdateClientPrivate::closeProgress(const Download &download)
 
 void SoftwareUpdateClient::downloadProgress(int value, int total)
 {
-    if (d->downloadOf(sender()).dialog != d->progressDialog)
+    const SoftwareUpdateClientPrivate::Download download = d->downloadOf(sender());
+    if (download.dialog != d->progressDialog)
         return;
-    d->tellProgress(d->downloadOf(sender()), value, total);
+    d->tellProgress(download, value, total);
     if (d->progressDialog)
         d->progressDialog->setRange(0, total);
     if (d->progressDialog)

@@ -213,8 +213,7 @@ void InstallQueue::next()
     }
     const int index = int(results.size());
     const PackageInfo package = packages.at(index);
-    const QString line =
-        QCoreApplication::translate("SoftwareUpdateClient", "Downloading package to temporary folder...");
+    const QString line = SoftwareUpdateClientPrivate::downloadingText();
     told(0, 0, line);
 
     const QString file = SoftwareUpdateClientPrivate::newFile(package);

@@ -148,22 +148,23 @@ void DownloadManager::downloadResult(const RequestPtr &request)
     const QString fileName = file->fileName();
     const bool isOpen = file->isOpen();
     file->close();
-    const Failure failure = d->failureOf(*download, *request, *file, isOpen); // before a file goes that it looks into
     const bool isRight = isOpen && hasRightHash(*package, *file);
+    const bool isGood = isRight && d->isComplete(*package, *request, file->size());
+    std::optional<Failure> failure;
+    if (!isGood)
+        failure = d->failureOf(*download, *request, *file, isOpen); // before a file goes that it looks into
     if (isOpen && !isRight)
         file->remove();
     if (!d->isTold(*package))
         return;
-    const qint64 size = isOpen ? file->size() : 0; // where nothing was written, an older file may lie
     const QPointer<DownloadManager> self(this);
     d->errorText = request->errorText();
-    d->failure.reset();
+    d->failure = failure;
     if (!d->errorText.isEmpty() && d->policy.followAddresses)
         LogQt::write(Log::Error,
                      QStringLiteral("DownloadManager::downloadResult() -> %1: %2")
                          .arg(StringUtils::withoutPassword(package->url), d->errorText));
-    if (!isRight || !d->isComplete(*package, *request, size)) {
-        d->failure = failure;
+    if (!isGood) {
         emit downloadFailure(*package, fileName);
         if (self)
             emit downloadFailure(request->statusCode());
