@@ -57,6 +57,7 @@ struct Site : TestHost
             { "nosignature", [=] { server.route("/c.minisig", HttpAnswer("x", 404)); } },
             { "fussy", [=] { once(HttpAnswer("x", 400)); } },
             { "lying", [=] { once(HttpAnswer("", 304)); } },
+            { "up", [=] { publish(); } },
             { "down", [=] { server.route("/c", HttpAnswer("x", 503)); } },
             { "forged", [=] { route("/c", catalogue() + ' ', "\"forged\""); } },
             { "silent", [=] { server.route("/c", HttpAnswer().hold()), isSilent = true; } },
@@ -200,6 +201,8 @@ private slots:
 
         // Mirrors.
         add("down mirror check check", { "c503 m ms = 1", "c503 m?304 ms?304 = 1" });
+        add("check down mirror check up check", { all, "c?503 m ms = 1", unchanged });
+        add("check newer down mirror check up check", { all, "c?503 m ms = 1", all });
         add("forged mirror check", { "c s m ms = 1" });
         add("down open mirror check", { "c503 = 0" });
         add("down nomirror check", { "c503 n404 = 0" }, "client");

@@ -164,6 +164,8 @@ void CatalogueSource::keep() const
                  [](const CatalogueAnswer &answer) { return !answer.condition.first.isEmpty(); });
     if (file.isEmpty() || std::all_of(answers.cbegin(), answers.cend(), isOfCache))
         return;
+    if (isOfMirror && !kept.isEmpty() && kept.constFirst().body == taken.constFirst().body)
+        return; // as the server knows it, which may be back next time
     QThreadPool::globalInstance()->start([answers, file = file] {
         QDir().mkpath(QFileInfo(file).path());
         if (!FileUtils::writeBytes(written(answers), file))
@@ -174,6 +176,7 @@ void CatalogueSource::keep() const
 QUrl CatalogueSource::nextMirror()
 {
     taken.clear();
+    isOfMirror = true;
     return mirrors.isEmpty() ? QUrl() : mirrors.takeFirst();
 }
 

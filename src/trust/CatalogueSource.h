@@ -61,7 +61,7 @@ public:
     void askAnew();
 
     /// What was taken is good: keeps it in the place of what was kept, in one step and in the background (the global
-    /// QThreadPool).
+    /// QThreadPool). Where a mirror gave the same catalogue, the server's stays.
     void keep() const;
 
     /// The next address to ask for the same catalogue, to be trusted for its seal alone; empty where there is none
@@ -72,6 +72,7 @@ public:
 private:
     QString file;
     QList<QUrl> mirrors; // yet to be asked
+    bool isOfMirror = false;
     QList<CatalogueAnswer> kept, taken;
 };
 
