@@ -239,6 +239,8 @@ void HttpClient::ask()
     if (!network)
         network = new QNetworkAccessManager(this);
     QNetworkRequest request = networkRequest(current->address);
+    if (!current->ownHeader.first.isEmpty())
+        request.setRawHeader(current->ownHeader.first, current->ownHeader.second);
     if (current->resumedAt > 0) {
         request.setRawHeader("Range", "bytes=" + QByteArray::number(current->resumedAt) + '-');
         request.setRawHeader("If-Range", current->ifRange);

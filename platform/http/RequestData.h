@@ -31,6 +31,12 @@ public:
     /// The URL asked for, without its credentials, then those it was redirected to.
     QList<QUrl> urls() const { return visited; }
 
+    /// The first of these, with its credentials.
+    QUrl urlWithLogin() const { return address; }
+
+    /// Before execute(): one more line of the request's head.
+    void setHeader(const QByteArray &name, const QByteArray &value) { ownHeader = { name, value }; }
+
     /// Where the body goes: null while it stays in the request, and when the device was deleted.
     QIODevice *outputDevice() const { return output; }
 
@@ -113,6 +119,7 @@ private:
     qvb::smart<QIODevice> outputHandle;
     QBuffer buffer;
 
+    QPair<QByteArray, QByteArray> ownHeader;
     qint64 resumedAt = 0;
     QByteArray ifRange;
     qint64 unwantedBytes = 0;

@@ -7,12 +7,10 @@
 #include "HttpLogin.h"
 #include "LogQt.h"
 #include "Offer.h"
-#include "PolicyTexts.h"
 #include "SoftwareUpdateAvailableDialog.h"
 #include "SoftwareUpdateDialog.h"
 #include "StringUtils.h"
 
-#include <QBuffer>
 #include <QCoreApplication>
 #include <QLocale>
 #include <QNetworkReply>
@@ -34,11 +32,6 @@ const char *const proxyAsks = "Proxy requires authentication";
 bool isRedirect(int status)
 {
     return status == 302 || status == 301 || status == 303 || status == 307;
-}
-
-bool isMissing(const QNetworkReply &reply)
-{
-    return reply.error() == QNetworkReply::ContentNotFoundError || reply.error() == QNetworkReply::ContentGoneError;
 }
 
 bool isWebAddress(const QUrl &url)
@@ -75,6 +68,11 @@ void SoftwareUpdateClientPrivate::performUpdateCheck(const QUrl &url)
                          &SoftwareUpdateClient::evaluateServerResponse);
     }
     request.setAttribute(QNetworkRequest::User, current.id);
+    const HeaderLine condition = current.source.condition(url);
+    if (!condition.first.isEmpty())
+        request.setRawHeader(condition.first, condition.second);
+    if (unsealed.isEmpty())
+        current.catalogue = url;
     underWay.append(current);
     unsent.append(request);
     if (HttpThreads::instance().areFree())
@@ -116,7 +114,7 @@ void SoftwareUpdateClient::evaluateServerResponse(QNetworkReply *reply)
     if (d->requestTimer)
         d->requestTimer->stop();
     deleteNetworkmanager();
-    d->resumeCheck(reply);
+    d->resumeCheck(reply ? reply->request().attribute(QNetworkRequest::User).toInt() : 0);
     const QPointer<SoftwareUpdateClient> self(this);
     if (reply)
         d->takeAnswer(reply);
@@ -126,7 +124,8 @@ void SoftwareUpdateClient::evaluateServerResponse(QNetworkReply *reply)
 
 void SoftwareUpdateClientPrivate::takeAnswer(QNetworkReply *reply)
 {
-    if (isRedirect(reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt())) {
+    const int status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+    if (isRedirect(status)) {
         const QUrl target = reply->attribute(QNetworkRequest::RedirectionTargetAttribute).toUrl();
         if (!target.isEmpty()) {
             followRedirect(target);
@@ -139,40 +138,14 @@ void SoftwareUpdateClientPrivate::takeAnswer(QNetworkReply *reply)
     if (settingsDialog)
         settingsDialog->disbaleProgress();
     noteAnswer(*reply);
-    const bool isSignatureMissing = !unsealed.isEmpty() && isMissing(*reply);
-    if (reply->error() != QNetworkReply::NoError && !isSignatureMissing)
+    if (current.source.isConditionRefused(reply->request().url(), status))
+        askAnew();
+    else if (reply->error() != QNetworkReply::NoError && !isSignatureMissing(*reply))
         failCheck(errorTextOf(*reply), failureOf(*reply));
-    else if (trust.isSet() || !unsealed.isEmpty()) // another policy may have come meanwhile
-        takeSealed(reply);
+    else if (isSealAwaited() || current.source.isKeeping())
+        takeByPolicy(reply);
     else
         takeCatalogue(reply);
-}
-
-/// First comes the catalogue, and then, from where that came from, its signature.
-void SoftwareUpdateClientPrivate::takeSealed(QNetworkReply *reply)
-{
-    if (unsealed.isEmpty()) {
-        unsealed = reply->readAll();
-        if (!unsealed.isEmpty()) {
-            performUpdateCheck(signatureUrl(urlWithLogin(*reply)));
-            return;
-        }
-    }
-    QByteArray catalogue = std::exchange(unsealed, QByteArray());
-    const Seal seal = trust.examine(catalogue, isMissing(*reply) ? QByteArray() : reply->readAll());
-    if (seal.verdict != Seal::Accepted) {
-        packages.clear();
-        const QString text = isPage ? toldText(refusalText(seal), Failure::WebPage) : refusalText(seal);
-        showNotification(text);
-        endCheck(current, CheckOutcome::NotTrusted, text);
-        offerNothing();
-        return;
-    }
-    isPage = false; // whatever its server calls it
-    storeSeals();
-    QBuffer device(&catalogue);
-    device.open(QIODevice::ReadOnly);
-    takeCatalogue(&device);
 }
 
 void SoftwareUpdateClientPrivate::takeCatalogue(QIODevice *catalogue)
@@ -211,6 +184,8 @@ void SoftwareUpdateClientPrivate::followRedirect(const QUrl &target)
 
 void SoftwareUpdateClientPrivate::failCheck(const QString &errorText, const Failure &failure)
 {
+    if (askMirror(errorText))
+        return;
     q->requestError(errorText);
     const QString text = toldText(errorText, failure);
     showNotification(text);
@@ -236,6 +211,7 @@ int SoftwareUpdateClientPrivate::parseServerResponse(QIODevice *catalogue)
         offerNothing();
         return 1;
     }
+    current.source.keep();
     const SoftwareUpdateSettings settings = currentSettings();
     const bool beta = settingsDialog ? settingsDialog->getDialogSettings().checkForBeta : settings.checkForBeta;
     found = offeredPackages(std::move(found), QCoreApplication::applicationName(), settings, beta);
@@ -268,6 +244,8 @@ void SoftwareUpdateClient::requestTimeout()
 {
     if (d->settingsDialog)
         d->settingsDialog->disbaleProgress();
+    if (d->askMirrorInTime())
+        return;
     const QString text =
         d->toldText(QCoreApplication::translate("SoftwareUpdateClient", "Timeout error! Update server unreachable!"),
                     Failure::TimedOut);

@@ -7,7 +7,6 @@
 
 #include <QCoreApplication>
 #include <QMessageBox>
-#include <QNetworkReply>
 
 #include <algorithm>
 #include <utility>
@@ -25,15 +24,15 @@ void SoftwareUpdateClientPrivate::beginCheck(const QDateTime &started, Asker ask
     current = Check();
     current.id = ++lastCheckId;
     current.asker = asker;
+    current.source = CatalogueSource(policy);
     current.outcome.started = started;
     current.outcome.isByUser = asker != Asker::Nobody;
 }
 
-/// Goes on with the check that @p reply answers. Those beside it are given up: their requests went with the manager.
-/// Where the user waits for one of them, this is the answer to that.
-void SoftwareUpdateClientPrivate::resumeCheck(const QNetworkReply *reply)
+/// Goes on with the check of this @p id. Those beside it are given up: their requests went with the manager. Where the
+/// user waits for one of them, this is the answer to that.
+void SoftwareUpdateClientPrivate::resumeCheck(int id)
 {
-    const int id = reply ? reply->request().attribute(QNetworkRequest::User).toInt() : 0;
     bool isByUser = false;
     current = Check();
     for (const Check &check : std::exchange(underWay, {})) {

@@ -2,6 +2,7 @@
 
 // Not installed: the inside of SoftwareUpdateClient.
 
+#include "CatalogueSource.h"
 #include "CheckOutcome.h"
 #include "FailureTexts.h"
 #include "HttpThreads.h"
@@ -62,6 +63,8 @@ public:
         int id = 0; // its requests carry it; 0: none, a slot was called by name
         Asker asker = Asker::Nobody;
         CheckOutcome outcome; // cancelled, until it ends otherwise
+        CatalogueSource source;
+        QUrl catalogue; // whose answer, or whose signature, is awaited
     };
 
     explicit SoftwareUpdateClientPrivate(SoftwareUpdateClient *client);
@@ -81,7 +84,6 @@ public:
     void takeAnswer(QNetworkReply *reply);
     void followRedirect(const QUrl &target);
     void failCheck(const QString &errorText, const Failure &failure);
-    void takeSealed(QNetworkReply *reply);
     void takeCatalogue(QIODevice *catalogue);
     int parseServerResponse(QIODevice *catalogue);
     void productUpToDate(const Check &check);
@@ -89,8 +91,16 @@ public:
     void offerNothing();
     void fillTable();
 
+    bool isSealAwaited() const;
+    bool isSignatureMissing(const QNetworkReply &reply) const;
+    void takeByPolicy(QNetworkReply *reply);
+    bool examineSeal(const QByteArray &catalogue, const QByteArray &signature);
+    void askAnew();
+    bool askMirror(const QString &reason);
+    bool askMirrorInTime();
+
     void beginCheck(const QDateTime &started, Asker asker);
-    void resumeCheck(const QNetworkReply *reply);
+    void resumeCheck(int id);
     bool isHostAsking() const;
     bool isSettingsDialogOpen() const;
     bool keepOffered(PackageInfoList &found);

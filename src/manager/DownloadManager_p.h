@@ -2,6 +2,7 @@
 
 // Not installed: the inside of DownloadManager.
 
+#include "CatalogueSource.h"
 #include "DownloadManager.h"
 #include "FailureTexts.h"
 #include "HttpClient.h"
@@ -23,6 +24,9 @@ struct Q_DECL_HIDDEN DownloadManager::RequestData
     PackageInfo filter; // kept for the format of a query; nothing reads it
     QPointer<QObject> callbackReceiver;
     QByteArray callbackSlot; // null: nobody is called
+    CatalogueSource source;
+    QUrl address;                       // of the catalogue, with credentials
+    std::optional<QByteArray> unsealed; // what came from there, while its signature is fetched
 };
 
 /// What the request of a package carries.
@@ -40,7 +44,9 @@ public:
     void noteProxyInUse();
     RequestPtr prepareGet(const QUrl &url, QObject *receiver, const char *slot, const qvb::smart<QIODevice> &output);
     PackageInfoList read(QIODevice *catalogue) const;
-    void askForSignature(DownloadManager *manager, const RequestPtr &answered);
+    static void prepare(const RequestPtr &request, DownloadManager::RequestData query);
+    void ask(DownloadManager *manager, const QUrl &url, const DownloadManager::RequestData &query);
+    bool askElsewhere(DownloadManager *manager, DownloadManager::RequestData query, bool isKeptToBlame);
     void fetch(DownloadManager *manager, const PackageDownload &download, const qvb::smart<QFile> &file);
     bool fetchLater(DownloadManager *manager, const RequestPtr &broken);
     bool isTold(const PackageInfo &package) const;

@@ -11,15 +11,20 @@ namespace qv {
 namespace {
 
 constexpr QLatin1String setCookie("set-cookie");
-constexpr int statusOk = 200;
+constexpr int statusOk = 200, statusNotModified = 304;
 constexpr int msSignatureLimit = 15000;
 
-/// A query whose catalogue is there, while its signature is fetched.
-struct Unsealed
+CatalogueAnswer answerOf(RequestData &request)
 {
-    DownloadManager::RequestData query;
-    QByteArray catalogue;
-};
+    const HttpHeader &header = request.responseHeader();
+    return { request.urls().constFirst(), request.statusCode(), request.getResponseBuffer()->data(),
+             [&header](const char *name) { return header.value(QLatin1String(name)).toLatin1(); } };
+}
+
+bool isThere(const CatalogueAnswer &answer)
+{
+    return answer.status == statusOk || answer.status == statusNotModified;
+}
 
 } // namespace
 
@@ -47,57 +52,89 @@ void DownloadManager::queryUpdate(const PackageInfo &filter, QObject *callbackRe
     d->httpClient.setHost(d->host);
     const RequestPtr request =
         d->httpClient.prepareGet(QString(), {}, this, SLOT(queryResult(RequestPtr)), nullptr, nullptr);
-    request->userData = RequestData { filter, callbackReceiver, callbackSlot };
+    d->prepare(request, { filter, callbackReceiver, callbackSlot, CatalogueSource(d->policy), {}, {} });
     const QPointer<DownloadManager> self(this);
     emit queryStarted(d->host.server);
     if (self)
         d->httpClient.execute(request);
 }
 
+void DownloadManagerPrivate::prepare(const RequestPtr &request, DownloadManager::RequestData query)
+{
+    if (!query.unsealed)
+        query.address = request->urlWithLogin();
+    const HeaderLine condition = query.source.condition(request->urlWithLogin());
+    if (!condition.first.isEmpty())
+        request->setHeader(condition.first, condition.second);
+    request->userData = query;
+}
+
+/// Over the same route.
+void DownloadManagerPrivate::ask(DownloadManager *manager, const QUrl &url, const DownloadManager::RequestData &query)
+{
+    const RequestPtr request = httpClient.prepareGet(url, manager, SLOT(queryResult(RequestPtr)), nullptr, nullptr);
+    if (query.unsealed) {
+        request->setMaxBodySize(Minisign::longestSignature + 1);
+        request->setTimeLimit(msSignatureLimit);
+    }
+    prepare(request, query);
+    httpClient.execute(request);
+}
+
+/// Once more without what is kept, where that is to blame, or a mirror; false where there is none left.
+bool DownloadManagerPrivate::askElsewhere(DownloadManager *manager, DownloadManager::RequestData query,
+                                          bool isKeptToBlame)
+{
+    QUrl url = query.address;
+    if (isKeptToBlame)
+        query.source.askAnew();
+    else
+        url = trust.isSet() ? query.source.nextMirror() : QUrl();
+    if (url.isEmpty())
+        return false;
+    query.unsealed.reset();
+    ask(manager, url, query);
+    return true;
+}
+
 void DownloadManager::queryResult(const RequestPtr &resp)
 {
     if (!resp)
         return;
-    auto *unsealed = std::any_cast<Unsealed>(&resp->userData);
+    const auto *carried = std::any_cast<RequestData>(&resp->userData);
+    RequestData query = carried ? *carried : RequestData();
+    resp->userData.reset();
     const HttpHeader &header = resp->responseHeader();
-    if (!unsealed && header.hasKey(setCookie))
+    if (!query.unsealed && header.hasKey(setCookie))
         d->cookie = header.value(setCookie);
-    if (!unsealed && d->trust.isSet()) {
-        d->askForSignature(this, resp);
+    if (query.source.isConditionRefused(resp->urls().constFirst(), resp->statusCode())
+        && d->askElsewhere(this, query, true))
+        return;
+    const CatalogueAnswer answer = query.source.take(answerOf(*resp));
+    QByteArray catalogue = query.unsealed.value_or(answer.body);
+    if (query.unsealed) {
+        const Seal seal = d->trust.examine(catalogue, isThere(answer) ? answer.body : QByteArray());
+        if (seal.verdict != Seal::Accepted) {
+            if (d->askElsewhere(this, query, query.source.isOld() && !seal.isGenuine()))
+                return;
+            catalogue.clear();
+        }
+    } else if (d->trust.isSet()) {
+        if (!isThere(answer) && d->askElsewhere(this, query, false))
+            return;
+        query.unsealed = catalogue;
+        // Redirected, it is another server, and the credentials are not for that.
+        d->ask(this, signatureUrl(resp->urls().size() == 1 ? query.address : resp->urls().constLast()), query);
         return;
     }
-    QByteArray answer = unsealed ? unsealed->catalogue : resp->getResponseBuffer()->data();
-    if (unsealed) {
-        const QByteArray signature = resp->statusCode() == statusOk ? resp->getResponseBuffer()->data() : QByteArray();
-        if (d->trust.examine(answer, signature).verdict != Seal::Accepted)
-            answer.clear();
-    }
-    QBuffer device(&answer);
+    QBuffer device(&catalogue);
     device.open(QIODevice::ReadOnly);
     const QPointer<DownloadManager> self(this);
-    queryResult(&device, unsealed ? &unsealed->query : std::any_cast<RequestData>(&resp->userData));
+    queryResult(&device, &query);
     if (!self)
         return;
-    d->lastAnswer = answer;
-    resp->userData.reset();
+    d->lastAnswer = catalogue;
     emit queryFinished();
-}
-
-/// From where the catalogue finally came from, over the same route.
-void DownloadManagerPrivate::askForSignature(DownloadManager *manager, const RequestPtr &answered)
-{
-    QUrl url = signatureUrl(answered->urls().constLast());
-    if (answered->urls().size() == 1) { // not redirected: the server that the credentials are for
-        url.setUserName(host.server.user(), QUrl::DecodedMode);
-        url.setPassword(host.server.password(), QUrl::DecodedMode);
-    }
-    const RequestPtr request = httpClient.prepareGet(url, manager, SLOT(queryResult(RequestPtr)), nullptr, nullptr);
-    request->setMaxBodySize(Minisign::longestSignature + 1);
-    request->setTimeLimit(msSignatureLimit);
-    request->userData = Unsealed { *std::any_cast<DownloadManager::RequestData>(&answered->userData),
-                                   answered->getResponseBuffer()->data() };
-    answered->userData.reset();
-    httpClient.execute(request);
 }
 
 PackageInfoList DownloadManagerPrivate::read(QIODevice *catalogue) const
@@ -123,6 +160,8 @@ void DownloadManager::queryResult(QIODevice *input, RequestData *data)
             d->history.insert(id, now);
     }
     d->forgetOldest();
+    if (data && !packages.isEmpty())
+        data->source.keep();
     // Deliberate: the filter plays no part, everybody gets the whole catalogue.
     if (data && data->callbackReceiver && !data->callbackSlot.isNull())
         invokeQueued(data->callbackReceiver, data->callbackSlot.constData(), Q_ARG(qv::PackageInfoList, packages));

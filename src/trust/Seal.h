@@ -39,6 +39,9 @@ struct Seal
     QString key;       ///< who is said to have signed; from UnknownKey on
     SeenSeal seal;     ///< of this catalogue; from OlderThanSeen on and when accepted
     QDateTime expires; ///< likewise
+
+    /// One of the keys has signed these bytes, accepted or not.
+    bool isGenuine() const { return verdict == Accepted || verdict > WrongSignature; }
 };
 
 /// The "serial" of a root; 0 where it is none.

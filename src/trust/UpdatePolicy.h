@@ -4,6 +4,7 @@
 
 #include <QHash>
 #include <QStringList>
+#include <QUrl>
 
 #include <functional>
 
@@ -39,6 +40,18 @@ struct UpdatePolicy
     /// server does not say that the file is the same (a strong ETag or Last-Modified) or sends all of it.
     int downloadAttempts = 1;
 
+    /// A file that keeps the last catalogue with packages, and its signature, so that the server sends them again only
+    /// when they have changed (RFC 9110: ETag, else Last-Modified; 304). Its folder is made where it is missing. For
+    /// each address a file of its own: one of another address, or one that is broken, counts as none. What a
+    /// signature vouches for is examined again each time, with serial and expiry, and fetched anew where it fails.
+    /// Empty: nothing is kept, and every check fetches all.
+    QString catalogueCache;
+
+    /// Further addresses of the same catalogue, its signature beside it: asked in random order where the one before
+    /// does not answer, answers with an error, or has a catalogue that is not accepted. Only with trustedKeys: what
+    /// they vouch for is as good from anybody, and without them whoever runs any of the mirrors could offer anything.
+    QList<QUrl> mirrors;
+
     // For SoftwareUpdateClient alone:
 
     /// Who installs packages of a suffix ("rpk"), in the place of the built-in routine. Not owned; one that has been
@@ -72,6 +85,13 @@ struct UpdatePolicy
     /// Failures are told in words that help, with the translations "SoftwareUpdatePolicy_*": what happened, and what to
     /// do. Progress tells bytes and time left, and "Release Notes" opens those of the user's language.
     bool explains = false;
+
+    /// Milliseconds. Checks that nobody waits for, at start (doInitialCheck()) and by the weekly and the other rhythms
+    /// (queryLastUpdate()), come later by a random part of it, another each time, so that a million installations that
+    /// start at nine do not ask in one minute. With it, a failed one is made again after 1, 2, 4, ... hours and at most
+    /// a day, and as much by chance, until a check succeeds; the store's key "failedChecks" counts them. "Check Now",
+    /// checkNow() and checkForUpdate() never wait. 0: no delay, and after a failure nothing before the next in turn.
+    int msSpread = 0;
 };
 
 } // namespace qv
