@@ -240,11 +240,10 @@ int main(int argc, char **argv)
         printRow(columns.front()[i].first, row);
     }
 
-    std::puts("\n| all start within | requests in the busiest minute, a second | with `msSpread` | factor "
-              "|\n|---|---|---|---|");
+    std::puts("\n| starts | a second, busiest minute | with `msSpread` | factor |\n|---|---|---|---|");
     for (const int crowd : { 1, 5, 15, 30 }) {
         const Load before = simulate({}, crowd), after = simulate({ false, spread }, crowd);
         const double most = before.peak(before.requests, minute), less = after.peak(after.requests, minute);
-        printRow(std::to_string(crowd) + " min around nine", { most, less, most / less });
+        printRow("within " + std::to_string(crowd) + " minutes around nine", { most, less, most / less });
     }
 }
