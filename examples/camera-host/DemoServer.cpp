@@ -1,7 +1,8 @@
 // Requests in, files out: one request a connection. Called by the network; catalogues leave sealed and signed, what is
-// no GET of a file inside the folders gets a 404.
+// no GET of a file inside the folders gets a 404, and what the client has already a 304.
 #include "DemoServer.h"
 
+#include <QCryptographicHash>
 #include <QDateTime>
 #include <QDir>
 #include <QTcpSocket>
@@ -70,11 +71,17 @@ void DemoServer::answer(QTcpSocket *client)
 {
     if (!client->peek(client->bytesAvailable()).contains("\r\n\r\n"))
         return;
-    const QList<QByteArray> request = client->readAll().split(' ');
+    const QByteArray head = client->readAll();
+    const QList<QByteArray> request = head.split(' ');
     const auto found = request.first() == "GET" ? content(QUrl::fromEncoded(request.value(1)).path()) : std::nullopt;
     QByteArray body = found.value_or("Not found\n");
-    body.prepend((found ? "HTTP/1.1 200 OK" : "HTTP/1.1 404 Not Found")
-                 + ("\r\nContent-Length: " + QByteArray::number(body.size())) + "\r\nConnection: close\r\n\r\n");
+    const QByteArray tag = '"' + QCryptographicHash::hash(body, QCryptographicHash::Sha256).toHex() + '"';
+    const bool isKnown = found && head.contains("\r\nIf-None-Match: " + tag + "\r\n");
+    if (isKnown)
+        body = "HTTP/1.1 304 Not Modified\r\nETag: " + tag + "\r\nConnection: close\r\n\r\n";
+    else
+        body.prepend((found ? "HTTP/1.1 200 OK\r\nETag: " + tag : QByteArray("HTTP/1.1 404 Not Found"))
+                     + "\r\nContent-Length: " + QByteArray::number(body.size()) + "\r\nConnection: close\r\n\r\n");
 
     // Packages take about a second: over loopback nobody would see the progress of a download, nor could cancel it.
     auto *pace = new QTimer(client);

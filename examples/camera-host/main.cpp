@@ -5,6 +5,7 @@
 
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QStandardPaths>
 
 #include <cstdio>
 
@@ -34,6 +35,7 @@ int main(int argc, char *argv[])
     qv::UpdatePolicy policy;
     policy.trustedKeys = options.values(key);
     policy.followAddresses = true; // by default packages come from port 80
+    policy.catalogueCache = QStandardPaths::writableLocation(QStandardPaths::CacheLocation) + "/catalogue";
     if (catalogue.isEmpty()) {
         catalogue = ownServer.url("catalogue.xml");
         policy.trustedKeys << ownServer.key();

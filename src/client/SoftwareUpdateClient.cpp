@@ -73,6 +73,7 @@ void SoftwareUpdateClient::enableSoftwareUpdate()
 void SoftwareUpdateClient::disableSoftwareUpdate()
 {
     d->checkTimer->stop();
+    d->stopTurn();
 }
 
 void SoftwareUpdateClient::setParent(QWidget *parent)

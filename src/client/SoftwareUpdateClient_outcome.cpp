@@ -26,7 +26,7 @@ void SoftwareUpdateClientPrivate::beginCheck(const QDateTime &started, Asker ask
     current.asker = asker;
     current.source = CatalogueSource(policy);
     current.outcome.started = started;
-    current.outcome.isByUser = asker != Asker::Nobody;
+    current.outcome.isByUser = isUser(asker);
 }
 
 /// Goes on with the check of this @p id. Those beside it are given up: their requests went with the manager. Where the
@@ -93,6 +93,7 @@ void SoftwareUpdateClientPrivate::endCheck(Check check, CheckOutcome::Kind kind,
 {
     check.outcome.kind = kind;
     check.outcome.text = text;
+    countFailure(check, kind);
     if (check.id != 0)
         untold << check;
 }

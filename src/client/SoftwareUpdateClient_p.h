@@ -40,6 +40,7 @@ inline const QString lastCheck = QStringLiteral("lastCheck");
 inline const QString supportedPlatforms = QStringLiteral("supportedPlatforms");
 inline const QString supportedPackageTypes = QStringLiteral("supportedPackageTypes");
 inline const QString installablePackageTypes = QStringLiteral("installablePackageTypes");
+inline const QString failedChecks = QStringLiteral("failedChecks"); // with a policy's spread alone
 inline const QString currentCameraVersions = QStringLiteral("currentCameraVersions");
 } // namespace Key
 
@@ -55,7 +56,8 @@ public:
         bool wasInstallable = false; // when Install was pressed
     };
 
-    enum class Asker { Nobody, SettingsDialog, Host };
+    enum class Asker { Nobody, Timer, SettingsDialog, Host };
+    static bool isUser(Asker asker) { return asker == Asker::SettingsDialog || asker == Asker::Host; }
 
     /// One check, from its start until its outcome is told.
     struct Check
@@ -71,12 +73,20 @@ public:
 
     SoftwareUpdateSettings currentSettings() const;
     void storeSeals();
+    int failedChecks() const;
+    void storeFailedChecks(int count);
 
     static QString lastCheckText(const QDateTime &lastCheck);
     void passTableOn();
 
     void check(SoftwareUpdateSettings settings, Asker asker = Asker::Nobody);
     void checkLater(const SoftwareUpdateSettings &settings, int msDelay);
+    void checkInTurn(const SoftwareUpdateSettings &settings, int msDelay);
+    bool isTurnAwaited() const;
+    void awaitTurn(qint64 msDelay);
+    void stopTurn();
+    qint64 msUntilRetry(const QDateTime &lastCheck) const;
+    void countFailure(const Check &check, CheckOutcome::Kind kind);
 
     void performUpdateCheck(const QUrl &url);
     void sendRequests();
@@ -157,6 +167,7 @@ public:
     QByteArray unsealed;            // the catalogue whose signature is awaited
     QList<QNetworkRequest> unsent;  // until HttpThreads are free
     QTimer *requestTimer = nullptr; // made by the first check
+    QTimer *turnTimer = nullptr;    // likewise, by the first that waits
     Check current;                  // whose request leaves next, or whose answer has come
     QList<Check> underWay;          // that have a request
     QList<Check> untold;            // that have ended

@@ -1,12 +1,35 @@
 // When to check: at start, after a delay, on the weekly and the other rhythms, or because the user presses "Check Now"
-// in the settings dialog. What is due ends in a request.
+// in the settings dialog. What is due ends in a request, with a policy's spread not at once.
 #include "SoftwareUpdateClient_p.h"
 
 #include "Kinds.h"
 #include "LogQt.h"
 #include "SoftwareUpdateDialog.h"
 
+#include <QRandomGenerator>
+
+#include <algorithm>
+#include <limits>
+
 namespace qv {
+
+namespace {
+
+bool isRhythm(int interval)
+{
+    return Interval(interval) == Interval::Daily || Interval(interval) == Interval::Weekly
+        || Interval(interval) == Interval::Monthly;
+}
+
+/// How long the next check waits after so many that failed: 1, 2, 4, ... hours, at most a day.
+qint64 msBackOff(int failedChecks)
+{
+    constexpr int most = 24;
+    constexpr qint64 msPerHour = 60 * 60 * 1000;
+    return msPerHour * std::min(1 << std::clamp(failedChecks - 1, 0, 8), most);
+}
+
+} // namespace
 
 bool SoftwareUpdateClient::isCheckDue(int interval, const QDateTime &lastCheck, const QDateTime &now)
 {
@@ -26,7 +49,7 @@ void SoftwareUpdateClient::doInitialCheck(int msDelay)
 {
     const SoftwareUpdateSettings settings = d->currentSettings();
     if (Interval(settings.updateInterval) == Interval::AtApplicationStart)
-        d->checkLater(settings, msDelay);
+        d->checkInTurn(settings, msDelay);
 }
 
 void SoftwareUpdateClient::checkForUpdate(int msDelay)
@@ -71,7 +94,7 @@ void SoftwareUpdateClient::checkNow()
 void SoftwareUpdateClientPrivate::check(SoftwareUpdateSettings settings, Asker asker)
 {
     const bool isTyped = settingsDialog && asker != Asker::Host;
-    if (asker == Asker::Nobody && (isHostAsking() || (!isTyped && !settings.doUpdateCheck)))
+    if (!isUser(asker) && (isHostAsking() || (!isTyped && !settings.doUpdateCheck)))
         return;
     settings.lastCheck = QDateTime::currentDateTime();
     beginCheck(settings.lastCheck, asker);
@@ -81,12 +104,74 @@ void SoftwareUpdateClientPrivate::check(SoftwareUpdateSettings settings, Asker a
     tellOutcomes();
 }
 
+/// A check by rhythm, or the one at start.
+void SoftwareUpdateClientPrivate::checkInTurn(const SoftwareUpdateSettings &settings, int msDelay)
+{
+    if (policy.msSpread <= 0)
+        checkLater(settings, msDelay);
+    else if (settings.doUpdateCheck && !isTurnAwaited())
+        awaitTurn(std::max<qint64>(msDelay, msUntilRetry(settings.lastCheck)));
+}
+
+bool SoftwareUpdateClientPrivate::isTurnAwaited() const
+{
+    return turnTimer && turnTimer->isActive();
+}
+
+void SoftwareUpdateClientPrivate::awaitTurn(qint64 msDelay)
+{
+    if (!turnTimer) {
+        turnTimer = new QTimer(q);
+        turnTimer->setSingleShot(true);
+        QObject::connect(turnTimer, &QTimer::timeout, q, [this] {
+            if (!settingsDialog)
+                check(currentSettings(), Asker::Timer);
+        });
+    }
+    const qint64 msSpread = QRandomGenerator::global()->bounded(policy.msSpread);
+    turnTimer->start(int(std::min<qint64>(msDelay + msSpread, std::numeric_limits<int>::max())));
+}
+
+/// 0 where no check has failed, or long ago.
+qint64 SoftwareUpdateClientPrivate::msUntilRetry(const QDateTime &lastCheck) const
+{
+    const int failed = failedChecks();
+    if (failed == 0)
+        return 0;
+    const qint64 msWait = msBackOff(failed);
+    return std::clamp<qint64>(QDateTime::currentDateTime().msecsTo(lastCheck.addMSecs(msWait)), 0, msWait);
+}
+
+void SoftwareUpdateClientPrivate::stopTurn()
+{
+    if (turnTimer)
+        turnTimer->stop();
+}
+
+/// Goes on sooner than in turn after a failure, ever later after several.
+void SoftwareUpdateClientPrivate::countFailure(const Check &check, CheckOutcome::Kind kind)
+{
+    if (policy.msSpread <= 0 || kind == CheckOutcome::Cancelled)
+        return;
+    if (kind == CheckOutcome::UpdatesFound || kind == CheckOutcome::UpToDate) {
+        stopTurn();
+        storeFailedChecks(0);
+    } else if (check.asker == Asker::Timer) {
+        const int failed = failedChecks() + 1;
+        storeFailedChecks(failed);
+        if (checkTimer->isActive())
+            awaitTurn(msBackOff(failed));
+    }
+}
+
 void SoftwareUpdateClient::queryLastUpdate(int msDelay)
 {
     const SoftwareUpdateSettings settings = d->currentSettings();
-    if (d->settingsDialog || !isCheckDue(settings.updateInterval, settings.lastCheck, QDateTime::currentDateTime()))
+    const bool isRetry = d->failedChecks() > 0 && isRhythm(settings.updateInterval);
+    const bool isDue = isCheckDue(settings.updateInterval, settings.lastCheck, QDateTime::currentDateTime());
+    if (d->settingsDialog || d->isTurnAwaited() || (!isRetry && !isDue))
         return;
-    d->checkLater(settings, msDelay);
+    d->checkInTurn(settings, msDelay);
     switch (Interval(settings.updateInterval)) {
     case Interval::Weekly:
         LogQt::write(Log::Progress, QStringLiteral("SoftwareUpdateClient::queryLastUpdate() -> weekly update fired"));

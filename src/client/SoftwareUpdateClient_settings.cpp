@@ -6,6 +6,8 @@
 
 #include <QCoreApplication>
 
+#include <algorithm>
+
 namespace qv {
 
 namespace {
@@ -133,10 +135,32 @@ void SoftwareUpdateClient::setPolicy(const UpdatePolicy &policy)
     d->installers.clear();
     for (auto one = policy.installers.cbegin(); one != policy.installers.cend(); ++one)
         d->installers.insert(one.key(), one.value());
+    if (policy.msSpread <= 0)
+        d->stopTurn();
     d->trust.setKeys(policy.trustedKeys);
     QSettings stored = store();
     if (d->trust.isSet() && Preferences::mend(stored))
         d->trust.load(stored);
+}
+
+/// 0 without a policy's spread.
+int SoftwareUpdateClientPrivate::failedChecks() const
+{
+    if (policy.msSpread <= 0)
+        return 0;
+    QSettings stored = store();
+    return Preferences::mend(stored) ? std::clamp(stored.value(Key::failedChecks).toInt(), 0, 100) : 0;
+}
+
+void SoftwareUpdateClientPrivate::storeFailedChecks(int count)
+{
+    QSettings stored = store();
+    if (!Preferences::mend(stored))
+        return;
+    if (count > 0)
+        stored.setValue(Key::failedChecks, count);
+    else if (stored.contains(Key::failedChecks))
+        stored.remove(Key::failedChecks);
 }
 
 void SoftwareUpdateClientPrivate::storeSeals()

@@ -27,10 +27,11 @@ private:
         const QList<QByteArray> lines = input.left(end).split('\n');
         input.remove(0, end + 4);
         const QList<QByteArray> first = lines.first().split(' ');
-        HttpTestRequest request { first.value(0), first.value(1), {} };
+        HttpTestRequest request { first.value(0), first.value(1), {}, 0 };
         for (const QByteArray &line : lines.mid(1))
             request.headers.insert(line.left(line.indexOf(':')).toLower(), line.mid(line.indexOf(':') + 1).trimmed());
         answer = server->answerTo(request);
+        request.status = answer.status;
         isAnswering = true;
         isHoldTold = false;
         sent = -1;
@@ -145,6 +146,10 @@ HttpAnswer HttpServer::answerTo(const HttpTestRequest &request) const
         return HttpAnswer("Who are you?", 401).header("WWW-Authenticate", "Basic realm=\"tests\"");
     const QByteArray path = QUrl(QString::fromLatin1(request.target)).path().toLatin1();
     HttpAnswer answer = routes.value(request.target, routes.value(path, HttpAnswer("No such page.", 404)));
+    for (const auto &[name, value] : std::as_const(answer.headers)) {
+        if (value == request.headers.value(name == "ETag" ? "if-none-match" : "if-modified-since"))
+            return HttpAnswer("", 304).header(name, value).announce(answer.body.size());
+    }
     QByteArray from = request.headers.value("range").mid(6); // of "bytes=7-"
     from.chop(1);
     if (answer.hasRanges && !from.isEmpty() && answer.headers.first().second == request.headers.value("if-range")) {
