@@ -161,7 +161,7 @@ struct Installation
             return;
         }
         const bool isUnchanged = policy.hasCache && known == editionAt(at);
-        known = editionAt(at);
+        known = isDown ? -1 : editionAt(at); // what is kept is of one server
         failures = 0;
         ++load.checks;
         load.unchanged += isUnchanged;
