@@ -36,6 +36,7 @@ struct Site : TestHost
             { "check", [=] { check(isManager); } },
             { "open", [=] { policy.trustedKeys.clear(); } },
             { "dated", [=] { tagName = "Last-Modified", publish(); } },
+            { "future", [=] { time.replace("Sun, 06 Nov 19", "Thu, 06 Nov 29"), publish(); } },
             { "bare", [=] { tagName = "X-Other", publish(); } },
             { "endless", [=] { server.route("/c", HttpAnswer(catalogue()).header("ETag", "\"1\"").unannounced()); } },
             { "unkept",
@@ -88,10 +89,11 @@ struct Site : TestHost
 
     void publish()
     {
-        const QByteArray signature = publisher.sign(catalogue());
+        const QByteArray signature = publisher.sign(catalogue()),
+                         tag = tagName == "ETag" ? '"' + QByteArray::number(serial) + '"' : time;
         for (const char *path : { "/c", "/d", "/m" }) {
-            route(path, catalogue(), QByteArray::number(serial));
-            route(path + QByteArray(".minisig"), signature, QByteArray::number(serial));
+            route(path, catalogue(), tag);
+            route(path + QByteArray(".minisig"), signature, tag);
         }
     }
 
@@ -144,7 +146,7 @@ struct Site : TestHost
     const Signer &publisher;
     HttpServer server;
     QTemporaryDir folder;
-    QByteArray tagName = "ETag";
+    QByteArray tagName = "ETag", time = "Sun, 06 Nov 1994 08:49:37 GMT";
     int serial = 7;
     QString address = "/c", result;
     bool isSilent = false;
@@ -178,7 +180,7 @@ private slots:
         add("check elsewhere check check", { all, "d ds = 1", "d?304 ds?304 = 1" });
 
         // Not to be kept.
-        for (const char *kind : { "bare", "endless", "unkept", "longtag" })
+        for (const char *kind : { "bare", "dated future", "endless", "unkept", "longtag" })
             add(QString("open %1 check check").arg(kind), { "c = 1", "c = 1" });
         add("open page check check", { "c = 0", "c = 0" });
         add("forged check check", { "c s = 0", "c s = 0" });

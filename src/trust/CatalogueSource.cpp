@@ -7,8 +7,10 @@
 #include "UpdatePolicy.h"
 
 #include <QDataStream>
+#include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
+#include <QLocale>
 #include <QRandomGenerator>
 #include <QThreadPool>
 
@@ -50,6 +52,15 @@ CatalogueAnswer find(const QList<CatalogueAnswer> &answers, const QUrl &url)
     const auto isSame = [&url](const CatalogueAnswer &answer) { return answer.url == url; };
     const auto found = std::find_if(answers.cbegin(), answers.cend(), isSame);
     return found == answers.cend() ? CatalogueAnswer() : *found;
+}
+
+/// A time of HTTP's (RFC 9110, 5.6.7) that has been. One to come might be later than those of all catalogues to come.
+bool isPast(const QByteArray &time)
+{
+    QDateTime parsed =
+        QLocale::c().toDateTime(QString::fromLatin1(time), QStringLiteral("ddd, dd MMM yyyy hh:mm:ss 'GMT'"));
+    parsed.setTimeSpec(Qt::UTC);
+    return parsed.isValid() && parsed <= QDateTime::currentDateTimeUtc();
 }
 
 QByteArray checksum(const QByteArray &bytes)
@@ -102,19 +113,16 @@ CatalogueAnswer::CatalogueAnswer(const QUrl &url, int status, const QByteArray &
     const QByteArray tag = header("ETag"), time = header("Last-Modified");
     if (!tag.isEmpty())
         condition = { "If-None-Match", tag };
-    else if (!time.isEmpty())
+    else if (isPast(time))
         condition = { "If-Modified-Since", time };
     if (condition.second.size() > longestTag)
         condition = {};
 }
 
-CatalogueSource::CatalogueSource(const UpdatePolicy &policy) : file(policy.catalogueCache)
+CatalogueSource::CatalogueSource(const UpdatePolicy &policy) : file(policy.catalogueCache), mirrors(policy.mirrors)
 {
     if (!file.isEmpty() && !read(file, kept))
         LogQt::write(Log::Warning, QStringLiteral("UpdatePolicy::catalogueCache -> broken: ") + file);
-    if (policy.trustedKeys.isEmpty())
-        return;
-    mirrors = policy.mirrors;
     std::shuffle(mirrors.begin(), mirrors.end(), *QRandomGenerator::global());
 }
 

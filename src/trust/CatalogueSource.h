@@ -64,7 +64,8 @@ public:
     /// QThreadPool).
     void keep() const;
 
-    /// The next address to ask for the same catalogue; empty where there is none left. Forgets what was taken.
+    /// The next address to ask for the same catalogue, to be trusted for its seal alone; empty where there is none
+    /// left. Forgets what was taken.
     QUrl nextMirror();
     bool hasMirrors() const { return !mirrors.isEmpty(); }
 
