@@ -277,7 +277,7 @@ private slots:
             QVERIFY(threads() <= few);
             QCOMPARE(server->requests.size(), asked);
             server->stop();
-            QTRY_VERIFY(HttpThreads::instance().areFree());
+            QTRY_VERIFY_WITH_TIMEOUT(HttpThreads::instance().areFree(), 30'000);
             QCOMPARE(fetch(good.url("/y"))->getResponseText(), QString("y"));
             QTRY_VERIFY(threads() < few);
         }

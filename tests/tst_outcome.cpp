@@ -139,7 +139,7 @@ private slots:
     {
         columns<HttpAnswer, QString, QString>("answer", "story", "seen");
         const auto add = [](const HttpAnswer &answer, const QString &story, const QString &seen) {
-            row(qPrintable(story), answer, story, seen);
+            row(qPrintable(story + (answer.body.size() < 1'000'000 ? "" : ", long")), answer, story, seen);
         };
         const QByteArray firmware =
             "<package name='fw' release='3' status='STABLE' platform='QC' url='http://h/c.zip'/>";
@@ -147,12 +147,14 @@ private slots:
             return "<package name='Camera Host' release='" + release + "' status='STABLE' url='http://h/a.deb'/>";
         };
         const HttpAnswer found("<s>" + application("2.0") + application("1.9") + firmware + "</s>"),
-            upToDate("<s>" + application("1.0") + "</s>"), onlyFirmware("<s>" + firmware + "</s>");
+            upToDate("<s>" + application("1.0") + "</s>"), onlyFirmware("<s>" + firmware + "</s>"),
+            longOne(QByteArray(found.body).replace("</s>", QByteArray(1'000'000, ' ') + "</s>")); // read in a thread
         const QString offers = "offer, offer, ", announced = offers + "announce 2, ", late = ": Timeout error!";
 
         // However it ends, whoever asked for it.
         for (const auto &[answer, before, after, seen] :
              { std::tuple(found, "", "", "offer, offer, UpdatesFound % 2 shown"),
+               { longOne, "", "", "offer, offer, UpdatesFound % 2 shown" },
                { upToDate, "", "", "UpToDate %: Congratulations! Your" },
                { HttpAnswer(), "", "", "NoCatalogue %: No update" },
                { HttpAnswer("<html>"), "", "", "NoCatalogue %: No update" },
@@ -221,6 +223,8 @@ private slots:
         add(found, "Cancelled>delete slow timer asked:1 click", "Cancelled timer");
         add(found, "TimedOut>delete slow timer asked:1 fires", "TimedOut timer" + late);
         add(found, "slow timer asked:1 delete", "");
+        add(longOne, "tells offer>delete timer", "offer");
+        add(longOne, "tells Updates>click timer", twice);
     }
     void stories()
     {

@@ -11,9 +11,13 @@
 #include "SoftwareUpdateDialog.h"
 #include "StringUtils.h"
 
+#include <QBuffer>
 #include <QCoreApplication>
+#include <QFutureWatcher>
 #include <QLocale>
 #include <QNetworkReply>
+#include <QThreadPool>
+#include <QtConcurrentRun>
 
 #include <utility>
 
@@ -23,11 +27,24 @@ namespace {
 
 constexpr int msRequestTimeout = 15000;
 constexpr qint64 maxBufferedBytes = 17 << 20; // more than any catalogue that would be read
+constexpr qint64 mostBytesAtOnce = 64 << 10;  // some 2 ms, with the table
 
 // Qt's own words, from Qt's own catalogue.
 const char *const unknownProtocol = "Protocol \"%1\" is unknown";
 const char *const whoAreYou = "Host requires authentication";
 const char *const proxyAsks = "Proxy requires authentication";
+
+FoundOffer findOffer(QByteArray catalogue, bool isVouched, const QString &applicationName,
+                     const SoftwareUpdateSettings &settings, bool beta)
+{
+    QBuffer device(&catalogue);
+    device.open(QIODevice::ReadOnly);
+    PackageInfoList packages = readCatalogue(&device);
+    if (isVouched)
+        Trust::keepVouched(packages);
+    const bool isCatalogue = !packages.isEmpty();
+    return { isCatalogue, offeredPackages(std::move(packages), applicationName, settings, beta) };
+}
 
 bool isRedirect(int status)
 {
@@ -145,15 +162,51 @@ void SoftwareUpdateClientPrivate::takeAnswer(QNetworkReply *reply)
     else if (isSealAwaited() || current.source.isKeeping())
         takeByPolicy(reply);
     else
-        takeCatalogue(reply);
+        parseServerResponse(reply);
 }
 
-void SoftwareUpdateClientPrivate::takeCatalogue(QIODevice *catalogue)
+/// A long one is read in another thread, one after the other: it may take two seconds.
+void SoftwareUpdateClientPrivate::parseServerResponse(QIODevice *catalogue)
+{
+    const SoftwareUpdateSettings settings = currentSettings();
+    const bool beta = settingsDialog ? settingsDialog->getDialogSettings().checkForBeta : settings.checkForBeta;
+    const QByteArray bytes = catalogue->read(maxBufferedBytes);
+    const auto find = [=, isVouched = trust.isSet(), name = QCoreApplication::applicationName()] {
+        return findOffer(bytes, isVouched, name, settings, beta);
+    };
+    if (bytes.size() <= mostBytesAtOnce && readings == 0) {
+        takeOffer(find());
+        return;
+    }
+    static QThreadPool readers;
+    readers.setMaxThreadCount(1);
+    ++readings;
+    auto *reading = new QFutureWatcher<FoundOffer>(q);
+    QObject::connect(reading, &QFutureWatcherBase::finished, q, [this, reading, check = current] {
+        reading->deleteLater();
+        --readings;
+        current = check;
+        const QPointer<SoftwareUpdateClient> self(q);
+        takeOffer(reading->result());
+        if (self)
+            tellOutcomes();
+    });
+    reading->setFuture(QtConcurrent::run(&readers, find));
+}
+
+void SoftwareUpdateClientPrivate::takeOffer(FoundOffer found)
 {
     const Check check = current; // a host that is asked may begin another
-    if (parseServerResponse(catalogue) == 1)
+    if (!found.isCatalogue) {
+        reportNoCatalogue();
         return;
+    }
+    current.source.keep();
+    if (!keepOffered(found.packages))
+        return;
+    packages = std::move(found.packages);
     if (packages.isEmpty()) {
+        offerNothing();
         LogQt::write(Log::Progress,
                      QStringLiteral("SoftwareUpdateClient::evaluateServerResponse() -> product is up-to-date "));
         productUpToDate(check);
@@ -162,6 +215,17 @@ void SoftwareUpdateClientPrivate::takeCatalogue(QIODevice *catalogue)
                      QStringLiteral("SoftwareUpdateClient::evaluateServerResponse() -> update available"));
         announceUpdates(check);
     }
+}
+
+void SoftwareUpdateClientPrivate::reportNoCatalogue()
+{
+    packages.clear();
+    LogQt::write(Log::Error, QStringLiteral("SoftwareUpdateClient::parseServerResponse() -> no update available"));
+    const QString text =
+        toldText(QCoreApplication::translate("SoftwareUpdateClient", "No update available!"), Failure::NoCatalogue);
+    showNotification(text);
+    endCheck(current, CheckOutcome::NoCatalogue, text);
+    offerNothing();
 }
 
 /// Deliberate: the target as it stands, but for credentials, a relative one is not resolved. But no server leads to a
@@ -193,34 +257,6 @@ void SoftwareUpdateClientPrivate::failCheck(const QString &errorText, const Fail
     LogQt::write(Log::Progress,
                  QStringLiteral("SoftwareUpdateClient::evaluateServerResponse() -> reply->errorString(): ")
                      + errorText);
-}
-
-/// 1 where that is all: no packages came, or the client has gone.
-int SoftwareUpdateClientPrivate::parseServerResponse(QIODevice *catalogue)
-{
-    PackageInfoList found = readCatalogue(catalogue);
-    if (trust.isSet())
-        Trust::keepVouched(found);
-    if (found.isEmpty()) {
-        packages.clear();
-        LogQt::write(Log::Error, QStringLiteral("SoftwareUpdateClient::parseServerResponse() -> no update available"));
-        const QString text =
-            toldText(QCoreApplication::translate("SoftwareUpdateClient", "No update available!"), Failure::NoCatalogue);
-        showNotification(text);
-        endCheck(current, CheckOutcome::NoCatalogue, text);
-        offerNothing();
-        return 1;
-    }
-    current.source.keep();
-    const SoftwareUpdateSettings settings = currentSettings();
-    const bool beta = settingsDialog ? settingsDialog->getDialogSettings().checkForBeta : settings.checkForBeta;
-    found = offeredPackages(std::move(found), QCoreApplication::applicationName(), settings, beta);
-    if (!keepOffered(found))
-        return 1;
-    packages = std::move(found);
-    if (packages.isEmpty())
-        offerNothing();
-    return 0;
 }
 
 /// A table that is still open shows packages that are no longer there.

@@ -44,6 +44,13 @@ inline const QString failedChecks = QStringLiteral("failedChecks"); // with a po
 inline const QString currentCameraVersions = QStringLiteral("currentCameraVersions");
 } // namespace Key
 
+/// What a catalogue has for this installation.
+struct FoundOffer
+{
+    bool isCatalogue = false; // with packages, whoever they are for
+    PackageInfoList packages;
+};
+
 class SoftwareUpdateClientPrivate
 {
 public:
@@ -94,8 +101,9 @@ public:
     void takeAnswer(QNetworkReply *reply);
     void followRedirect(const QUrl &target);
     void failCheck(const QString &errorText, const Failure &failure);
-    void takeCatalogue(QIODevice *catalogue);
-    int parseServerResponse(QIODevice *catalogue);
+    void parseServerResponse(QIODevice *catalogue);
+    void takeOffer(FoundOffer found);
+    void reportNoCatalogue();
     void productUpToDate(const Check &check);
     void showNotification(const QString &text);
     void offerNothing();
@@ -172,6 +180,7 @@ public:
     QList<Check> underWay;          // that have a request
     QList<Check> untold;            // that have ended
     int lastCheckId = 0;
+    int readings = 0;    // of catalogues, in another thread
     QUrl asked;          // by the last request of a check
     bool isPage = false; // what came in the place of a catalogue
     QTimer *const checkTimer;

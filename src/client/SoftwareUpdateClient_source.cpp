@@ -47,7 +47,7 @@ void SoftwareUpdateClientPrivate::takeByPolicy(QNetworkReply *reply)
         return;
     QBuffer device(&catalogue);
     device.open(QIODevice::ReadOnly);
-    takeCatalogue(&device);
+    parseServerResponse(&device);
 }
 
 bool SoftwareUpdateClientPrivate::examineSeal(const QByteArray &catalogue, const QByteArray &signature)
