@@ -1,4 +1,4 @@
-# Gives the headings of a page the names by which its links call them. The page of another reader is named only.
+# Gives the headings of a page the names by which its links call them. The pages of another reader are named only.
 /^##? / && !code {
     name = tolower($0)
     gsub(/^#+ /, "", name)
@@ -7,4 +7,5 @@
     $0 = $0 " {#" name "}"
 }
 /^```/ { code = !code }
-{ gsub(/\[catalogue.md\]\(catalogue.md\)/, "docs/catalogue.md"); print }
+{ gsub(/\[catalogue.md\]\(catalogue.md\)/, "docs/catalogue.md") }
+{ gsub(/\[servers.md\]\(servers.md\)/, "docs/servers.md"); print }
