@@ -161,10 +161,11 @@ struct Installation
             return;
         }
         const bool isUnchanged = policy.hasCache && known == editionAt(at);
-        known = isDown ? -1 : editionAt(at); // what is kept is of one server
+        if (!isUnchanged)
+            known = isDown ? -1 : editionAt(at); // of a mirror, which the server does not know by its tag
         failures = 0;
         ++load.checks;
-        load.unchanged += isUnchanged;
+        load.unchanged += isUnchanged && !isDown;
         if (isDown) {
             ++load.byMirrors;
             return;

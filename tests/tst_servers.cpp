@@ -11,7 +11,7 @@ using namespace qv;
 
 namespace {
 
-/// Stands between a client and a server, writes down the status of each connection's answer, and counts bytes.
+/// Stands between a client and a server, writes down the status of each answer, and counts bytes.
 class Relay : public QTcpServer
 {
 public:
@@ -24,9 +24,9 @@ public:
             connect(client, &QTcpSocket::readyRead, server, [=] { server->write(client->readAll()); });
             connect(client, &QTcpSocket::disconnected, client, &QTcpSocket::deleteLater);
             connect(server, &QTcpSocket::disconnected, client, &QTcpSocket::disconnectFromHost);
-            connect(server, &QTcpSocket::readyRead, client, [this, client, server, isHead = true]() mutable {
+            connect(server, &QTcpSocket::readyRead, client, [this, client, server] {
                 const QByteArray bytes = server->readAll();
-                if (std::exchange(isHead, false))
+                if (bytes.startsWith("HTTP/1."))
                     statuses << QString::fromLatin1(bytes).section(' ', 1, 1);
                 sent += client->write(bytes);
             });

@@ -220,6 +220,16 @@ private slots:
         QTEST(site.seen.join(", "), "seen");
     }
 
+    void oneConnectionForAll()
+    {
+        for (const bool isManager : { false, true }) {
+            Site site(publisher, isManager);
+            QSignalSpy connections(&site.server, &QTcpServer::newConnection);
+            site.words["check"]();
+            QCOMPARE(connections.size(), 1);
+        }
+    }
+
     void mirrorsTakeTurns()
     {
         Site site(publisher, false);

@@ -130,11 +130,16 @@ void SoftwareUpdateClient::evaluateServerResponse(QNetworkReply *reply)
 {
     if (d->requestTimer)
         d->requestTimer->stop();
-    deleteNetworkmanager();
+    // A signature comes over the connection of its catalogue: where that is encrypted, a second one costs most.
+    const bool isKept = d->trust.isSet() && d->underWay.size() == 1;
+    if (!isKept)
+        deleteNetworkmanager();
     d->resumeCheck(reply ? reply->request().attribute(QNetworkRequest::User).toInt() : 0);
     const QPointer<SoftwareUpdateClient> self(this);
     if (reply)
         d->takeAnswer(reply);
+    if (self && d->underWay.isEmpty())
+        deleteNetworkmanager();
     if (self)
         d->tellOutcomes();
 }
