@@ -74,7 +74,8 @@ struct HttpTestRequest
 };
 
 /// A scriptable HTTP/1.1 server for tests. It lives in the test's own event loop and keeps connections alive. A target
-/// without a route gets a 404 page, one whose ETag or Last-Modified is known to the client a 304. As a proxy it knows its routes by whole URL, or by path alone.
+/// without a route gets a 404 page, one whose ETag or Last-Modified is known to the client a 304. As a proxy it knows
+/// its routes by whole URL, or by path alone.
 /// @code
 /// HttpServer server;
 /// server.route("/catalogue.xml", HttpAnswer(xml).header("Set-Cookie", "a=b"));
