@@ -8,12 +8,14 @@
 #include "ui_SoftwareUpdateAvailableGui.h"
 
 #include <QDesktopServices>
+#include <QHash>
 #include <QPointer>
 #include <QRegularExpression>
 #include <QScreen>
 #include <QScrollBar>
 #include <QSet>
 #include <QSignalBlocker>
+#include <QStyledItemDelegate>
 #include <QTextDocument>
 
 #include <algorithm>
@@ -65,6 +67,38 @@ public:
 private:
     QString shown;
 };
+
+/// Lays each text out once while a table is filled: most cells repeat one, and columns are measured a second time when
+/// they get their names.
+class TextDelegate : public QStyledItemDelegate
+{
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+    void forget() { hints.clear(); }
+
+    QSize sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const override
+    {
+        if (option.font != font || option.rect != rect)
+            hints.clear();
+        font = option.font;
+        rect = option.rect;
+        const QString text = index.data().toString();
+        const auto known = hints.constFind(text);
+        return known != hints.cend() ? *known : *hints.insert(text, QStyledItemDelegate::sizeHint(option, index));
+    }
+
+private:
+    mutable QHash<QString, QSize> hints; // for cells of this font, in a table of this size
+    mutable QFont font;
+    mutable QRect rect;
+};
+
+/// The one of @p table, which knows no other.
+TextDelegate &delegateOf(const QTableWidget &table)
+{
+    return *static_cast<TextDelegate *>(table.itemDelegate());
+}
 
 constexpr qsizetype longestCell = 4096; // many screens wide
 
@@ -125,6 +159,7 @@ SoftwareUpdateAvailableDialog::SoftwareUpdateAvailableDialog(QWidget *parent, Qt
     connect(ui->showAllLanguagesCheckBox, &QCheckBox::clicked, this, &Dialog::showAllLanguagesPressed);
     connect(ui->updateSettingsPushButton, &QPushButton::clicked, this, &Dialog::openUpdateSettings);
 
+    ui->tableWidget->setItemDelegate(new TextDelegate(ui->tableWidget));
     ui->tableWidget->setEditTriggers(QAbstractItemView::NoEditTriggers);
     ui->installPushButton->setDefault(true);
     adjustSize();
@@ -139,6 +174,7 @@ SoftwareUpdateAvailableDialog::~SoftwareUpdateAvailableDialog() = default;
 void SoftwareUpdateAvailableDialog::setTableEntries(const QList<QStringList> &rows)
 {
     QTableWidget &table = *ui->tableWidget;
+    delegateOf(table).forget();
     {
         const QSignalBlocker silence(table); // the vanishing of the old selection is no news
         table.clear();
@@ -176,6 +212,7 @@ void SoftwareUpdateAvailableDialog::setTableHeaders(const QStringList &headers)
     QTableWidget &table = *ui->tableWidget;
     table.setHorizontalHeaderLabels(headers);
     table.resizeColumnsToContents();
+    delegateOf(table).forget();
     if (isVisible())
         return;
     const QMargins around = layout()->contentsMargins();
