@@ -39,8 +39,9 @@ QByteArray catalogue(int packages, int models, bool isFleet)
     return xml + "</package-set></softwareList>";
 }
 
-/// Hands out @p body from a process of its own, which ends with this one. Returns the port.
-int serve(const QByteArray &body)
+/// Hands out @p body from a process of its own, which ends with this one; @p msAway, as a server far away would.
+/// Returns the port.
+int serve(const QByteArray &body, int msAway)
 {
     const int listener = socket(AF_INET, SOCK_STREAM, 0);
     sockaddr_in address {};
@@ -59,6 +60,7 @@ int serve(const QByteArray &body)
         const int connection = accept(listener, nullptr, nullptr);
         char request[4096];
         if (read(connection, request, sizeof request) > 0) {
+            usleep(useconds_t(msAway) * 1000);
             for (qsizetype sent = 0, n = 1; sent < answer.size() && n > 0; sent += n)
                 n = write(connection, answer.constData() + sent, size_t(answer.size() - sent));
         }
@@ -145,8 +147,9 @@ int main(int argc, char **argv)
     const bool isFleet = argc > 3;
     const int models = isFleet ? QByteArray(argv[3]).toInt() : 500;
     QFile file(QString::fromLocal8Bit(argv[1]));
-    const int port = serve(file.open(QIODevice::ReadOnly) ? file.readAll()
-                                                          : catalogue(QByteArray(argv[1]).toInt(), models, isFleet));
+    const int port =
+        serve(file.open(QIODevice::ReadOnly) ? file.readAll() : catalogue(QByteArray(argv[1]).toInt(), models, isFleet),
+              isFleet ? 50 : 0);
 
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QTemporaryDir home;

@@ -195,6 +195,8 @@ private slots:
         row("siblings of one name", QByteArray("<a><b>1</b><c/><b>2</b><b x='y'/></a>"));
         row("mixed text", QByteArray("<a>x<b>y<!-- no --></b>z <![CDATA[<&]]>\n <b> </b>&amp;</a>"));
         row("comments and white space", QByteArray("<?xml version='1.0'?>\n<!-- a --><a>\n <b>\n</b></a>\n"));
+        row("entities and odd blanks",
+            QByteArray("<a b='&lt;\xc3\xa4' c=\"'>\">&amp; &apos;<b>\xc2\xa0</b><b> x\n</b><!-- - -->y</a >\n"));
         row("name with a colon", QByteArray("<a xmlns:n='u'><n:b c='d'>t</n:b></a>"));
         row("blank sections", QByteArray("<a>x<![CDATA[ ]]>y<b><![CDATA[\n]]></b><b> <![CDATA[]]> </b></a>"));
         for (const char *encoding : { "utf8", "latin1", "ISO-8859-1", "ASCII", "ISO-8859-15", "windows-1252" })
@@ -226,10 +228,12 @@ private slots:
     void refusedXml_data()
     {
         columns<QByteArray>("xml");
-        for (const char *xml : { "", "hello", "<a><b>", "<a/><b/>", "<a>&b;</a>", "<a>\xff\xff</a>",
-                                 "<?xml version='1.0' encoding='utf-7'?><a/>",
-                                 "<!DOCTYPE a [<!ENTITY b 'x'><!ENTITY c '&b;&b;&b;&b;'>]><a>&c;</a>",
-                                 "<!DOCTYPE a [<!ENTITY b SYSTEM 'file:///etc/passwd'>]><a>&b;</a>" })
+        for (const char *xml :
+             { "", "hello", "<a><b>", "<a/><b/>", "<a>&b;</a>", "<a>\xff\xff</a>", "<a>\x01</a>", "<a b='x' b='y'/>",
+               "<a b='x'c='y'/>", "<a b='<'/>", "<a>]]></a>", "<a><!-- -- --></a>", "<a></b>", "<a/>x",
+               "\n<?xml version='1.0'?><a/>", "<?xml version='1.0' encoding='utf-7'?><a/>",
+               "<!DOCTYPE a [<!ENTITY b 'x'><!ENTITY c '&b;&b;&b;&b;'>]><a>&c;</a>",
+               "<!DOCTYPE a [<!ENTITY b SYSTEM 'file:///etc/passwd'>]><a>&b;</a>" })
             row(xml, QByteArray(xml));
         QByteArray manyAttributes = "<a";
         for (int i = 0; i < 100'000; ++i)

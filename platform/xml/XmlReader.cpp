@@ -14,9 +14,6 @@ namespace qv {
 namespace {
 
 constexpr qint64 maxBytes = 16 << 20;
-constexpr int maxDepth = 64;
-constexpr int maxElements = 1'000'000;
-constexpr int maxAttributes = 64;
 constexpr int maxDtdLength = 4096;
 
 [[noreturn]] void refuse(const char *reason, qint64 line = 0)

@@ -15,6 +15,10 @@ namespace qv {
 class XmlReader
 {
 public:
+    static constexpr int maxDepth = 64;
+    static constexpr int maxElements = 1'000'000;
+    static constexpr int maxAttributes = 64;
+
     /// Reads all that @p device, open for reading, has to give. Throws ParseException.
     explicit XmlReader(QIODevice *device);
 
@@ -25,6 +29,9 @@ public:
 
     /// Characters that count: not white space alone, such as stands between elements.
     bool isText() const;
+
+    /// The document as it came; empty where it had to be recoded.
+    const QByteArray &document() const { return bytes; }
 
     /// Puts @p fresh at the start of the same document, which this object has read to its end; it must live as long.
     void restart(QXmlStreamReader &fresh) const;

@@ -2,9 +2,12 @@
 #include "XmlTree.h"
 
 #include "ParseException.h"
+#include "PlainXml.h"
 #include "XmlReader.h"
 
 #include <algorithm>
+#include <string_view>
+#include <unordered_map>
 
 namespace qv {
 
@@ -38,23 +41,60 @@ void append(QByteArray &bytes, QStringView text)
 
 } // namespace
 
-XmlTree::XmlTree(QIODevice *device)
+XmlTree::XmlTree() : nodes { { none, none, 0, 0, none, none, {} } } { }
+
+XmlTree::XmlTree(QIODevice *device) : XmlTree()
 {
     XmlReader reader(device);
-    nodes.push_back({ none, none, 0, 0, none, none, {} });
+    if (readPlain(reader))
+        return;
+    *this = XmlTree();
     int current = 0;
     while (reader.readNext()) {
         if (reader.token().isStartElement()) {
             open(reader, current);
             current = int(nodes.size()) - 1;
         } else if (reader.token().isEndElement()) {
-            nodes[size_t(current)].text.size = int(texts.size()) - nodes[size_t(current)].text.begin;
-            current = nodes[size_t(current)].parent;
+            end(current);
         } else if (reader.isText()) {
             append(texts, reader.token().text());
         }
     }
     nodes.front().text.size = int(texts.size());
+}
+
+/// False: what has been read so far is of no use.
+bool XmlTree::readPlain(const XmlReader &reader)
+{
+    PlainXml plain(reader.document());
+    std::unordered_map<std::string_view, int> known;
+    const auto idOf = [&](std::string_view name) {
+        const auto one = known.find(name);
+        if (one != known.cend())
+            return one->second;
+        return known[name] = nameId(QString::fromLatin1(name.data(), int(name.size())));
+    };
+    bool isPlain = true;
+    int current = 0;
+    for (auto token = plain.next(); isPlain && token != PlainXml::Done; token = plain.next()) {
+        if (token == PlainXml::Start) {
+            const int name = idOf(plain.name());
+            const int firstAttribute = int(attributes.size());
+            for (const auto &[key, value] : plain.attributes()) {
+                const int begin = int(values.size());
+                isPlain = isPlain && PlainXml::append(values, value);
+                attributes.push_back({ idOf(key), { begin, int(values.size()) - begin } });
+            }
+            begin(name, firstAttribute, current);
+            current = int(nodes.size()) - 1;
+        } else if (token == PlainXml::End) {
+            end(current);
+        } else {
+            isPlain = token == PlainXml::Text && PlainXml::append(texts, plain.text());
+        }
+    }
+    nodes.front().text.size = int(texts.size());
+    return isPlain;
 }
 
 void XmlTree::open(const XmlReader &reader, int parent)
@@ -67,8 +107,21 @@ void XmlTree::open(const XmlReader &reader, int parent)
         append(values, attribute.value());
         attributes.push_back({ nameId(attribute.qualifiedName()), { begin, int(values.size()) - begin } });
     }
+    begin(name, firstAttribute, parent);
+}
+
+/// The element whose attributes are the last.
+void XmlTree::begin(int name, int firstAttribute, int parent)
+{
     nodes.push_back({ name, parent, firstAttribute, int(attributes.size()), none, none, { int(texts.size()), 0 } });
     addToGroup(parent, int(nodes.size()) - 1);
+}
+
+void XmlTree::end(int &current)
+{
+    Node &node = nodes[size_t(current)];
+    node.text.size = int(texts.size()) - node.text.begin;
+    current = node.parent;
 }
 
 void XmlTree::addToGroup(int parent, int child)

@@ -65,7 +65,11 @@ private:
         int nextGroup;
     };
 
+    XmlTree();
+    bool readPlain(const XmlReader &reader);
     void open(const XmlReader &reader, int parent);
+    void begin(int name, int firstAttribute, int parent);
+    void end(int &current);
     void addToGroup(int parent, int child);
     int nameId(QStringView name);
 

@@ -188,8 +188,13 @@ PackageInfoList findFirmware(const PackageInfoList &packages, const SoftUpCurren
 
 void eliminateDuplicatePackages(PackageInfoList &packages)
 {
+    QHash<qint64, int> countOf; // by size, which the identity tells and others seldom share
+    for (const PackageInfo &package : std::as_const(packages))
+        ++countOf[package.fileSize];
     QStringSet known;
-    const auto isDuplicate = [&known](const PackageInfo &package) {
+    const auto isDuplicate = [&](const PackageInfo &package) {
+        if (countOf.value(package.fileSize) == 1)
+            return false;
         const auto before = known.size();
         known.insert(package.stringID());
         return known.size() == before;
