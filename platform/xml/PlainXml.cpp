@@ -40,14 +40,13 @@ QByteArray bytesOf(string_view text)
 bool isPlainText(const QByteArray &bytes)
 {
     constexpr uchar firstOdd = 0xef;
-    bool isAscii = true;
-    for (const char c : bytes) {
+    uchar odd = 0, all = 0;
+    for (const char c : bytes) { // no way out, no branch: many bytes at once
         const auto code = uchar(c);
-        if ((code < ' ' && !isBlank(c)) || code >= firstOdd)
-            return false;
-        isAscii = isAscii && code < 0x80;
+        odd |= uchar((code >= firstOdd) | ((code < ' ') & (c != '\t') & (c != '\n') & (c != '\r')));
+        all |= code;
     }
-    return isAscii || QString::fromUtf8(bytes).toUtf8() == bytes;
+    return odd == 0 && (all < 0x80 || QString::fromUtf8(bytes).toUtf8() == bytes);
 }
 
 /// What texts are dropped for, as XmlReader::isText() has it.
