@@ -22,17 +22,16 @@
 
 namespace {
 
-/// With @p isFleet all are of one release: none is hidden by a newer one.
+/// With @p isFleet all are of one release: none gives way to a newer one. Every second one of a model is in French.
 QByteArray catalogue(int packages, int models, bool isFleet)
 {
     QByteArray xml = "<softwareList base-url='http://updates.example/'><package-set type='Camera Firmware'>";
     for (int i = 0; i < packages; ++i) {
         const QByteArray n = QByteArray::number(i), model = "QC-" + QByteArray::number(i % models);
         xml += "<package><name>" + model + "</name><platform>" + model + "</platform><release>10.2."
-            + (isFleet ? "4.7" : n)
-            + "</release><public-release>10.2</public-release><status>STABLE</status><language>de en</language>"
-              "<file url='firmware/qc-"
-            + n + ".zip' file-size='" + n
+            + (isFleet ? "4.7" : n) + "</release><public-release>10.2</public-release><status>STABLE</status><language>"
+            + (isFleet && i / models % 2 == 1 ? "fr" : "de en") + "</language><file url='firmware/qc-" + n
+            + ".zip' file-size='" + n
             + "kB' release-date='2024-03-05 10:20:30'/><release-notes language='en' url='http://updates.example/notes/"
             + n + ".html'/></package>";
     }
@@ -112,9 +111,13 @@ void measureSettings(qv::SoftwareUpdateClient &client, const QWidget &host,
     measure("cameras set again", [&] { client.setCurrentCameraVersions(cameras); });
     measure("settings read", read);
     QFile store(QSettings(QStringLiteral("Bench"), QStringLiteral("Host")).fileName());
-    if (store.open(QIODevice::Append))
-        store.write("[other]\nword=1\n");
-    store.close();
+    if (store.open(QIODevice::ReadWrite)) {
+        QByteArray text = store.readAll();
+        text.insert(text.indexOf("QC-"), "another:1,");
+        store.seek(0);
+        store.write(text);
+        store.close();
+    }
     measure("changed settings read", read);
     measure("hourly tick", [&] { QMetaObject::invokeMethod(&client, "queryLastUpdate"); });
     measure("settings dialog", [&] { client.queryForUpdate(); });
@@ -128,9 +131,9 @@ void measureTable(qv::SoftwareUpdateClient &client, const QWidget &host)
     measure("table again", [&] { client.showAvailable(); });
     auto *table = host.findChild<QTableWidget *>(QStringLiteral("tableWidget"));
     std::printf("rows\t%d\n", table->rowCount());
-    measure("all rows selected", [&] { table->selectAll(); });
     auto *languages = table->window()->findChild<QCheckBox *>();
     measure("all languages", [&] { languages->click(); });
+    measure("all rows selected", [&] { table->selectAll(); });
     measure("own languages", [&] { languages->click(); });
     measure("selection gone", [&] { table->clearSelection(); });
 }
@@ -152,6 +155,7 @@ int main(int argc, char **argv)
               isFleet ? 50 : 0);
 
     qputenv("QT_QPA_PLATFORM", "offscreen");
+    qputenv("LC_ALL", "en_US.UTF-8"); // what is in French alone is hidden at first
     QTemporaryDir home;
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, home.path());
     QApplication application(argc, argv);

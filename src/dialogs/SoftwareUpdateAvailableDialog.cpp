@@ -123,6 +123,17 @@ int rowsToMeasure(const QList<QStringList> &rows)
     return characters < mostCharacters ? usual : count;
 }
 
+/// Of rows and columns that have just been made: that they hold texts is no change of them.
+void fillCells(QTableWidget &table, const QList<QStringList> &rows)
+{
+    const QSignalBlocker silence(table.model());
+    for (int row = 0; row < rows.size(); ++row) {
+        const QStringList &texts = rows.at(row);
+        for (int column = 0; column < qMin(table.columnCount(), int(texts.size())); ++column)
+            table.setItem(row, column, new TextItem(cellText(texts.at(column))));
+    }
+}
+
 /// Keeps the addresses that are read in links from being broken into lines.
 QString withWholeLinks(QString html)
 {
@@ -189,16 +200,11 @@ void SoftwareUpdateAvailableDialog::setTableEntries(const QList<QStringList> &ro
         return;
     }
 
-    const int columns = int(rows.first().size());
     table.setRowCount(int(rows.size()));
-    table.setColumnCount(columns);
+    table.setColumnCount(int(rows.first().size()));
     table.verticalHeader()->hide();
     table.setSortingEnabled(false);
-    for (int row = 0; row < rows.size(); ++row) {
-        const QStringList &texts = rows.at(row);
-        for (int column = 0; column < qMin(columns, int(texts.size())); ++column)
-            table.setItem(row, column, new TextItem(cellText(texts.at(column))));
-    }
+    fillCells(table, rows);
     table.horizontalHeader()->setResizeContentsPrecision(rowsToMeasure(rows));
     table.resizeColumnsToContents();
     table.horizontalHeader()->setHighlightSections(false);
