@@ -7,7 +7,6 @@
 #include <QIODevice>
 #include <QString>
 
-#include <deque>
 #include <optional>
 #include <vector>
 
@@ -76,7 +75,7 @@ private:
     std::vector<Node> nodes; // the first is the document itself
     std::vector<Group> groups;
     std::vector<Attribute> attributes;
-    std::deque<QString> names; // each once; never moved, as nameIds looks at them
+    std::vector<QString> names; // each once; nameIds looks at their signs, which stay where they are
     QHash<QStringView, int> nameIds;
     QByteArray texts;  // of the whole document, UTF-8: an element's own is a piece of it
     QByteArray values; // of the attributes, likewise

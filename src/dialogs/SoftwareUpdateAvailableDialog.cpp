@@ -200,9 +200,9 @@ void SoftwareUpdateAvailableDialog::setTableEntries(const QList<QStringList> &ro
         return;
     }
 
+    table.verticalHeader()->hide();
     table.setRowCount(int(rows.size()));
     table.setColumnCount(int(rows.first().size()));
-    table.verticalHeader()->hide();
     table.setSortingEnabled(false);
     fillCells(table, rows);
     table.horizontalHeader()->setResizeContentsPrecision(rowsToMeasure(rows));
