@@ -9,8 +9,8 @@
 namespace qv {
 
 /// A tokenizer for documents as programs write them: UTF-8, elements with attributes, texts, the five entities that all
-/// know, and comments. Takes a tenth of the time of QXmlStreamReader, and leaves to that whatever is less plain,
-/// nothing that is not well-formed, or beyond a limit of XmlReader, ends as Done. Internal to the platform library.
+/// know, and comments. Takes a tenth of the time of QXmlStreamReader. Whatever is less plain, or not well-formed, or
+/// beyond a limit of XmlReader, is foreign to it. Internal to the platform library.
 class PlainXml
 {
 public:
@@ -20,7 +20,8 @@ public:
     /// @p document is looked at until the last token.
     explicit PlainXml(const QByteArray &document);
 
-    /// Goes to the next token. White space alone is no text. Foreign: another reader has to read the document anew.
+    /// Goes to the next token. White space alone is no text. Foreign: XmlReader has to read the document anew, and to
+    /// say what is wrong with it, if anything is.
     Token next();
 
     std::string_view name() const { return open.back(); }                      ///< of the Start
