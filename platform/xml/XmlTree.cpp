@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <string_view>
-#include <unordered_map>
 
 namespace qv {
 
@@ -67,12 +66,11 @@ XmlTree::XmlTree(QIODevice *device) : XmlTree()
 bool XmlTree::readPlain(const XmlReader &reader)
 {
     PlainXml plain(reader.document());
-    std::unordered_map<std::string_view, int> known;
+    QHash<QLatin1String, int> known;
     const auto idOf = [&](std::string_view name) {
-        const auto one = known.find(name);
-        if (one != known.cend())
-            return one->second;
-        return known[name] = nameId(QString::fromLatin1(name.data(), int(name.size())));
+        const QLatin1String key(name.data(), int(name.size()));
+        const auto one = known.constFind(key);
+        return one != known.cend() ? *one : *known.insert(key, nameId(QString(key)));
     };
     bool isPlain = true;
     int current = 0;

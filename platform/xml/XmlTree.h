@@ -15,8 +15,8 @@ namespace qv {
 class XmlElement;
 class XmlReader;
 
-/// A document as a read-only tree: a third of the time and a tenth of the memory of a DOM, and every look-up by name
-/// takes the same time however many siblings there are. White space between elements is dropped, as by a DOM.
+/// A document as a read-only tree: at most a third of the time and a tenth of the memory of a DOM, and every look-up by
+/// name takes the same time however many siblings there are. White space between elements is dropped, as by a DOM.
 class QV_PLATFORM_EXPORT XmlTree
 {
 public:

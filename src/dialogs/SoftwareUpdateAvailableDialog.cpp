@@ -94,10 +94,10 @@ private:
     mutable QRect rect;
 };
 
-/// The one of @p table, which knows no other.
-TextDelegate &delegateOf(const QTableWidget &table)
+void forgetTexts(const QTableWidget &table)
 {
-    return *static_cast<TextDelegate *>(table.itemDelegate());
+    if (auto *delegate = dynamic_cast<TextDelegate *>(table.itemDelegate())) // unless a host has put one there
+        delegate->forget();
 }
 
 constexpr qsizetype longestCell = 4096; // many screens wide
@@ -185,7 +185,7 @@ SoftwareUpdateAvailableDialog::~SoftwareUpdateAvailableDialog() = default;
 void SoftwareUpdateAvailableDialog::setTableEntries(const QList<QStringList> &rows)
 {
     QTableWidget &table = *ui->tableWidget;
-    delegateOf(table).forget();
+    forgetTexts(table);
     {
         const QSignalBlocker silence(table); // the vanishing of the old selection is no news
         table.clear();
@@ -218,7 +218,7 @@ void SoftwareUpdateAvailableDialog::setTableHeaders(const QStringList &headers)
     QTableWidget &table = *ui->tableWidget;
     table.setHorizontalHeaderLabels(headers);
     table.resizeColumnsToContents();
-    delegateOf(table).forget();
+    forgetTexts(table);
     if (isVisible())
         return;
     const QMargins around = layout()->contentsMargins();
