@@ -112,6 +112,9 @@ private slots:
         QCOMPARE(host.stored("lastCheck"), QVariant(time));
         client.getCurrentSettings(&settings);
         QCOMPARE(settings.lastCheck, time);
+        host.set("currentCameraVersions", "QD:3"); // another program does
+        client.getCurrentSettings(&settings);
+        QCOMPARE(settings.currentCameraVersions, SoftUpCurrentCameraVersions({ { "QD", VersionNumber("3") } }));
     }
 
     void storeIsNamedAfterTheHost()

@@ -197,7 +197,8 @@ private slots:
             // All cameras at once.
             SoftwareUpdateSettings settings;
             PackageInfoList expected;
-            for (const QString &model : QStringSet(filter.platforms)) {
+            const QStringList models = filter.platforms.values();
+            for (const QString &model : models + models) { // with two versions each
                 filter.platforms = { model };
                 filter.release = QString::number(random.bounded(3));
                 settings.currentCameraVersions.append(qMakePair(model, VersionNumber::fromText(filter.release)));

@@ -109,6 +109,12 @@ public:
 
     int at(int position) const { return ranks[size_t(position)]; }
 
+    /// What has this @p rank, none if 0, is newer than @p version.
+    bool isNewer(int rank, const VersionNumber &version) const
+    {
+        return rank > 0 && version < versions[size_t(rank) - 1];
+    }
+
     /// Of the newest that is not newer than @p version; 0 where all are.
     int notAbove(const VersionNumber &version) const
     {
@@ -149,16 +155,25 @@ PackageInfoList findFirmware(const PackageInfoList &packages, const SoftUpCurren
         return PackageInfoList();
     const PackageIndex index(packages);
     const Ranks ranks(packages);
+    const int zero = ranks.notAbove(VersionNumber());
     std::vector<bool> isTaken(size_t(packages.size()));
+    QHash<QString, int> newestOf; // rank of what there is for a model; 0 once that has been found
     PackageInfoList found;
     for (const auto &camera : cameras) {
-        const int installed = ranks.notAbove(camera.second);
-        Newest<int, int> newest(ranks.notAbove(VersionNumber()));
+        const auto known = newestOf.constFind(camera.first);
+        if (known != newestOf.cend() && !ranks.isNewer(*known, camera.second))
+            continue;
+        Newest<int, int> newest(zero);
         for (const int position : index.positions({ camera.first })) {
             const PackageInfo &package = packages.at(position);
-            if (ranks.at(position) > installed && (status.isEmpty() || package.status == status))
+            if (status.isEmpty() || package.status == status)
                 newest.offer(ranks.at(position), package.release, position);
         }
+        const int rank = newest.entries.isEmpty() ? 0 : ranks.at(newest.entries.first());
+        const bool isNewer = ranks.isNewer(rank, camera.second);
+        newestOf.insert(camera.first, isNewer ? 0 : rank);
+        if (!isNewer)
+            continue;
         for (const int position : std::as_const(newest.entries)) {
             if (isTaken[size_t(position)])
                 continue;

@@ -79,6 +79,7 @@ public:
     explicit SoftwareUpdateClientPrivate(SoftwareUpdateClient *client);
 
     SoftwareUpdateSettings currentSettings() const;
+    SoftUpCurrentCameraVersions fleetOf(const QVariant &value);
     void storeSeals();
     int failedChecks() const;
     void storeFailedChecks(int count);
@@ -167,6 +168,8 @@ public:
 
     SoftwareUpdateClient *const q;
     QPointer<QWidget> parentWidget;
+    SoftUpCurrentCameraVersions fleet; // of the text that follows
+    QString fleetText;
     QScopedPointer<QNetworkAccessManager, HttpThreads::Release> networkManager; // exists while a check waits
     UpdatePolicy policy;
     QHash<QString, QPointer<PackageInstaller>> installers; // of the policy, by suffix

@@ -1,5 +1,5 @@
-// The settings store, key by key. Called at every use of a setting: nothing is kept between two calls, the store is the
-// one truth that client, dialogs and host share.
+// The settings store, key by key. Called at every use of a setting: the store is the one truth that client, dialogs and
+// host share. What is kept between two calls is what the text of a fleet means.
 #include "SoftwareUpdateClient_p.h"
 
 #include "Preferences.h"
@@ -32,15 +32,20 @@ QString listText(const QVariant &value)
     return value.toStringList().join(QLatin1Char(','));
 }
 
-QStringList listOf(const QVariant &value)
+QStringList listOf(const QString &text)
 {
-    return listText(value).split(QLatin1Char(','), Qt::SkipEmptyParts, Qt::CaseSensitive);
+    return text.split(QLatin1Char(','), Qt::SkipEmptyParts, Qt::CaseSensitive);
 }
 
-SoftUpCurrentCameraVersions camerasOf(const QVariant &value)
+QStringList listOf(const QVariant &value)
+{
+    return listOf(listText(value));
+}
+
+SoftUpCurrentCameraVersions camerasOf(const QStringList &list)
 {
     SoftUpCurrentCameraVersions cameras;
-    for (const QString &camera : listOf(value)) {
+    for (const QString &camera : list) {
         const auto section = [&camera](int index) {
             return camera.section(QLatin1Char(':'), index, index, QString::SectionSkipEmpty);
         };
@@ -82,7 +87,17 @@ void SoftwareUpdateClient::getCurrentSettings(SoftwareUpdateSettings *settings) 
     settings->supportedPlatforms = listOf(stored.value(Key::supportedPlatforms));
     settings->supportedPackageTypes = listOf(stored.value(Key::supportedPackageTypes));
     settings->installablePackageTypes = listOf(stored.value(Key::installablePackageTypes));
-    settings->currentCameraVersions = camerasOf(stored.value(Key::currentCameraVersions));
+    settings->currentCameraVersions = d->fleetOf(stored.value(Key::currentCameraVersions));
+}
+
+/// Those that @p value lists; read anew only when it is another text than the last.
+SoftUpCurrentCameraVersions SoftwareUpdateClientPrivate::fleetOf(const QVariant &value)
+{
+    const QString text = listText(value);
+    if (text != fleetText)
+        fleet = camerasOf(listOf(text));
+    fleetText = text;
+    return fleet;
 }
 
 void SoftwareUpdateClient::setCurrentSettings(const SoftwareUpdateSettings *settings)

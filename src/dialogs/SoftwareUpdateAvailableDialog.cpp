@@ -8,12 +8,14 @@
 #include "ui_SoftwareUpdateAvailableGui.h"
 
 #include <QDesktopServices>
+#include <QHash>
 #include <QPointer>
 #include <QRegularExpression>
 #include <QScreen>
 #include <QScrollBar>
 #include <QSet>
 #include <QSignalBlocker>
+#include <QStyledItemDelegate>
 #include <QTextDocument>
 
 #include <algorithm>
@@ -66,6 +68,38 @@ private:
     QString shown;
 };
 
+/// Lays each text out once while a table is filled: most cells repeat one, and columns are measured a second time when
+/// they get their names.
+class TextDelegate : public QStyledItemDelegate
+{
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+    void forget() { hints.clear(); }
+
+    QSize sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const override
+    {
+        if (option.font != font || option.rect != rect)
+            hints.clear();
+        font = option.font;
+        rect = option.rect;
+        const QString text = index.data().toString();
+        const auto known = hints.constFind(text);
+        return known != hints.cend() ? *known : *hints.insert(text, QStyledItemDelegate::sizeHint(option, index));
+    }
+
+private:
+    mutable QHash<QString, QSize> hints; // for cells of this font, in a table of this size
+    mutable QFont font;
+    mutable QRect rect;
+};
+
+void forgetTexts(const QTableWidget &table)
+{
+    if (auto *delegate = dynamic_cast<TextDelegate *>(table.itemDelegate())) // unless a host has put one there
+        delegate->forget();
+}
+
 constexpr qsizetype longestCell = 4096; // many screens wide
 
 /// What of a text a cell has room for.
@@ -87,6 +121,17 @@ int rowsToMeasure(const QList<QStringList> &rows)
             characters += qMin(qsizetype(text.size()), longestCell);
     }
     return characters < mostCharacters ? usual : count;
+}
+
+/// Of rows and columns that have just been made: that they hold texts is no change of them.
+void fillCells(QTableWidget &table, const QList<QStringList> &rows)
+{
+    const QSignalBlocker silence(table.model());
+    for (int row = 0; row < rows.size(); ++row) {
+        const QStringList &texts = rows.at(row);
+        for (int column = 0; column < qMin(table.columnCount(), int(texts.size())); ++column)
+            table.setItem(row, column, new TextItem(cellText(texts.at(column))));
+    }
 }
 
 /// Keeps the addresses that are read in links from being broken into lines.
@@ -125,6 +170,7 @@ SoftwareUpdateAvailableDialog::SoftwareUpdateAvailableDialog(QWidget *parent, Qt
     connect(ui->showAllLanguagesCheckBox, &QCheckBox::clicked, this, &Dialog::showAllLanguagesPressed);
     connect(ui->updateSettingsPushButton, &QPushButton::clicked, this, &Dialog::openUpdateSettings);
 
+    ui->tableWidget->setItemDelegate(new TextDelegate(ui->tableWidget));
     ui->tableWidget->setEditTriggers(QAbstractItemView::NoEditTriggers);
     ui->installPushButton->setDefault(true);
     adjustSize();
@@ -139,6 +185,7 @@ SoftwareUpdateAvailableDialog::~SoftwareUpdateAvailableDialog() = default;
 void SoftwareUpdateAvailableDialog::setTableEntries(const QList<QStringList> &rows)
 {
     QTableWidget &table = *ui->tableWidget;
+    forgetTexts(table);
     {
         const QSignalBlocker silence(table); // the vanishing of the old selection is no news
         table.clear();
@@ -153,16 +200,11 @@ void SoftwareUpdateAvailableDialog::setTableEntries(const QList<QStringList> &ro
         return;
     }
 
-    const int columns = int(rows.first().size());
-    table.setRowCount(int(rows.size()));
-    table.setColumnCount(columns);
     table.verticalHeader()->hide();
+    table.setRowCount(int(rows.size()));
+    table.setColumnCount(int(rows.first().size()));
     table.setSortingEnabled(false);
-    for (int row = 0; row < rows.size(); ++row) {
-        const QStringList &texts = rows.at(row);
-        for (int column = 0; column < qMin(columns, int(texts.size())); ++column)
-            table.setItem(row, column, new TextItem(cellText(texts.at(column))));
-    }
+    fillCells(table, rows);
     table.horizontalHeader()->setResizeContentsPrecision(rowsToMeasure(rows));
     table.resizeColumnsToContents();
     table.horizontalHeader()->setHighlightSections(false);
@@ -176,6 +218,7 @@ void SoftwareUpdateAvailableDialog::setTableHeaders(const QStringList &headers)
     QTableWidget &table = *ui->tableWidget;
     table.setHorizontalHeaderLabels(headers);
     table.resizeColumnsToContents();
+    forgetTexts(table);
     if (isVisible())
         return;
     const QMargins around = layout()->contentsMargins();
