@@ -131,8 +131,8 @@ void SoftwareUpdateClient::evaluateServerResponse(QNetworkReply *reply)
     if (d->requestTimer)
         d->requestTimer->stop();
     // A signature comes over the connection of its catalogue: where that is encrypted, a second one costs most.
-    const bool isKept = d->trust.isSet() && d->underWay.size() == 1;
-    if (!isKept)
+    const bool mayGoOn = d->trust.isSet() && d->underWay.size() == 1;
+    if (!mayGoOn)
         deleteNetworkmanager();
     d->resumeCheck(reply ? reply->request().attribute(QNetworkRequest::User).toInt() : 0);
     const QPointer<SoftwareUpdateClient> self(this);
@@ -185,6 +185,7 @@ void SoftwareUpdateClientPrivate::parseServerResponse(QIODevice *catalogue)
     }
     static QThreadPool readers;
     readers.setMaxThreadCount(1);
+    readers.setExpiryTimeout(0); // who has nothing to read holds no thread
     ++readings;
     auto *reading = new QFutureWatcher<FoundOffer>(q);
     QObject::connect(reading, &QFutureWatcherBase::finished, q, [this, reading, check = current] {
