@@ -13,7 +13,7 @@ using namespace qv;
 
 namespace {
 
-constexpr qint64 msPerHour = 60 * 60 * 1000;
+constexpr int msPerHour = 60 * 60 * 1000;
 
 /// A server of catalogues, and somebody who asks it: a client, or a manager. What is asked and answered is written
 /// down: "c s = 1" for catalogue and signature of one package, "?" where a request has a condition, the status if not
@@ -37,24 +37,15 @@ struct Site : TestHost
             { "open", [=] { policy.trustedKeys.clear(); } },
             { "dated", [=] { tagName = "Last-Modified", publish(); } },
             { "future", [=] { time.replace("Sun, 06 Nov 19", "Thu, 06 Nov 29"), publish(); } },
-            { "bare", [=] { tagName = "X-Other", publish(); } },
             { "endless", [=] { server.route("/c", HttpAnswer(catalogue()).header("ETag", "\"1\"").unannounced()); } },
-            { "unkept",
-              [=] {
-                  route("/c", catalogue(), "\"1\"", { "Cache-Control", "private, No-Store" });
-              } },
+            { "unkept", [=] { route("/c", catalogue(), "\"1\"\r\nCache-Control: private, No-Store"); } },
             { "longtag", [=] { route("/c", catalogue(), QByteArray(2000, 'x')); } },
             { "page", [=] { route("/c", "<html>", "\"1\""); } },
             { "newer", [=] { ++serial, publish(); } },
             { "older", [=] { --serial, publish(); } },
-            { "resigned",
-              [=] {
-                  route("/c.minisig", publisher.sign(catalogue(), { "-c", "x" }), "\"new\"");
-              } },
+            { "resigned", [=] { route("/c.minisig", publisher.sign(catalogue(), QStringList("-cx")), "\"new\""); } },
             { "torn", [=] { ++serial, route("/c.minisig", publisher.sign(catalogue()), "\"new\""); } },
-            { "mended", [=] { route("/c", catalogue(), "\"new\""); } },
             { "unsigned", [=] { route("/c.minisig", "x", "\"none\""); } },
-            { "nosignature", [=] { server.route("/c.minisig", HttpAnswer("x", 404)); } },
             { "fussy", [=] { once(HttpAnswer("x", 400)); } },
             { "lying", [=] { once(HttpAnswer("", 304)); } },
             { "up", [=] { publish(); } },
@@ -63,11 +54,9 @@ struct Site : TestHost
             { "silent", [=] { server.route("/c", HttpAnswer().hold()), isSilent = true; } },
             { "elsewhere", [=] { address = "/d"; } },
             { "mirror", [=] { policy.mirrors << server.url("/m"); } },
-            { "nomirror", [=] { policy.mirrors << server.url("/n"); } },
             { "otherfile", [=] { policy.catalogueCache += "2"; } },
             { "firstfile", [=] { policy.catalogueCache.chop(1); } },
             { "cut", [=] { change([](QByteArray &bytes) { bytes.chop(1); }); } },
-            { "empty", [=] { change([](QByteArray &bytes) { bytes.clear(); }); } },
             { "flip",
               [=] { change([](QByteArray &bytes) { bytes[bytes.size() / 2] = bytes[bytes.size() / 2] ^ 1; }); } },
             { "folder", [=] { QFile::remove(policy.catalogueCache), QDir().mkpath(policy.catalogueCache + "/x"); } },
@@ -82,10 +71,9 @@ struct Site : TestHost
             + QByteArray(64, 'a') + "'/></s>";
     }
 
-    void route(const QByteArray &path, const QByteArray &body, const QByteArray &tag,
-               const std::pair<QByteArray, QByteArray> &line = { "X-Also", "this" })
+    void route(const QByteArray &path, const QByteArray &body, const QByteArray &tag)
     {
-        server.route(path, HttpAnswer(body).header(tagName, tag).header(line.first, line.second));
+        server.route(path, HttpAnswer(body).header(tagName, tag));
     }
 
     void publish()
@@ -177,22 +165,20 @@ private slots:
         add("dated check check", { all, unchanged });
         add("open check check", { "c = 1", "c?304 = 1" });
         add("check resigned check check", { all, "c?304 s? = 1", unchanged });
-        add("elsewhere check check", { "d ds = 1", "d?304 ds?304 = 1" });
         add("check elsewhere check check", { all, "d ds = 1", "d?304 ds?304 = 1" });
 
         // Not to be kept.
-        for (const char *kind : { "bare", "dated future", "endless", "unkept", "longtag" })
+        for (const char *kind : { "dated future", "endless", "unkept", "longtag" })
             add(QString("open %1 check check").arg(kind), { "c = 1", "c = 1" });
         add("open page check check", { "c = 0", "c = 0" });
         add("forged check check", { "c s = 0", "c s = 0" });
 
         // Broken, and then fetched anew.
-        for (const char *harm : { "cut", "empty", "flip" })
+        for (const char *harm : { "cut", "flip" })
             add(QString("check %1 check check").arg(harm), { all, all, unchanged });
         add("check folder check check", { all, all, all });
-        add("check torn check mended check check", { all, "c?304 s? c s = 0", "c? s? = 1", unchanged });
+        add("check torn check", { all, "c?304 s? c s = 0" });
         add("check unsigned check", { all, "c?304 s? c s = 0" });
-        add("check nosignature check", { all, "c?304 s?404 c s404 = 0" });
         add("check fussy check", { all, "c?400 c s = 1" });
         add("open lying check check", { "c304 = 0", "c = 1" });
 
@@ -205,7 +191,6 @@ private slots:
         add("check newer down mirror check up check", { all, "c?503 m ms = 1", all });
         add("forged mirror check", { "c s m ms = 1" });
         add("down open mirror check", { "c503 = 0" });
-        add("down nomirror check", { "c503 n404 = 0" }, "client");
         add("silent mirror check", { "c m ms = 1" }, "client");
     }
     void stories()
@@ -213,39 +198,28 @@ private slots:
         QFETCH(QString, story);
         QFETCH(bool, isManager);
         Site site(publisher, isManager);
+        QSignalSpy connections(&site.server, &QTcpServer::newConnection);
         for (const QString &word : story.split(' ')) {
             QVERIFY2(site.words.contains(word), qPrintable(word));
             site.words.value(word)();
         }
         QTEST(site.seen.join(", "), "seen");
-    }
-
-    void oneConnectionForAll()
-    {
-        for (const bool isManager : { false, true }) {
-            Site site(publisher, isManager);
-            QSignalSpy connections(&site.server, &QTcpServer::newConnection);
-            site.words["check"]();
-            QCOMPARE(connections.size(), 1);
-        }
+        QVERIFY(connections.size() <= story.count("check") + site.isSilent); // signatures come over the same
     }
 
     void mirrorsTakeTurns()
     {
         Site site(publisher, false);
-        site.server.route("/c", HttpAnswer("x", 503));
+        site.words["down"]();
         for (int i = 0; i < 20; ++i)
             site.policy.mirrors << site.server.url(QString("/%1").arg(i));
         QList<QByteArray> orders[2];
         for (QList<QByteArray> &order : orders) {
             site.words["check"]();
             order = site.server.targets();
-            QCOMPARE(order.size(), 21);
+            QCOMPARE(QSet<QByteArray>(order.cbegin(), order.cend()).size(), 21);
         }
         QVERIFY(orders[0] != orders[1]);
-        for (QList<QByteArray> &order : orders)
-            std::sort(order.begin(), order.end());
-        QCOMPARE(orders[0], orders[1]);
     }
 
     void spread()
@@ -266,17 +240,16 @@ private slots:
         client->setPolicy(site.policy);
 
         // At start: later by chance, each time another, one at a time.
-        client->doInitialCheck(7'200'000);
+        client->doInitialCheck(2 * msPerHour);
         QVERIFY(isWithin(2 * msPerHour));
         const int first = turn()->interval();
-        client->doInitialCheck(0);
+        client->doInitialCheck();
         QCOMPARE(turn()->interval(), first);
         client->disableSoftwareUpdate();
         QVERIFY(!turn());
         client->enableSoftwareUpdate();
-        client->doInitialCheck(7'200'000);
-        QVERIFY(turn()->interval() != first);
-        QVERIFY(site.server.requests.isEmpty());
+        client->doInitialCheck(2 * msPerHour);
+        QVERIFY(turn()->interval() != first && site.server.requests.isEmpty());
 
         // Ever later after failures.
         site.words["down"]();
