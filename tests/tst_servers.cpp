@@ -90,21 +90,19 @@ private slots:
 
         SoftwareUpdateClient client("P", VersionNumber("1.0"),
                                     QString("http://127.0.0.1:%1/catalogue.xml").arg(relay.serverPort()), &host.window);
-        QList<qsizetype> found;
+        qint64 found = 0;
         UpdatePolicy policy;
         policy.trustedKeys << (command.isEmpty() ? demo.key() : signer.key());
         policy.catalogueCache = folder.filePath("cache");
         policy.announce = [](const PackageInfoList &) { return true; };
-        policy.checked = [&found](const CheckOutcome &outcome) { found << outcome.packages.size(); };
+        policy.checked = [&found](const CheckOutcome &outcome) { found = outcome.packages.size(); };
         client.setPolicy(policy);
         for (const QStringList &statuses : { QStringList { "200", "200" }, QStringList { "304", "304" } }) {
             relay.statuses.clear();
-            relay.sent = 0;
-            found.clear();
+            relay.sent = found = 0;
             client.checkNow();
-            QTRY_COMPARE(found.size(), 1);
+            QTRY_VERIFY(found > 0);
             QThreadPool::globalInstance()->waitForDone(); // until the catalogue is kept
-            QVERIFY(found.first() > 0);
             QCOMPARE(relay.statuses, statuses);
         }
         QVERIFY(relay.sent < 1024); // for an unchanged catalogue, however long

@@ -15,9 +15,8 @@ namespace {
 
 constexpr int msPerHour = 60 * 60 * 1000;
 
-/// A server of catalogues, and somebody who asks it: a client, or a manager. What is asked and answered is written
-/// down: "c s = 1" for catalogue and signature of one package, "?" where a request has a condition, the status if not
-/// 200.
+/// A server of catalogues, and a client or a manager, who asks it. What is asked and answered is written down: "c s =
+/// 1" for catalogue and signature of one package, "?" where a request has a condition, the status if not 200.
 struct Site : TestHost
 {
     Site(const Signer &signer, bool isManager)
@@ -265,7 +264,7 @@ private slots:
 
         // After a restart, by rhythm: what is left of it, whatever the clock says.
         for (const auto &[interval, hoursAgo, least] :
-             { std::tuple(2, 1, 3), { 2, 5, 0 }, { 2, -240, 4 }, { 3, 1, 3 }, { 9, 5, -1 } }) {
+             { std::tuple(9, 5, -1), { 2, 5, 0 }, { 2, -240, 4 }, { 3, 1, 3 } }) {
             client->setPolicy(UpdatePolicy());
             QVERIFY(!turn());
             client->setPolicy(site.policy);
@@ -277,14 +276,9 @@ private slots:
         }
 
         // Until one succeeds, which is the user's here.
-        site.set("updateInterval", 2);
-        QVERIFY(QMetaObject::invokeMethod(client, "queryLastUpdate"));
-        QVERIFY(turn());
         site.publish();
         site.words["check"]();
         QVERIFY(!turn() && !site.stored("failedChecks").isValid());
-        QVERIFY(QMetaObject::invokeMethod(client, "queryLastUpdate"));
-        QVERIFY(!turn());
     }
 };
 
