@@ -52,6 +52,8 @@ struct Site : TestHost
             { "forged", [=] { route("/c", catalogue() + ' ', "\"forged\""); } },
             { "silent", [=] { server.route("/c", HttpAnswer().hold()), isSilent = true; } },
             { "elsewhere", [=] { address = "/d"; } },
+            { "moved",
+              [=] { server.route("/r", HttpAnswer::redirect(server.url("/c").toEncoded())), address = "/r"; } },
             { "mirror", [=] { policy.mirrors << server.url("/m"); } },
             { "otherfile", [=] { policy.catalogueCache += "2"; } },
             { "firstfile", [=] { policy.catalogueCache.chop(1); } },
@@ -165,6 +167,9 @@ private slots:
         add("open check check", { "c = 1", "c?304 = 1" });
         add("check resigned check check", { all, "c?304 s? = 1", unchanged });
         add("check elsewhere check check", { all, "d ds = 1", "d?304 ds?304 = 1" });
+
+        add("moved check check", { "r302 c s = 1", "r302 c?304 s?304 = 1" }, "client");
+        add("moved check check", { "r302 c s = 1", "r?302 c?304 s?304 = 1" }, "manager");
 
         // Not to be kept.
         for (const char *kind : { "dated future", "endless", "unkept", "longtag" })
