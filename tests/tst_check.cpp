@@ -279,7 +279,7 @@ private slots:
         do // until the thread reads
             checkInVain();
         while (QTest::qWaitFor([] { return HttpThreads::instance().areFree(); }, 500));
-        QTRY_VERIFY(HttpThreads::instance().areStuck());
+        QTRY_VERIFY_WITH_TIMEOUT(HttpThreads::instance().areStuck(), 30'000);
         const auto asked = f.server.requests.size();
         const auto few = threads();
         for (int i = 0; i < 3; ++i)
@@ -287,7 +287,7 @@ private slots:
         QVERIFY(threads() <= few);
         QCOMPARE(f.server.requests.size(), asked);
         f.server.stop();
-        QTRY_VERIFY(HttpThreads::instance().areFree());
+        QTRY_VERIFY_WITH_TIMEOUT(HttpThreads::instance().areFree(), 30'000);
         f.settingsDialog()->findChild<QLineEdit *>("updateServerLineEdit")->setText(good.url("/catalogue").toString());
         f.checkNow()->click();
         QTRY_VERIFY(f.availableDialog());

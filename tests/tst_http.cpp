@@ -266,7 +266,7 @@ private slots:
             do // until the thread reads
                 QCOMPARE(fetch(server->url("/x"))->statusCode(), 0);
             while (QTest::qWaitFor([] { return HttpThreads::instance().areFree(); }, 500));
-            QTRY_VERIFY(HttpThreads::instance().areStuck());
+            QTRY_VERIFY_WITH_TIMEOUT(HttpThreads::instance().areStuck(), 30'000);
             const auto asked = server->requests.size();
             const auto few = threads();
             for (int i = 0; i < 3; ++i) {
