@@ -166,10 +166,9 @@ struct Installation
         failures = 0;
         ++load.checks;
         load.unchanged += isUnchanged && !isDown;
-        if (isDown) {
-            ++load.byMirrors;
+        load.byMirrors += isDown;
+        if (isDown)
             return;
-        }
         load.requests[size_t(at / second)] += 2;
         load.bytes[size_t(at / second)] += isUnchanged ? unchangedBytes : fullBytes + 1024.0 * double(options[Kib]);
         if (std::exchange(isCutOff, false))
