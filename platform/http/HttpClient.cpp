@@ -239,12 +239,8 @@ void HttpClient::ask()
     if (!network)
         network = new QNetworkAccessManager(this);
     QNetworkRequest request = networkRequest(current->address);
-    if (!current->ownHeader.first.isEmpty())
-        request.setRawHeader(current->ownHeader.first, current->ownHeader.second);
-    if (current->resumedAt > 0) {
-        request.setRawHeader("Range", "bytes=" + QByteArray::number(current->resumedAt) + '-');
-        request.setRawHeader("If-Range", current->ifRange);
-    }
+    for (const auto &line : std::as_const(current->ownHeaders))
+        request.setRawHeader(line.first, line.second);
     reply = getWithLogin(*network, request, routeOf(current->host));
     reply->setReadBufferSize(readBufferBytes);
     connect(reply, &QNetworkReply::redirected, this, [this](const QUrl &to) {

@@ -67,7 +67,10 @@ QString RequestData::getResponseText() const
 void RequestData::resumeAt(qint64 bytes, const QByteArray &validator)
 {
     resumedAt = bytes;
-    ifRange = validator;
+    if (bytes <= 0)
+        return;
+    setHeader("Range", "bytes=" + QByteArray::number(bytes) + '-');
+    setHeader("If-Range", validator);
 }
 
 QByteArray RequestData::validator() const

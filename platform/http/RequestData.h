@@ -35,7 +35,7 @@ public:
     QUrl urlWithLogin() const { return address; }
 
     /// Before execute(): one more line of the request's head.
-    void setHeader(const QByteArray &name, const QByteArray &value) { ownHeader = { name, value }; }
+    void setHeader(const QByteArray &name, const QByteArray &value) { ownHeaders.append({ name, value }); }
 
     /// Where the body goes: null while it stays in the request, and when the device was deleted.
     QIODevice *outputDevice() const { return output; }
@@ -119,9 +119,8 @@ private:
     qvb::smart<QIODevice> outputHandle;
     QBuffer buffer;
 
-    QPair<QByteArray, QByteArray> ownHeader;
+    QList<QPair<QByteArray, QByteArray>> ownHeaders;
     qint64 resumedAt = 0;
-    QByteArray ifRange;
     qint64 unwantedBytes = 0;
 
     HttpHeader header;
