@@ -56,15 +56,10 @@ SoftUpCurrentCameraVersions camerasOf(const QStringList &list)
 
 QString textOf(const SoftUpCurrentCameraVersions &cameras)
 {
-    QString text;
-    for (const auto &camera : cameras) {
-        if (!text.isEmpty())
-            text += QLatin1Char(',');
-        text += camera.first;
-        text += QLatin1Char(':');
-        text += camera.second.toString();
-    }
-    return text;
+    QStringList parts;
+    for (const auto &camera : cameras)
+        parts << camera.first + QLatin1Char(':') + camera.second.toString();
+    return parts.join(QLatin1Char(','));
 }
 
 void writeList(QSettings &settings, const QString &key, const QStringList &list)
