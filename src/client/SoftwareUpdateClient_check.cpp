@@ -167,19 +167,18 @@ void SoftwareUpdateClientPrivate::takeAnswer(QNetworkReply *reply)
     else if (isSealAwaited() || current.source.isKeeping())
         takeByPolicy(reply);
     else
-        parseServerResponse(reply);
+        parseServerResponse(reply->read(maxBufferedBytes));
 }
 
 /// A long one is read in another thread, one after the other: it may take two seconds.
-void SoftwareUpdateClientPrivate::parseServerResponse(QIODevice *catalogue)
+void SoftwareUpdateClientPrivate::parseServerResponse(const QByteArray &catalogue)
 {
     const SoftwareUpdateSettings settings = currentSettings();
     const bool beta = settingsDialog ? settingsDialog->getDialogSettings().checkForBeta : settings.checkForBeta;
-    const QByteArray bytes = catalogue->read(maxBufferedBytes);
     const auto find = [=, isVouched = trust.isSet(), name = QCoreApplication::applicationName()] {
-        return findOffer(bytes, isVouched, name, settings, beta);
+        return findOffer(catalogue, isVouched, name, settings, beta);
     };
-    if (bytes.size() <= mostBytesAtOnce && readings == 0) {
+    if (catalogue.size() <= mostBytesAtOnce && readings == 0) {
         takeOffer(find());
         return;
     }

@@ -102,7 +102,7 @@ public:
     void takeAnswer(QNetworkReply *reply);
     void followRedirect(const QUrl &target);
     void failCheck(const QString &errorText, const Failure &failure);
-    void parseServerResponse(QIODevice *catalogue);
+    void parseServerResponse(const QByteArray &catalogue);
     void takeOffer(FoundOffer found);
     void reportNoCatalogue();
     void productUpToDate(const Check &check);

@@ -167,9 +167,11 @@ void SoftwareUpdateClientPrivate::countFailure(const Check &check, CheckOutcome:
 void SoftwareUpdateClient::queryLastUpdate(int msDelay)
 {
     const SoftwareUpdateSettings settings = d->currentSettings();
+    if (d->settingsDialog || d->isTurnAwaited())
+        return;
     const bool isRetry = d->failedChecks() > 0 && isRhythm(settings.updateInterval);
     const bool isDue = isCheckDue(settings.updateInterval, settings.lastCheck, QDateTime::currentDateTime());
-    if (d->settingsDialog || d->isTurnAwaited() || (!isRetry && !isDue))
+    if (!isRetry && !isDue)
         return;
     d->checkInTurn(settings, msDelay);
     switch (Interval(settings.updateInterval)) {

@@ -6,7 +6,6 @@
 #include "LogQt.h"
 #include "PolicyTexts.h"
 
-#include <QBuffer>
 #include <QNetworkReply>
 
 #include <utility>
@@ -45,9 +44,7 @@ void SoftwareUpdateClientPrivate::takeByPolicy(QNetworkReply *reply)
         catalogue = answer.body;
     if (isSealed && !examineSeal(catalogue, signature))
         return;
-    QBuffer device(&catalogue);
-    device.open(QIODevice::ReadOnly);
-    parseServerResponse(&device);
+    parseServerResponse(catalogue);
 }
 
 bool SoftwareUpdateClientPrivate::examineSeal(const QByteArray &catalogue, const QByteArray &signature)
