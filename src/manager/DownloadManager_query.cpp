@@ -11,7 +11,6 @@ namespace qv {
 namespace {
 
 constexpr QLatin1String setCookie("set-cookie");
-constexpr int statusOk = 200, statusNotModified = 304;
 constexpr int msSignatureLimit = 15000;
 
 CatalogueAnswer answerOf(RequestData &request)
@@ -19,11 +18,6 @@ CatalogueAnswer answerOf(RequestData &request)
     const HttpHeader &header = request.responseHeader();
     return { request.urls().constFirst(), request.statusCode(), request.getResponseBuffer()->data(),
              [&header](const char *name) { return header.value(QLatin1String(name)).toLatin1(); } };
-}
-
-bool isThere(const CatalogueAnswer &answer)
-{
-    return answer.status == statusOk || answer.status == statusNotModified;
 }
 
 } // namespace
@@ -113,14 +107,14 @@ void DownloadManager::queryResult(const RequestPtr &resp)
     const CatalogueAnswer answer = query.source.take(answerOf(*resp));
     QByteArray catalogue = query.unsealed.value_or(answer.body);
     if (query.unsealed) {
-        const Seal seal = d->trust.examine(catalogue, isThere(answer) ? answer.body : QByteArray());
+        const Seal seal = d->trust.examine(catalogue, answer.isThere() ? answer.body : QByteArray());
         if (seal.verdict != Seal::Accepted) {
             if (d->askElsewhere(this, query, query.source.isOld() && !seal.isGenuine()))
                 return;
             catalogue.clear();
         }
     } else if (d->trust.isSet()) {
-        if (!isThere(answer) && d->askElsewhere(this, query, false))
+        if (!answer.isThere() && d->askElsewhere(this, query, false))
             return;
         query.unsealed = catalogue;
         // Redirected, it is another server, and the credentials are not for that.

@@ -119,6 +119,11 @@ CatalogueAnswer::CatalogueAnswer(const QUrl &url, int status, const QByteArray &
         condition = {};
 }
 
+bool CatalogueAnswer::isThere() const
+{
+    return status == ok || status == notModified;
+}
+
 CatalogueSource::CatalogueSource(const UpdatePolicy &policy) : file(policy.catalogueCache), mirrors(policy.mirrors)
 {
     if (!file.isEmpty() && !read(file, kept))

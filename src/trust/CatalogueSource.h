@@ -24,6 +24,9 @@ struct CatalogueAnswer
     CatalogueAnswer(const QUrl &url, int status, const QByteArray &body,
                     const std::function<QByteArray(const char *name)> &header);
 
+    /// It holds what was asked for, or says that this has not changed.
+    bool isThere() const;
+
     QUrl url; ///< as asked for, without credentials
     int status = 0;
     QByteArray body;
